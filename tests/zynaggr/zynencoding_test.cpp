@@ -1,0 +1,206 @@
+#include "zynaggr/zynencoding.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <climits>
+#include <random>
+#include <set>
+#include <string>
+
+namespace {
+
+using namespace std::string_literals;
+
+const unsigned char* Data(const std::string& text) {
+    return reinterpret_cast<const unsigned char*>(text.data());
+}
+
+using ContentTest = bool (*)(const unsigned char*, int);
+bool Passes(ContentTest test, const std::string& text) {
+    return test(Data(text), static_cast<int>(text.size()));
+}
+
+TEST(Encoding, IsClassifiedByItsMark) {
+    const struct {
+        std::string text;
+        zynTextEncoding encoding;
+        int length;
+    } cases[] = {
+        {"", zynEncUnknown, 0},
+        {"\xFF\xFE", zynEncCP1251, 0},
+        {"\xFE\xFF", zynEncCP1251, 0},
+        {"\xEF\xBB\xBF", zynEncUTF8, 3},
+        {"\xEF\xBB\xBF\x41", zynEncUTF8, 3},
+        {"\xEF\xBB\x41\x41", zynEncCP1251, 0},
+        {"\xFF\xFE\x41", zynEncUCS2LE, 2},
+        {"\xFF\xFE\0"s, zynEncUCS2LE, 2},
+        {"\xFF\xFE\x41\0"s, zynEncUCS2LE, 2},
+        {"\xFF\xFE\0\x41"s, zynEncUCS2LE, 2},
+        {"\xFF\xFE\0\0"s, zynEncUCS4LE, 4},
+        {"\xFE\xFF\0"s, zynEncUCS2BE, 2},
+        {"\0\0\xFE"s, zynEncCP1251, 0},
+        {"\0\0\xFE\xFF"s, zynEncUCS4BE, 4},
+        {"ABCD", zynEncCP1251, 0},
+    };
+    for (const auto& [text, encoding, length] : cases) {
+        int found = -1;
+        const int size = static_cast<int>(text.size());
+        EXPECT_EQ(zynGetBufferEncodeByBOM(Data(text), size, &found), encoding)
+            << testing::PrintToString(text);
+        EXPECT_EQ(found, length) << testing::PrintToString(text);
+        EXPECT_EQ(zynGetBufferEncodeByBOM(Data(text), size, nullptr), encoding);
+    }
+    for (const int hostile : {0, -1, INT_MIN}) {
+        int found = -1;
+        EXPECT_EQ(zynGetBufferEncodeByBOM(Data("\xEF\xBB\xBF"), hostile, &found), zynEncUnknown);
+        EXPECT_EQ(found, 0);
+    }
+    EXPECT_EQ(zynGetBufferEncodeByBOM(nullptr, 4, nullptr), zynEncUnknown);
+}
+
+TEST(Encoding, TablesAnswerForEachEncodingAndNothingForOthers) {
+    const struct {
+        int encoding;
+        const char* name;
+        unsigned least, most;
+        std::string mark;
+    } rows[] = {
+        {-1, nullptr, 0, 0, ""},
+        {0, nullptr, 0, 0, ""},
+        {1, "CP1251", 1, 1, ""},
+        {2, "UTF-8", 1, 2, "\xEF\xBB\xBF"},
+        {3, "UCS-2LE", 2, 2, "\xFF\xFE"},
+        {4, "UCS-2BE", 2, 2, "\xFE\xFF"},
+        {5, "UCS-4LE", 4, 4, "\xFF\xFE\0\0"s},
+        {6, "UCS-4BE", 4, 4, "\0\0\xFE\xFF"s},
+        {7, "CP866", 1, 1, ""},
+        {8, nullptr, 0, 0, ""},
+        {INT_MAX, nullptr, 0, 0, ""},
+    };
+    for (const auto& row : rows) {
+        const auto encoding = static_cast<zynTextEncoding>(row.encoding);
+        EXPECT_STREQ(zynGetCodingNameForIcov(encoding), row.name);
+        EXPECT_EQ(zynGetMinBYTEInCharForEncoding(encoding), row.least) << row.encoding;
+        EXPECT_EQ(zynGetMaxBYTEInCharForEncoding(encoding), row.most) << row.encoding;
+        unsigned char other = 0, *mark = &other;
+        int length = -1;
+        GetBomData(encoding, mark, length);
+        ASSERT_EQ(length, static_cast<int>(row.mark.size())) << row.encoding;
+        ASSERT_EQ(mark == nullptr, length == 0) << row.encoding;
+        if (mark) {
+            EXPECT_EQ(std::string(reinterpret_cast<const char*>(mark), row.mark.size()), row.mark);
+        }
+
+        const std::string text = row.mark + "A";
+        EXPECT_EQ(GetBomLength(encoding, Data(text), length + 1), length);
+        EXPECT_EQ(GetBomLength(encoding, Data(text), length), length);
+        EXPECT_EQ(GetBomLength(encoding, Data(text), length - 1), 0);
+        EXPECT_EQ(GetBomLength(encoding, Data("A" + text), length + 2), 0);
+        EXPECT_EQ(GetBomLength(encoding, Data(text), INT_MIN), 0);
+        EXPECT_EQ(GetBomLength(encoding, nullptr, 4), 0);
+    }
+    EXPECT_EQ(GetBomLength(zynEncUCS2BE, Data("\xFF\xFE\0\x41"s), 4), 0);
+    EXPECT_EQ(GetBomLength(zynEncUCS2LE, Data("\xFF\xFE\0\0"s), 4), 2);
+}
+
+// The rule in words: complete sequences of the right form, each of a character in the list, at least one of
+// them.
+bool ReferenceIsRussianUtf8(const std::string& text) {
+    static const std::set<std::string> accepted = [] {
+        std::set<std::string> all{"Ё", "ё", "«", "»", "±", "µ", "Ω", "№", "–", "•", "…"};
+        for (int letter = 0x410; letter <= 0x44F; ++letter)
+            all.insert({static_cast<char>(0xC0 + letter / 64), static_cast<char>(0x80 + letter % 64)});
+        return all;
+    }();
+    bool hasLetters = false;
+    for (std::size_t i = 0, length = 1; i < text.size(); i += length) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        if (byte == 0) return false;
+        length = byte < 0x80 ? 1 : byte < 0xE0 ? 2 : byte < 0xF0 ? 3 : 4;
+        if (byte >= 0x80 && !accepted.contains(text.substr(i, length))) return false;
+        hasLetters |= byte >= 0x80;
+    }
+    return hasLetters;
+}
+
+TEST(Encoding, EveryShortTextIsUtf8ByTheListOfCharacters) {
+    for (const std::size_t before : {0u, 31u, 32u, 60u}) // at the ends of whole blocks, too
+        for (int first = 0; first < 256; ++first)
+            for (int second = 0; second < 256; ++second) {
+                std::string text(before, 'a');
+                text += {static_cast<char>(first), static_cast<char>(second)};
+                for (const std::size_t behind : {0u, 40u}) {
+                    text.append(behind, 'b');
+                    ASSERT_EQ(Passes(IsBufUtf8, text), ReferenceIsRussianUtf8(text))
+                        << testing::PrintToString(text);
+                }
+            }
+}
+
+TEST(Encoding, LongTextIsUtf8ByTheListOfCharacters) {
+    const std::string pieces[] = {"а",       "п", "р", "Я",    " ",    "Ё",   "ё",
+                                  "№",       "–", "•", "…",    "«",    "Ω", // accepted
+                                  "é",       "—", "ђ", "\xD0", "\x80", "\0"s, "\xF0\x9F\x98\x80",
+                                  "\xE2\x84"};
+    std::mt19937 random(3);
+    int passed = 0;
+    for (int round = 0; round < 20000; ++round) {
+        std::string text;
+        for (std::size_t count = random() % 90; count > 0; --count)
+            text += pieces[random() % 200 == 0  ? random() % std::size(pieces)
+                           : random() % 40 == 0 ? random() % 13
+                                                : random() % 5];
+        if (random() % 4 == 0) text.pop_back();
+        ASSERT_EQ(Passes(IsBufUtf8, text), ReferenceIsRussianUtf8(text)) << testing::PrintToString(text);
+        passed += Passes(IsBufUtf8, text);
+    }
+    EXPECT_GT(passed, 5000);
+    EXPECT_LT(passed, 19000);
+}
+
+TEST(Encoding, UnitsOf16And32BitsAreRecognisedInBothOrders) {
+    const struct {
+        std::string units; // low byte first
+        bool is16, is32;
+    } cases[] = {
+        {"", false, false},
+        {"\x41\0\x1F\x04"s, true, false},
+        {"\x01\x04\xFF\x04"s, true, false},
+        {"\x7F\0"s, true, false},
+        {"\x80\0"s, false, false},
+        {"\xE9\0"s, false, false},
+        {"\0\x04"s, false, false},
+        {"\x41\x05"s, false, false},
+        {"\x41\0\xE9\0"s, false, false},
+        {"\x41\0\x41"s, false, false},
+        {"\x41\0\0\0"s, false, true},
+        {"\0\0\0\0\xFF\xFF\0\0"s, false, true},
+        {"\x41\0\0\0\x41\0\x01\0"s, false, false},
+        {"\x41\0\0\0\x41\0\0\x01"s, false, false},
+        {"\x41\0\0\0\x41\0\0"s, false, false},
+    };
+    for (const auto& [units, is16, is32] : cases) {
+        const std::string shown = testing::PrintToString(units);
+        EXPECT_EQ(Passes(IsBufUCS2, units), is16) << shown;
+        EXPECT_EQ(Passes(IsBufUCS4LE, units), is32) << shown;
+        std::string swapped = units, reversed = units;
+        for (std::size_t i = 0; i + 1 < units.size(); i += 2)
+            std::swap(swapped[i], swapped[i + 1]);
+        for (std::size_t i = 0; i + 3 < units.size(); i += 4)
+            std::reverse(&reversed[i], &reversed[i] + 4);
+        EXPECT_EQ(Passes(IsBufUCS2BE, swapped), is16) << shown;
+        EXPECT_EQ(Passes(IsBufUCS4BE, reversed), is32) << shown;
+    }
+}
+
+TEST(Encoding, ContentTestsRefuseEmptyAndHostileInput) {
+    const std::string text = "\x41\0\0\0"s + std::string("\xD0\xBF");
+    for (const ContentTest test : {IsBufUtf8, IsBufUCS2, IsBufUCS2BE, IsBufUCS4LE, IsBufUCS4BE}) {
+        for (const int length : {0, -1, -2, -4, INT_MIN})
+            EXPECT_FALSE(test(Data(text), length));
+        EXPECT_FALSE(test(nullptr, 4));
+    }
+}
+
+} // namespace

@@ -1,0 +1,88 @@
+#include "zynaggr/zynerror.h"
+
+#include "zynplatform/cp1251.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+using namespace zynplatform::literals;
+
+namespace {
+
+using Record = SzynErrorDescription;
+
+Record Full(int module) {
+    return {27, "S", "May 22 2025", 1024, "D", module, "F", "C", "A"};
+}
+
+std::string Print(const Record& record, bool russian, const char* extra = nullptr) {
+    return record.Print(extra, russian).GetString();
+}
+
+TEST(ErrorRecord, PrintsBothForms) {
+    EXPECT_EQ(Print(Record(), false), "Core:  -1; ");
+    EXPECT_EQ(
+        Print(Full(0), false),
+        "Core:  0;  Err:  27;\r\n\t\tFun: F\r\n\t\tDescr: D\r\n\t\tAdd: A\r\n\t\tCls: C\r\n\t\tSrc: S от May "
+        "22 2025 str 1024"_cp1251);
+    EXPECT_EQ(
+        Print(Full(0), true, "X%i"),
+        "Модуль:  0;   27;\r\nФункция: F; X%i\r\nD\r\nA\r\nКласс: C\r\nИсходный код: S от May 22 2025 str "
+        "1024"_cp1251);
+    EXPECT_EQ(Print(Record(-1, nullptr, "date", -3, "", 7, nullptr, nullptr, nullptr), false, ""),
+              "Core:  7; ;  str -3");
+}
+
+TEST(ErrorRecord, ProvidersReplaceOrPrecedeTheNumber) {
+    const struct {
+        int module;
+        const char *name, *russianName, *described;
+    } cases[] = {
+        {1, "Transport; ", "транспорт; "_cp1251, "T5 5;"},
+        {2, "CzynData; ", "CzynData; ", "D5"},
+        {3, "ZynTransportClient; ", "ZynTransportClient; ", " 5;"},
+        {4, "Server; ", "сервер; "_cp1251, "S5"},
+        {5, "Server; ", "сервер; "_cp1251, " 5;"},
+        {6, " 6; ", " 6; ", " 5;"},
+    };
+    const auto check = [&](bool described) {
+        for (const auto& c : cases) {
+            const Record record(5, "", "", 0, "", c.module, "", "", "");
+            const std::string code = described ? c.described : " 5;";
+            EXPECT_EQ(Print(record, false), std::string("Core: ") + c.name + " Err: " + code);
+            EXPECT_EQ(Print(record, true), std::string("Модуль: "_cp1251) + c.russianName + " " + code);
+        }
+    };
+    check(false);
+    SetGetTransportErrorDescription([](int code) { return "T" + CStringA(std::to_string(code)); });
+    SetGetStepDataErrorDescription([](int code) { return "D" + CStringA(std::to_string(code)); });
+    SetGetServerErrorDescription([](int code) { return "S" + CStringA(std::to_string(code)); });
+    check(true);
+    SetGetTransportErrorDescription(nullptr);
+    SetGetStepDataErrorDescription(nullptr);
+    SetGetServerErrorDescription(nullptr);
+}
+
+TEST(ErrorRecord, StackIsCopiedDeeplyAndPrintedOnlyInTheTechnicalForm) {
+    Record copy;
+    {
+        const Record inner(Full(0), "s1", "d", 1, "first", "f1", nullptr);
+        const Record outer(inner, "s2", "d", 2, "second", "f2", "c2");
+        copy.Set(outer);
+        copy.Set(copy);
+    }
+    const std::string first =
+        "\r\n\tCore:  0; \r\n\t\tFun: f1\r\n\t\tDescr: first\r\n\t\tSrc: s1 от d str 1"_cp1251;
+    const std::string second =
+        "\r\n\tCore:  0; \r\n\t\tFun: f2\r\n\t\tDescr: second\r\n\t\tCls: c2\r\n\t\tSrc: s2 от d str 2"_cp1251;
+    const std::string own = Print(Full(0), false) + "\r\n\t\tErr stack: ";
+    EXPECT_EQ(Print(copy, false), own + first + second + first + second);
+    EXPECT_EQ(Print(copy, true), Print(Full(0), true));
+
+    Record nested;
+    nested.m_aStack.Add(new Record(copy));
+    EXPECT_EQ(Print(nested, false), "Core:  -1; \r\n\t\tErr stack: \r\n\t" + Print(copy, false));
+}
+
+} // namespace

@@ -1,0 +1,212 @@
+#include "zynplatform/codepage.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <iconv.h>
+
+namespace {
+
+constexpr unsigned unknownPage = 12345;
+
+// Each conversion is made into a target of exactly the length announced; what lies behind it has to stay.
+std::u16string Wide(unsigned page, std::string_view text) {
+    const std::size_t length = zynplatform::WideLength(page, text.data(), text.size());
+    std::u16string target(length + 40, u'\x5A5A');
+    EXPECT_EQ(zynplatform::ToWide(page, text.data(), text.size(), target.data()), length);
+    EXPECT_EQ(target.find_first_not_of(u'\x5A5A', length), target.npos);
+    return target.substr(0, length);
+}
+std::string Narrow(unsigned page, std::u16string_view text) {
+    const std::size_t length = zynplatform::NarrowLength(page, text.data(), text.size());
+    std::string target(length + 40, '\x5A');
+    EXPECT_EQ(zynplatform::ToNarrow(page, text.data(), text.size(), target.data()), length);
+    EXPECT_EQ(target.find_first_not_of('\x5A', length), target.npos);
+    return target.substr(0, length);
+}
+
+// The rule for UTF-8 as its table of well-formed sequences: the ranges of the first, second, ... byte.
+using Range = std::pair<unsigned, unsigned>;
+const std::vector<std::vector<Range>> wellFormed{
+    {{0x00, 0x7F}},
+    {{0xC2, 0xDF}, {0x80, 0xBF}},
+    {{0xE0, 0xE0}, {0xA0, 0xBF}, {0x80, 0xBF}},
+    {{0xE1, 0xEC}, {0x80, 0xBF}, {0x80, 0xBF}},
+    {{0xED, 0xED}, {0x80, 0x9F}, {0x80, 0xBF}},
+    {{0xEE, 0xEF}, {0x80, 0xBF}, {0x80, 0xBF}},
+    {{0xF0, 0xF0}, {0x90, 0xBF}, {0x80, 0xBF}, {0x80, 0xBF}},
+    {{0xF1, 0xF3}, {0x80, 0xBF}, {0x80, 0xBF}, {0x80, 0xBF}},
+    {{0xF4, 0xF4}, {0x80, 0x8F}, {0x80, 0xBF}, {0x80, 0xBF}},
+};
+
+void Append(std::u16string& text, unsigned long character) {
+    if (character >= 0x10000) {
+        text += static_cast<char16_t>(0xD800 + (character - 0x10000) / 0x400);
+        character = 0xDC00 + (character - 0x10000) % 0x400;
+    }
+    text += static_cast<char16_t>(character);
+}
+
+std::u16string ReferenceWide(std::string_view text) {
+    constexpr std::array<unsigned long, 5> leadBase{0, 0, 0xC0, 0xE0, 0xF0};
+    std::u16string wide;
+    while (!text.empty()) {
+        std::size_t best = 1;
+        unsigned long character = 0xFFFD;
+        for (const auto& ranges : wellFormed) {
+            std::size_t matched = 0;
+            unsigned long value = 0;
+            for (const auto& [low, high] : ranges) {
+                if (matched == text.size()) break;
+                const unsigned byte = static_cast<unsigned char>(text[matched]);
+                if (byte < low || byte > high) break;
+                value = value * 64 + byte - (matched == 0 ? leadBase[ranges.size()] : 0x80);
+                ++matched;
+            }
+            if (matched == ranges.size()) character = value;
+            best = std::max(best, matched);
+        }
+        Append(wide, character);
+        text.remove_prefix(best);
+    }
+    return wide;
+}
+
+std::string ReferenceUtf8(std::u16string_view text) {
+    std::string bytes;
+    const auto add = [&](unsigned long byte) { bytes += static_cast<char>(byte); };
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        unsigned long c = text[i];
+        const bool isHigh = c / 0x400 == 0x36, isLow = c / 0x400 == 0x37;
+        if (isHigh && i + 1 < text.size() && text[i + 1] / 0x400 == 0x37)
+            c = 0x10000 + c % 0x400 * 0x400 + text[++i] % 0x400;
+        else if (isHigh || isLow)
+            c = 0xFFFD;
+        if (c < 0x80) {
+            add(c);
+        } else if (c < 0x800) {
+            add(0xC0 + c / 64), add(0x80 + c % 64);
+        } else if (c < 0x10000) {
+            add(0xE0 + c / 4096), add(0x80 + c / 64 % 64), add(0x80 + c % 64);
+        } else {
+            add(0xF0 + c / 262144), add(0x80 + c / 4096 % 64), add(0x80 + c / 64 % 64), add(0x80 + c % 64);
+        }
+    }
+    return bytes;
+}
+
+TEST(CodePage, BytesOf1251AreTheCharactersTheSystemKnows) {
+    iconv_t converter = iconv_open("UTF-16LE", "CP1251");
+    ASSERT_NE(converter, reinterpret_cast<iconv_t>(-1));
+    std::map<char16_t, char> byteOf;
+    for (int i = 0; i < 256; ++i) {
+        char byte = static_cast<char>(i), *in = &byte;
+        unsigned char unit[2] = {0x98, 0}; // the one byte that the system leaves undefined
+        char* out = reinterpret_cast<char*>(unit);
+        std::size_t inLeft = 1, outLeft = 2;
+        EXPECT_EQ(iconv(converter, &in, &inLeft, &out, &outLeft) != 0, i == 0x98);
+        const std::u16string expected(1, static_cast<char16_t>(unit[0] | unit[1] << 8));
+        EXPECT_EQ(Wide(1251, {&byte, 1}), expected) << i;
+        byteOf[expected[0]] = byte;
+    }
+    iconv_close(converter);
+    for (unsigned unit = 0; unit < 0x10000; ++unit) {
+        const char16_t character = static_cast<char16_t>(unit);
+        const auto found = byteOf.find(character);
+        const char expected = found == byteOf.end() ? '?' : found->second;
+        ASSERT_EQ(Narrow(1251, {&character, 1}), std::string(1, expected)) << unit;
+        ASSERT_EQ(Narrow(1251, std::u16string(32, character)), std::string(32, expected)) << unit;
+    }
+}
+
+TEST(CodePage, TextOf1251ConvertsAtEveryLengthAsItsBytesDo) {
+    std::mt19937 random(1);
+    for (std::size_t length = 0; length < 200; ++length) {
+        std::string text;
+        std::u16string wide;
+        for (std::size_t i = 0; i < length; ++i) {
+            const unsigned byte =
+                random() % 40 == 0 ? 0x80 + random() % 0x40 : random() % 2 * 0xC0 + random() % 64;
+            text += static_cast<char>(byte);
+            wide += Wide(1251, {&text.back(), 1});
+        }
+        ASSERT_EQ(Wide(1251, text), wide);
+        ASSERT_EQ(Narrow(1251, wide), text);
+    }
+}
+
+// Text that is mostly of one kind, so that both whole blocks and single characters are converted, cut
+// anywhere.
+std::string RandomUtf8(std::mt19937& random) {
+    static const std::vector<std::string> pieces{
+        "a",    "z",    "я",        "Ж",        "\x7F", "\xDF\xBF",     "ё",   "№", "漢", "\xED", "😀",
+        "\xC0", "\x80", "\xF4\x8F", "\xE0\xA0", "\xC2", "\xED\xA0\x80", "\xFF"};
+    const std::size_t common = std::array<std::size_t, 4>{2, 7, 9, pieces.size()}[random() % 4];
+    const unsigned rareness = random() % 2 == 0 ? 100 : 1000;
+    std::string text;
+    const std::size_t length = random() % 160;
+    while (text.size() < length)
+        text += pieces[random() % (random() % rareness == 0 ? pieces.size() : common)];
+    text.resize(length);
+    for (std::size_t changes = random() % 20 == 0 ? 3 : 0; changes > 0 && length > 0; --changes)
+        text[random() % length] = static_cast<char>(random());
+    return text;
+}
+
+TEST(CodePage, Utf8ConvertsAsTheTableOfWellFormedSequencesSays) {
+    std::mt19937 random(2);
+    for (int round = 0; round < 30000; ++round) {
+        const std::string text = RandomUtf8(random);
+        const std::size_t offset = text.empty() ? 0 : random() % std::min<std::size_t>(text.size(), 17);
+        const std::string_view part = std::string_view(text).substr(offset);
+        const std::u16string wide = ReferenceWide(part);
+        ASSERT_EQ(Wide(65001, part), wide) << testing::PrintToString(text) << offset;
+        ASSERT_EQ(Narrow(65001, wide), ReferenceUtf8(wide)) << testing::PrintToString(text) << offset;
+    }
+}
+
+TEST(CodePage, EveryUnitSurvivesUtf8ExceptUnpairedSurrogates) {
+    std::u16string all;
+    for (unsigned unit = 0; unit < 0x10000; ++unit)
+        all += static_cast<char16_t>(unit);
+    for (std::size_t copies = 1; copies <= 40; copies += 13) {
+        std::u16string text;
+        for (const char16_t unit : all)
+            text.append(copies, unit).append(1, u' ');
+        const std::string bytes = ReferenceUtf8(text);
+        EXPECT_EQ(Narrow(65001, text), bytes) << copies;
+        EXPECT_EQ(Wide(65001, bytes), ReferenceWide(bytes)) << copies;
+    }
+    EXPECT_EQ(Narrow(65001, u"\xD83D\xDE00\xD83D|\xDE00"), "😀\uFFFD|\uFFFD");
+    EXPECT_EQ(Wide(65001, "\xF0\x9F\x98|\xC0\xAF"), u"\uFFFD|\uFFFD\uFFFD");
+}
+
+TEST(CodePage, OtherPagesAreTheSystemsAndReplaceWhatTheyCannotHold) {
+    EXPECT_EQ(Wide(866, {"\x8F\xE0\0\xF1", 4}), std::u16string(u"Пр\0ё", 4));
+    EXPECT_EQ(Narrow(866, u"Прё"), "\x8F\xE0\xF1");
+    EXPECT_EQ(Wide(1252, "\x80\xE9\x81|"), u"€é\xFFFD|");
+    EXPECT_EQ(Narrow(1252, u"€éя|😀|\xD800"), "\x80\xE9?|??|?");
+    EXPECT_EQ(Wide(932, "\x93\xFA\x93"), u"日\xFFFD");
+    const std::string bytes(5000, '\x8F');
+    EXPECT_EQ(Wide(866, bytes), std::u16string(5000, u'П'));
+    EXPECT_EQ(Narrow(866, std::u16string(5000, u'П')), bytes);
+}
+
+TEST(CodePage, UnknownPagesAndEmptyTextGiveNothing) {
+    EXPECT_EQ(Wide(unknownPage, "text"), u"");
+    EXPECT_EQ(Narrow(unknownPage, u"text"), "");
+    for (const unsigned page : {1251u, 65001u, 866u, unknownPage}) {
+        EXPECT_EQ(zynplatform::WideLength(page, nullptr, 0), 0u);
+        EXPECT_EQ(zynplatform::ToWide(page, nullptr, 0, nullptr), 0u);
+        EXPECT_EQ(zynplatform::NarrowLength(page, nullptr, 0), 0u);
+        EXPECT_EQ(zynplatform::ToNarrow(page, nullptr, 0, nullptr), 0u);
+    }
+}
+
+} // namespace

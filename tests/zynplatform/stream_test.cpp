@@ -1,0 +1,119 @@
+#include "zynplatform/stream.h"
+
+#include "support/temp_folder.h"
+
+#include <gtest/gtest.h>
+#include <random>
+
+using namespace zynplatform;
+
+namespace {
+
+std::string ReadAll(Stream& stream, std::size_t step) {
+    std::string all, part(step, '\0');
+    while (const std::size_t done = stream.Read(part.data(), step))
+        all.append(part, 0, done);
+    return all;
+}
+
+std::string WithoutCarriageReturnsBeforeLineFeeds(const std::string& text) {
+    std::string result;
+    for (std::size_t i = 0; i < text.size(); ++i)
+        if (!(text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n')) result += text[i];
+    return result;
+}
+
+TEST(StreamTest, TextIsTranslatedWhereverTheBufferEnds) {
+    const TempFolder folder;
+    std::mt19937 random(1);
+    for (const std::size_t length : {0u, 1u, 2u, 16383u, 16384u, 16385u, 50000u}) {
+        std::string bytes(length, '\0');
+        for (char& c : bytes)
+            c = "\r\na"[random() % 3];
+        folder.Write("f", bytes);
+        for (const std::size_t step : {1u, 7u, 60000u}) {
+            Stream text, binary;
+            ASSERT_EQ(0u, text.Open(folder.Path("f"), {.text = true}));
+            ASSERT_EQ(0u, binary.Open(folder.Path("f"), {}));
+            EXPECT_EQ(WithoutCarriageReturnsBeforeLineFeeds(bytes), ReadAll(text, step))
+                << length << ' ' << step;
+            EXPECT_EQ(bytes, ReadAll(binary, step)) << length << ' ' << step;
+        }
+        Stream lines;
+        lines.Open(folder.Path("f"), {.text = true});
+        std::string all, line;
+        while (lines.ReadLine(line, 100000)) {
+            EXPECT_EQ(line.find('\n'), line.find('\n') == line.npos ? line.npos : line.size() - 1);
+            all += line;
+            line.clear();
+        }
+        EXPECT_EQ(WithoutCarriageReturnsBeforeLineFeeds(bytes), all);
+    }
+}
+
+TEST(StreamTest, LineFeedsAreWrittenAsTwoBytesInTextMode) {
+    const TempFolder folder;
+    Stream stream;
+    ASSERT_EQ(0u, stream.Open(folder.Path("f"), {.start = Stream::Start::write, .text = true}));
+    EXPECT_TRUE(stream.Write("a\nb\n\nc", 6));
+    EXPECT_TRUE(stream.Close());
+    EXPECT_EQ("a\r\nb\r\n\r\nc", folder.Read("f"));
+}
+
+// Reads, writes, seeks and cuts at random, against a string that does the same.
+TEST(StreamTest, ReadingAndWritingAlternateFreely) {
+    const TempFolder folder;
+    folder.Write("f", "");
+    Stream stream;
+    ASSERT_EQ(0u, stream.Open(folder.Path("f"), {.start = Stream::Start::read, .update = true}));
+    std::string model;
+    std::size_t position = 0;
+    std::mt19937 random(2);
+    for (int step = 0; step < 3000; ++step) {
+        const std::size_t size = random() % (step % 50 ? 300 : 40000);
+        switch (random() % 5) {
+        case 0:
+        case 1: {
+            const std::string bytes(size, static_cast<char>('a' + step % 26));
+            EXPECT_TRUE(stream.Write(bytes.data(), size));
+            if (size != 0 && position > model.size()) model.resize(position);
+            model.replace(std::min(position, model.size()), size, bytes);
+            position += size;
+            break;
+        }
+        case 2: {
+            std::string bytes(size, '\0');
+            bytes.resize(stream.Read(bytes.data(), size));
+            const std::string expected = position < model.size() ? model.substr(position, size) : "";
+            ASSERT_EQ(expected, bytes) << step;
+            position += expected.size();
+            break;
+        }
+        case 3:
+            position = model.empty() ? 0 : random() % (model.size() + 10);
+            EXPECT_EQ(static_cast<std::int64_t>(position),
+                      stream.Seek(static_cast<std::int64_t>(position), SeekFrom::begin));
+            break;
+        default:
+            if (step % 7) break;
+            EXPECT_TRUE(stream.SetLength(static_cast<std::int64_t>(size)));
+            model.resize(size);
+        }
+        ASSERT_EQ(static_cast<std::int64_t>(position), stream.GetPosition()) << step;
+    }
+    EXPECT_EQ(-1, stream.Seek(-1, SeekFrom::begin));
+    EXPECT_EQ(static_cast<std::int64_t>(position), stream.GetPosition());
+    EXPECT_TRUE(stream.Close());
+    EXPECT_EQ(model, folder.Read("f"));
+}
+
+TEST(StreamTest, BytesThatDoNotReachAFullDiskAreReportedAtCloseAtTheLatest) {
+    Stream stream;
+    if (stream.Open("/dev/full", {.start = Stream::Start::append}) != 0) GTEST_SKIP();
+    EXPECT_TRUE(stream.Write("x", 1));
+    EXPECT_FALSE(stream.Close());
+    ASSERT_EQ(0u, stream.Open("/dev/full", {.start = Stream::Start::append}));
+    EXPECT_FALSE(stream.Write(std::string(100000, 'x').data(), 100000));
+}
+
+} // namespace

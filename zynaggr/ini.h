@@ -1,0 +1,224 @@
+#pragma once
+
+#include "zynaggr/zynencoding.h"
+#include "zynaggr/zynsync.h"
+#include "zynaggr/zyntaggr.h"
+#include "zynhost/carray.h"
+#include "zynhost/cstring.h"
+#include "zynplatform/export.h"
+
+#include <atomic>
+#include <cstdint>
+#include <string_view>
+
+// One pair of CzynINI::GetListKeysVals.
+struct ZYN_API SKeyVal {
+    SKeyVal(const char* szKey, const char* szVal) : m_sKey(szKey), m_sVal(szVal) {}
+
+    CStringA m_sKey;
+    CStringA m_sVal;
+};
+
+// An INI file whose every line survives being edited.
+//
+//     CzynINI ini("app.ini");                                  // looked for beside the program and elsewhere
+//     int port = ini.GetInt("server", "port", 8080, true);     // and written to the file when it was missing
+//     if (!ini.WriteString("server", "host", "localhost", "who we are")) show(ini.GetErrDescription());
+//
+// The whole file is kept in memory as sections of lines: pairs, comments, blank lines, free text, the text
+// behind a header. Names of sections and keys are compared as they stand in the file, blanks included,
+// without regard to letter case (Latin and Russian letters); of several equal ones the first in the file is
+// meant.
+//
+// Two modes. In write-through mode, the initial one, every edit saves the file at once, and a query or edit
+// first reloads it when more than 1000 ms have passed since the last load or save. In deferred mode edits
+// collect in memory and nothing is reloaded, until Flush or SetWriteMode(true) saves. The destructor does not
+// save.
+//
+// A save writes the file in the encoding that it was read in (code page 1251 for a new one), every line ended
+// by CR LF, and before that copies the old file to "<name>.bak". Per section it writes the pairs whose keys
+// are decimal numbers first, in ascending order and without those whose value is empty, then all other lines
+// as they stood; a header gets a blank line before it when the section above ends with a pair. Nothing else
+// is moved. While the file is being written nobody else reads it through this library. A full disk leaves the
+// old text whole, in the file or in the
+// ".bak"; the edit is then only in memory, and GetErrDescription tells.
+//
+// A text in UTF-8 or Unicode is worked with in code page 1251: characters that this does not have become '?',
+// and are
+// '?' when the file is saved.
+//
+// Failure: operations return false (or the default) and GetErrDescription gives the text, translated. A
+// failed save does not undo the edit in memory. Running out of memory throws std::bad_alloc. Section and key
+// arguments and values may be null, which counts as an empty text.
+//
+// Threads: one object may be used by several. Several objects or processes on one file see each other's edits
+// only by reloading: within the 1000 ms an object works on what it has read, and its next save overwrites
+// what another wrote meanwhile. Two that open the file at the same moment never damage it: one of them gets
+// false, with the text.
+class ZYN_API CzynINI {
+public:
+    struct SOption;
+    struct SSection;
+    using SectionArray = CzynTAggr<SSection*, SSection*, 4>;
+    using OptionArray = CzynTAggr<SOption*, SOption*, 6>;
+    using KeyValArray = CzynTAggr<SKeyVal*, SKeyVal*, 4>;
+
+    // ---- The file
+
+    // With a name, calls SetINI(szIniName, bSearchModuleDir, 0).
+    CzynINI(const char* szIniName = nullptr, bool bSearchModuleDir = true);
+    virtual ~CzynINI();
+    CzynINI(const CzynINI&) = delete;
+    CzynINI& operator=(const CzynINI&) = delete;
+
+    // Points the object at a file; always true. A name with a backslash, or a native absolute path, is the
+    // file. A bare name is looked for in this order, and the first that exists is taken:
+    //   1. only with bSearchModuleDir: the program's own directory; the place that the environment variable
+    //   named by
+    //      SetEnvForFind gives (the file itself when the value ends in ".ini", else its directory); up to
+    //      nUpLevels parent directories of the last of these places;
+    //   2. the current directory;
+    //   3. the user's profile directory (USERPROFILE, here HOME);
+    //   4. the directory named by SystemRoot, whether it exists there or not.
+    // The file is read by the next query or edit, and sections read from an earlier file stay until then (and
+    // for good when the new file does not exist).
+    virtual bool SetINI(const char* szIniName, bool bSearchModuleDir, int nUpLevels);
+    void SetEnvForFind(const char* szEnvName); // for the next SetINI
+
+    CStringA GetRealIniName(); // full name of the file
+    void GetRealIniName(CStringA& sName);
+    CStringA GetRealIniPath(); // its directory with a backslash at the end; empty without one
+    bool isFileExist();        // SetINI found it, or it was read since
+    bool IsHomeDir();          // SetINI found it in the user's profile directory
+
+    // Whether the file can be opened for writing. A missing file is made, empty.
+    bool CheckWrite();
+    // Makes the next query or edit in write-through mode read the file.
+    void SetNeedReload();
+
+    // ---- Queries
+
+    // The value, or the default when there is no such entry or the file cannot be read. With bCreate, a
+    // missing entry is made and an empty value filled with the default, and the file saved at once, in either
+    // mode; later sections and entries of the same name get "___copy" added to theirs, and the found ones
+    // take the caller's spelling (saved with the next save).
+    virtual CStringA GetString(const char* szSection, const char* szKey, const char* szDefault, bool bCreate);
+    // The same; false when the file cannot be read. Without bCreate, an empty value is returned as it is.
+    virtual bool GetString(const char* szSection, const char* szKey, CStringA& sValue, const char* szDefault,
+                           bool bCreate);
+    // The value as a decimal number, cut to 32 bits; the default when it is none. With bCreate, what is
+    // missing or no number is replaced by the default and saved.
+    virtual int GetInt(const char* szSection, const char* szKey, int nDefault, bool bCreate);
+
+    // The keys, or pairs, of a section in the order of the file, repeated ones included. False when there is
+    // no such section; what the container held is gone in any case.
+    bool GetListKeys(const char* szSection, CStringArray& keys);
+    bool GetListKeysVals(const char* szSection, KeyValArray& list);
+    bool isParamSet(const char* szSection, const char* szKey);
+    bool isGroupeSet(const char* szSection);
+
+    // ---- Edits
+
+    // Sets a value, trimmed. A missing entry is made behind the last pair of its section, with a comment line
+    // above it when szComment has at least two characters (";" is put before it where it has none). Repeated
+    // names are treated as by GetString with bCreate. WriteInt fails without changing anything when the file
+    // is read-only.
+    virtual bool WriteString(const char* szSection, const char* szKey, const char* szValue,
+                             const char* szComment);
+    virtual bool WriteInt(const char* szSection, const char* szKey, int nValue, const char* szComment);
+    // Removes every entry with this key from the first section of this name; true also when there is none.
+    virtual bool Delete(const char* szSection, const char* szKey);
+    // Rename the first section or entry of a name and leave a comment above it that says so. Saved at once in
+    // either mode.
+    virtual void RenameGroupe(const char* szOldName, const char* szNewName);
+    virtual void RenameParam(const char* szSection, const char* szOldName, const char* szNewName);
+
+    // ---- Modes, paths, messages
+
+    // false begins to collect edits (the file is read first), true saves what was collected. The mode changes
+    // also when that fails.
+    void SetWriteMode(bool bWrite);
+    // Saves what was collected and returns to write-through mode, also when the save fails.
+    bool Flush();
+
+    // Expands a path from the file: ".\" and "..\" at its start mean the directory of the INI file and the
+    // one above (one
+    // "..\" only); quotes around the result are removed. Every other path stays as it is.
+    CStringA ExpandPath(const char* szPath);
+
+    // The text of the last failure, and notices and warnings collected since; a successful load empties it.
+    CStringA GetErrDescription();
+
+    // Notices of ExpandPath are printed (true) or collected for GetErrDescription (false). Warnings are both.
+    bool m_bPrintInfo = true;
+
+protected:
+    // Loads the file into m_aSections when a reload is due. True also when none is due or there is no file;
+    // false when it cannot be opened.
+    virtual bool Parse();
+    // Writes m_aSections to the file.
+    virtual bool InternalSave();
+
+    // The entry, or null. With bCreate it is made when missing, its section too.
+    SOption* FindCreateOption(const char* szSection, const char* szKey, bool bCreate, const char* szComment);
+    SSection* FindSection(const char* szSection);
+    bool FailEntryCreation();
+    bool SaveEdit();
+    template <class Visit> bool VisitPairs(const char* szSection, Visit visit);
+
+    void PrintInfoWithSaveFlags(const char* szMsg);
+    void PrintWarningWithSaveFlags(const char* szMsg);
+    void AppendToErr(const char* szMsg);
+
+    bool TryFile(const CStringA& sName);
+    void LocateBareName(const CStringA& sName, bool bSearchModuleDir, int nUpLevels);
+    bool LocateByModuleDir(const CStringA& sName, int nUpLevels);
+    bool ParseText(std::string_view text);
+    CStringA ComposeText();
+
+    CStringA m_sEnvForFind; // name of an environment variable that may point at the file
+    CStringA m_sIniName;
+    CStringA m_sIniPath;
+    zynTextEncoding m_nEncoding = zynEncUnknown; // found at the last load; used when writing
+    CStringA m_sErr;
+    std::atomic<bool> m_bWriteMode = true;
+    bool m_bReadOnly = false; // the last write check failed
+    std::atomic<bool> m_bFileExist = false;
+    std::atomic<bool> m_bHomeDir = false;
+    SectionArray m_aSections{8}; // in file order
+    CzynTimeMeter m_TimeMeter;   // time since the last load or save
+    CZynCriticalSection m_CS;
+};
+
+// A line of a section.
+struct ZYN_API CzynINI::SOption {
+    explicit SOption(const char* szKey) : m_sKey(szKey) {}
+
+    CStringA m_sKey;          // as it stands before the first "="; empty for a line that is no pair
+    CStringA m_sValue;        // trimmed: the value of a pair, or the whole line
+    bool m_bEmptyKey = false; // a pair whose key is empty: it is written with its "="
+};
+
+// A section. Lines before the first header belong to one with an empty name, which writes no header.
+struct ZYN_API CzynINI::SSection {
+    // Appends itself to the array, which owns it.
+    SSection(SectionArray& aSections, const char* szName);
+    SSection(const SSection&) = delete;
+    SSection& operator=(const SSection&) = delete;
+
+    // Appends an entry, which the section then owns; its index, or -1 for null.
+    int Add(SOption* pOpt);
+    // Puts an entry at an index, or at m_nInsertPos for -1; the index, or -1 for null.
+    int Insert(SOption* pOpt, int nPos);
+
+    CStringA m_sName;                // as it stands between the brackets
+    CStringA m_sTail;                // the rest of the header's line
+    CStringA m_sComment;             // written above the header by the next save, and then gone
+    OptionArray m_aOptions{8};       // in file order
+    std::int32_t m_nInsertPos = 0;   // where a new pair goes: behind the last one
+    std::uint8_t m_nHeaderFlags = 0; // 1: "[" was read, 2: "]" was read
+};
+
+template <> inline constexpr bool zyn::isStruct<SKeyVal> = true;
+template <> inline constexpr bool zyn::isStruct<CzynINI::SOption> = true;
+template <> inline constexpr bool zyn::isStruct<CzynINI::SSection> = true;

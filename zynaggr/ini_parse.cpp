@@ -1,0 +1,216 @@
+#include "zynaggr/ini.h"
+
+#include "zynaggr/zyn_translate.h"
+#include "zynaggr/zynfile.h"
+#include "zynaggr/zynstringfile.h"
+#include "zynplatform/cp1251.h"
+
+#include <array>
+#include <memory>
+#include <string>
+
+// The model of the file in memory, and loading it.
+
+using namespace zynplatform::literals;
+
+namespace {
+
+constexpr unsigned long reloadAfterMs = 1000;
+
+constexpr std::uint8_t openingBracketRead = 1;
+constexpr std::uint8_t closingBracketRead = 2;
+
+// The characters that end a run of ordinary ones.
+constexpr std::array<bool, 256> special = [] {
+    std::array<bool, 256> table{};
+    for (const unsigned char c : {';', '#', '[', ']', '=', '\r', '\n'})
+        table[c] = true;
+    return table;
+}();
+
+CStringA Trimmed(std::string_view text) {
+    constexpr std::string_view whiteSpace = " \t\n\v\f\r";
+    const std::size_t first = text.find_first_not_of(whiteSpace);
+    if (first == text.npos) return {};
+    return CStringA(text.substr(first, text.find_last_not_of(whiteSpace) - first + 1));
+}
+
+// Walks the text of a file character by character and builds its sections.
+class Parser {
+public:
+    explicit Parser(CzynINI::SectionArray& sections) : m_sections(sections) {}
+
+    // False when a header line ended without a section.
+    bool Run(std::string_view text) {
+        for (std::size_t i = 0; i < text.size(); ++i) {
+            const std::size_t run = i;
+            while (i < text.size() && !special[static_cast<unsigned char>(text[i])])
+                ++i;
+            m_token.append(text, run, i - run);
+            if (i == text.size()) break;
+            switch (text[i]) {
+            case ';':
+            case '#':
+                if (!m_isValue && !m_isHeader) m_isComment = true;
+                m_token += text[i];
+                break;
+            case '[':
+                TakeOpeningBracket();
+                break;
+            case ']':
+                TakeClosingBracket();
+                break;
+            case '=':
+                TakeEqualsSign();
+                break;
+            case '\r':
+                // Part of a line end of two characters; else a line end by itself.
+                if ((i + 1 < text.size() && text[i + 1] == '\n') || (i > 0 && text[i - 1] == '\n')) break;
+                [[fallthrough]];
+            default:
+                if (!EndLine()) return false;
+            }
+        }
+        return true;
+    }
+
+private:
+    CzynINI::SSection& NewSection(const std::string& name) {
+        m_section = new CzynINI::SSection(m_sections, nullptr);
+        m_section->m_sName = CStringA(std::string_view(name));
+        return *m_section;
+    }
+
+    CzynINI::SOption& NewOption(const std::string& key) {
+        if (!m_section) NewSection({});
+        auto option = std::make_unique<CzynINI::SOption>(nullptr);
+        option->m_sKey = CStringA(std::string_view(key));
+        m_section->Add(option.get());
+        return *option.release();
+    }
+
+    // The first bracket of a line begins a new section.
+    void BeginHeader() {
+        if (!m_isHeader) m_section = nullptr;
+        m_isHeader = true;
+    }
+
+    void TakeOpeningBracket() {
+        if (m_isValue || m_isComment) {
+            m_token += '[';
+            return;
+        }
+        BeginHeader();
+        if (m_section)
+            m_token += '[';
+        else
+            NewSection({}).m_nHeaderFlags |= openingBracketRead; // text before the bracket joins the name
+    }
+
+    void TakeClosingBracket() {
+        if (m_isValue || m_isComment) {
+            m_token += ']';
+            return;
+        }
+        BeginHeader();
+        if (!m_section) NewSection(m_token);
+        m_section->m_nHeaderFlags |= closingBracketRead;
+        m_section->m_sName = CStringA(std::string_view(m_token));
+        m_token.clear();
+    }
+
+    void TakeEqualsSign() {
+        if (m_isHeader || m_isComment || m_isValue) {
+            m_token += '=';
+            return;
+        }
+        m_isValue = true;
+        m_option = &NewOption(m_token);
+        m_option->m_bEmptyKey = m_token.empty();
+        m_token.clear();
+    }
+
+    bool EndLine() {
+        m_isValue = m_isComment = false;
+        if (m_isHeader) {
+            if (!m_section) return false;
+            const bool closed = (m_section->m_nHeaderFlags & closingBracketRead) != 0;
+            (closed ? m_section->m_sTail : m_section->m_sName) = CStringA(std::string_view(m_token));
+            m_isHeader = false;
+        } else {
+            if (!m_option) m_option = &NewOption({});
+            m_option->m_sValue = Trimmed(m_token);
+            m_option = nullptr;
+        }
+        m_token.clear();
+        return true;
+    }
+
+    CzynINI::SectionArray& m_sections;
+    CzynINI::SSection* m_section = nullptr;
+    CzynINI::SOption* m_option = nullptr;
+    std::string m_token;
+    bool m_isHeader = false;
+    bool m_isValue = false; // an "=" has been taken on this line
+    bool m_isComment = false;
+};
+
+} // namespace
+
+CzynINI::SSection::SSection(SectionArray& aSections, const char* szName) : m_sName(szName) {
+    if (aSections.Add(this) < 0) throw std::bad_alloc();
+}
+
+int CzynINI::SSection::Add(SOption* pOpt) {
+    if (!pOpt) return -1;
+    const int nIndex = m_aOptions.Add(pOpt);
+    if (nIndex < 0) throw std::bad_alloc();
+    if (!pOpt->m_sKey.IsEmpty()) m_nInsertPos = nIndex + 1;
+    return nIndex;
+}
+
+int CzynINI::SSection::Insert(SOption* pOpt, int nPos) {
+    if (!pOpt) return -1;
+    if (nPos == -1) nPos = m_nInsertPos;
+    if (!m_aOptions.InsertAt(nPos, pOpt)) throw std::bad_alloc();
+    if (!pOpt->m_sKey.IsEmpty()) ++m_nInsertPos;
+    return nPos;
+}
+
+bool CzynINI::Parse() {
+    if (!m_bWriteMode || !m_TimeMeter.CheckTimeOut(reloadAfterMs)) return true;
+    const CzynEnterCriticalSection lock(&m_CS);
+    if (!CzynFile::IsFileExist(m_sIniName)) return true;
+    m_bFileExist = true;
+    CheckWrite();
+
+    CzynStringFile file;
+    if (!file.Open(m_sIniName, CFile::modeRead | CFile::shareDenyNone, zynEncUnknown)) {
+        m_TimeMeter.Zero();
+        m_sErr = file.GetErrorMessage();
+        return false;
+    }
+    m_sErr.Empty();
+    m_TimeMeter.Start();
+    m_aSections.RemoveAll();
+    try {
+        CStringA sText;
+        file.ReadAllDataToString(sText);
+        if (sText.IsEmpty()) return true;
+        if (sText[sText.GetLength() - 1] != '\n') sText += '\n';
+        m_nEncoding = file.GetFileEncoding();
+        return ParseText(sText.View());
+    } catch (...) {
+        m_TimeMeter.Zero(); // half a model must not be saved over the file
+        throw;
+    }
+}
+
+bool CzynINI::ParseText(std::string_view text) {
+    if (Parser(m_aSections).Run(text)) return true;
+    m_sErr.Format(
+        CzynTranslate::Translate(
+            "Ошибка при разборе ini %s: строка помечена как содержащая секцию, но объекта секции нет"_cp1251),
+        m_sIniName.GetString());
+    return false;
+}

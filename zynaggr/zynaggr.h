@@ -1,0 +1,16 @@
+#pragma once
+
+// zynAggr: everything, in one header. Each unit's header is its manual and can be included by itself.
+
+#include "zynaggr/ini.h"              // the INI engine
+#include "zynaggr/zyn_translate.h"    // translation of the library's texts
+#include "zynaggr/zynencoding.h"      // text encodings: detection, marks
+#include "zynaggr/zynerror.h"         // error records
+#include "zynaggr/zynfile.h"          // files and helpers for files by name
+#include "zynaggr/zynhelpers.h"       // small helpers
+#include "zynaggr/zynmap.h"           // integer/pointer pair map
+#include "zynaggr/zynmessage.h"       // messages to the console and in message boxes
+#include "zynaggr/zynstringadapter.h" // one text in 8-bit and 16-bit form
+#include "zynaggr/zynstringfile.h"    // text files in any encoding
+#include "zynaggr/zynsync.h"          // counter, critical sections, stopwatch
+#include "zynaggr/zyntaggr.h"         // pointer array

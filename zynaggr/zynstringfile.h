@@ -1,0 +1,124 @@
+#pragma once
+
+#include "zynaggr/zynencoding.h"
+#include "zynhost/cfile.h"
+#include "zynhost/cstring.h"
+#include "zynplatform/export.h"
+
+#include <cstdint>
+#include <string_view>
+
+// A text file in any of the encodings of zynTextEncoding, seen by its users as text in the system's code page
+// (1251).
+//
+//     CzynStringFile file;
+//     if (!file.Open("readme.txt", CFile::modeRead | CFile::shareDenyWrite, zynEncUnknown)) ...
+//     for (CStringA line; file.ReadString(line);) ...
+//
+// Reading takes the whole file into memory at the first read, finds its encoding from its mark or else from
+// its content, and converts it. Writing appends to the text in memory; Flush and Close convert it back and
+// write the whole of it.
+//
+// What is not kept: a character that code page 1251 does not have becomes '?', and is '?' when the text is
+// written back. Text written to a file that was not read replaces the file's content: read first to append.
+// Files of 1 GiB and more are not read, texts of 2 GiB and more not written. Files in code page 866 are named
+// but not converted.
+//
+// A file opened to be emptied (modeCreate without modeNoTruncate) keeps its old content until the new text is
+// on its way: Flush makes sure that there is room, writes the text over the old one and cuts the file behind
+// it. So a full disk leaves the old file whole. Written bytes are handed to the system, which survives the
+// death of the process; they are not forced to the disk.
+//
+// An object is for one thread at a time; the static converters may be used by any.
+class ZYN_API CzynStringFile : public CFile {
+public:
+    CzynStringFile();
+    CzynStringFile(const char* name, unsigned flags); // opens, encoding unknown
+    ~CzynStringFile() override;                       // closes
+
+    // Opens by flags of CFile::OpenFlags, always in binary mode. `encoding` is what a new file is written in;
+    // reading finds its own. Non-zero on success; on failure GetErrorMessage tells why. Without share bits
+    // the file is exclusive.
+    int Open(const char* name, unsigned flags, zynTextEncoding encoding);
+    // Writes what was not yet written, and closes, also when writing failed: call Flush first to know.
+    void Close();
+    bool IsFileOpen() const;
+
+    // Reads the file into memory: 1, also for an empty file; 0 when there is no open file, it is too long or
+    // cannot be converted (the object then forgets everything but the open file), or when text was written
+    // and not yet flushed, which a read would throw away.
+    int Load2Memory();
+    // The next line, without its end; a run of line ends (CR, LF, zero bytes) counts as one, so that an empty
+    // line is returned only where the position itself stands on a line end. 1, or 0 at the end or when
+    // loading fails.
+    int ReadString(CStringA& line);
+    // Everything from the position to the end; the position stays.
+    int ReadAllDataToString(CStringA& text);
+
+    // Appends at the end of the text, wherever the position is; a LF without a CR before it gets one. 1 on
+    // success, 0 for an empty text, without an open file or without memory.
+    int WriteString(const char* text);
+    int WriteString(const char* text, std::size_t length); // a text in which zero bytes may stand
+    // Writes the whole text from the file's start and ends the file there. 1 on success, also when there was
+    // nothing to write; 0 when the text cannot be converted or written: it is then still to be written.
+    int Flush();
+
+    // Positions count bytes of the text in memory. SetPosition keeps within the text and returns the new
+    // position.
+    void SeekToBegin();
+    unsigned GetPosition() const { return m_nPosition; }
+    unsigned SetPosition(unsigned position);
+
+    void SetFileEncoding(zynTextEncoding encoding) { m_nFileEncoding = encoding; }
+    zynTextEncoding GetFileEncoding() const { return m_nFileEncoding; }
+    // What a file without a mark is read as, instead of looking at its content; zynEncUnknown to look.
+    void SetEncodingIfNotBOM(zynTextEncoding encoding) { m_nEncodingIfNotBOM = encoding; }
+
+    // Why the last Open failed; kept until the next failure.
+    CStringA GetErrorMessage() const { return m_sErrorMessage; }
+
+    const unsigned char* _GetBuf() const { return m_pBuffer; }
+    unsigned _GetDataSize() const { return m_nDataSize; }
+    unsigned _GetCurPos() const { return m_nPosition; }
+
+    // Converters between encodings. The outputs are null and 0 on failure, else a new buffer, which the
+    // caller releases with FreeBuffer. False for a pair that is not converted, an empty result, or no memory.
+    static zynTextEncoding GetBufferEncode(unsigned char* buffer, int length);
+    static bool ConvertEncoding(zynTextEncoding from, unsigned char* src, int length, zynTextEncoding to,
+                                unsigned char*& out, int& outLength);
+    static bool ConvertEncoding2UCS2(zynTextEncoding from, unsigned char* src, int length,
+                                     unsigned char*& out, int& outLength);
+    static bool ConverUCS2Encoding(unsigned char* src, int length, zynTextEncoding to, unsigned char*& out,
+                                   int& outLength);
+    // In place, either way; bytes of a last partial unit stay. False only for a null buffer with a length.
+    static bool BufConvert_Utf16_BE2LE(unsigned char* buffer, unsigned length);
+    static bool BufConvert_Utf32_BE2LE(unsigned char* buffer, unsigned length);
+    // Whole units only; the first is false for a character above U+FFFF.
+    static bool BufConvert_Utf32le_to_UCS2(unsigned char* src, unsigned length, unsigned char*& out,
+                                           unsigned& outLength);
+    static bool BufConvert_UCS2_to_Utf32le(unsigned char* src, unsigned length, unsigned char*& out,
+                                           unsigned& outLength);
+    static void FreeBuffer(unsigned char* buffer);
+
+protected:
+    void Reset();
+    void FreeBuffer();
+    bool SetBufSize(unsigned size);
+
+    zynTextEncoding EncodingByContent() const;
+    bool ConvertLoaded(int bomLength);
+    void TakeBuffer(unsigned char* buffer, unsigned length);
+    bool WriteFromStart(std::string_view mark, std::string_view text);
+
+    bool m_bLoaded;
+    bool m_bModified;
+    bool m_bCutPending; // opened to be emptied, and not emptied yet
+    unsigned char* m_pBuffer;
+    std::uint32_t m_nCapacity;
+    std::uint32_t m_nDataSize;
+    std::uint32_t m_nPosition;
+    zynTextEncoding m_nFileEncoding;
+    zynTextEncoding m_nWorkEncoding; // of the buffer
+    zynTextEncoding m_nEncodingIfNotBOM;
+    CStringA m_sErrorMessage;
+};

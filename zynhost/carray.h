@@ -1,0 +1,27 @@
+#pragma once
+
+#include "zynhost/cstring.h"
+
+#include <vector>
+
+// The host class library's array: ordered and growable. ARG is the type in which elements are passed. Indices
+// run from 0 to GetSize() - 1 and are not checked.
+template <class T, class ARG = const T&> class CArray {
+public:
+    int GetSize() const { return static_cast<int>(m_items.size()); }
+    bool IsEmpty() const { return m_items.empty(); }
+    // Appends; returns the element's index.
+    int Add(ARG element) {
+        m_items.push_back(element);
+        return GetSize() - 1;
+    }
+    const T& GetAt(int index) const { return m_items[static_cast<std::size_t>(index)]; }
+    const T& operator[](int index) const { return GetAt(index); }
+    T& operator[](int index) { return m_items[static_cast<std::size_t>(index)]; }
+    void RemoveAll() { m_items.clear(); }
+
+private:
+    std::vector<T> m_items;
+};
+
+using CStringArray = CArray<CStringA, const CStringA&>;

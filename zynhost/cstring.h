@@ -1,0 +1,144 @@
+#pragma once
+
+#include "zynplatform/export.h"
+#include "zynplatform/types.h"
+
+#include <cstdarg>
+#include <string>
+#include <string_view>
+
+// The host class library's counted 8-bit string: the working string type of the library.
+//
+// Text is bytes in the system's code page (1251), always followed by a zero byte; the length is counted, so
+// zero bytes may stand inside. Letters are folded by the code page's own table, never by the process's
+// locale. White space is blank, tab, line feed, vertical tab, form feed and carriage return.
+//
+// A null pointer counts as an empty text wherever a text is taken. Positions are counted in bytes; -1 means
+// "not found". Running out of memory throws std::bad_alloc. One object is for one thread at a time.
+class ZYN_API CStringA {
+public:
+    CStringA() = default;
+    CStringA(const char* text) : m_text(text ? text : "") {}
+    CStringA(const char* text, int length)
+        : m_text(text, length > 0 ? static_cast<std::size_t>(length) : 0) {}
+    // Converts with the system's code page; what it cannot hold becomes '?'.
+    CStringA(const WCHAR* text);
+    explicit CStringA(char character, int count = 1)
+        : m_text(count > 0 ? static_cast<std::size_t>(count) : 0, character) {}
+    explicit CStringA(std::string_view text) : m_text(text) {}
+
+    CStringA& operator=(const char* text) {
+        m_text = text ? text : "";
+        return *this;
+    }
+    CStringA& operator=(const WCHAR* text);
+    CStringA& operator=(char character) {
+        m_text.assign(1, character);
+        return *this;
+    }
+
+    int GetLength() const { return static_cast<int>(m_text.size()); }
+    bool IsEmpty() const { return m_text.empty(); }
+    void Empty() { m_text.clear(); }
+    const char* GetString() const { return m_text.c_str(); }
+    operator const char*() const { return m_text.c_str(); }
+    // The text with its length, zero bytes inside included; valid until the string changes.
+    std::string_view View() const { return m_text; }
+
+    // The character at an index from 0 to the length; there is none beyond it.
+    char GetAt(int index) const { return m_text[static_cast<std::size_t>(index)]; }
+    char operator[](int index) const { return GetAt(index); }
+    void SetAt(int index, char character) { m_text[static_cast<std::size_t>(index)] = character; }
+
+    CStringA& operator+=(const CStringA& text) { return Append(text.m_text); }
+    CStringA& operator+=(const char* text) { return Append(std::string_view(text ? text : "")); }
+    CStringA& operator+=(char character) { return Append(std::string_view(&character, 1)); }
+    CStringA& Append(const char* text, int length) {
+        return Append(std::string_view(text, length > 0 ? static_cast<std::size_t>(length) : 0));
+    }
+    // The piece may be part of this string. A text of 2 GiB is refused like one that memory cannot hold.
+    CStringA& Append(std::string_view text);
+
+    // The first `count` bytes, the last `count`, or `count` from `first` on; what lies outside the text is
+    // left out.
+    CStringA Left(int count) const;
+    CStringA Right(int count) const;
+    CStringA Mid(int first) const;
+    CStringA Mid(int first, int count) const;
+
+    int Find(char character, int start = 0) const;
+    int Find(const char* text, int start = 0) const;
+    int ReverseFind(char character) const;
+
+    // Each returns how many places it changed.
+    int Replace(char from, char to);
+    int Replace(const char* from, const char* to);
+    int Remove(char character);
+
+    // Take white space, or every one of a character, off one end or both.
+    CStringA& Trim() { return TrimRight().TrimLeft(); }
+    CStringA& TrimLeft();
+    CStringA& TrimRight();
+    CStringA& Trim(char character) { return TrimRight(character).TrimLeft(character); }
+    CStringA& TrimLeft(char character);
+    CStringA& TrimRight(char character);
+
+    CStringA& MakeLower();
+    CStringA& MakeUpper();
+
+    // Negative, 0 or positive, byte by byte; CompareNoCase compares lower-cased bytes.
+    int Compare(const char* text) const;
+    int CompareNoCase(const char* text) const;
+
+    // As printf. The text may be an argument of its own format.
+    void Format(const char* format, ...) __attribute__((format(printf, 2, 3)));
+    void FormatV(const char* format, std::va_list arguments);
+    void AppendFormat(const char* format, ...) __attribute__((format(printf, 2, 3)));
+
+    // The next piece from `position` on that holds none of the delimiters; moves `position` behind it, and to
+    // -1 with an empty result when there is none.
+    CStringA Tokenize(const char* delimiters, int& position) const;
+
+    // Room to write at least `length` characters in place; ReleaseBuffer then takes the length given, or with
+    // -1 the text up to its first zero.
+    char* GetBuffer(int length);
+    void ReleaseBuffer(int length = -1);
+
+    // Reads an environment variable that holds a path, in library form; false, with the text empty, when
+    // there is none.
+    bool GetEnvironmentVariable(const char* name);
+
+private:
+    std::string m_text;
+};
+
+inline CStringA operator+(const CStringA& left, const CStringA& right) {
+    CStringA result(left);
+    result += right;
+    return result;
+}
+inline CStringA operator+(const CStringA& left, const char* right) {
+    CStringA result(left);
+    result += right;
+    return result;
+}
+inline CStringA operator+(const char* left, const CStringA& right) {
+    CStringA result(left);
+    result += right;
+    return result;
+}
+inline CStringA operator+(const CStringA& left, char right) {
+    CStringA result(left);
+    result += right;
+    return result;
+}
+
+inline bool operator==(const CStringA& left, const CStringA& right) {
+    return left.View() == right.View();
+}
+inline bool operator==(const CStringA& left, const char* right) {
+    return left.Compare(right) == 0;
+}
+inline bool operator<(const CStringA& left, const CStringA& right) {
+    return left.View() < right.View();
+}

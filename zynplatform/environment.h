@@ -1,0 +1,15 @@
+#pragma once
+
+#include "zynplatform/export.h"
+
+#include <string>
+
+namespace zynplatform {
+
+// Reads an environment variable that holds a path, in library form (see paths.h): a native path is
+// translated, one written with backslashes and without a slash is taken as it stands. An empty variable
+// counts as not set. Where the variable itself is not set, "TEMP" is answered with TMPDIR and "USERPROFILE"
+// with HOME. False, with `value` empty, when there is nothing.
+ZYN_API bool GetEnvironmentPath(const char* name, std::string& value);
+
+} // namespace zynplatform

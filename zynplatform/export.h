@@ -1,0 +1,4 @@
+#pragma once
+
+// Marks what the shared library exports; everything else is built with hidden visibility.
+#define ZYN_API __attribute__((visibility("default")))

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "zynplatform/export.h"
+
+#include <cstddef>
+#include <cstdint>
+
+// Open files: everything above reads and writes through these calls.
+//
+// Names are library paths (see paths.h). Results are system error numbers (see syserror.h), 0 for success.
+// Interrupted calls and short transfers are retried here and nowhere else. A handle is for one thread at a
+// time.
+//
+// Share modes. Every open says what it does (reads, writes) and what it denies others meanwhile. Two opens
+// conflict, in one process or in two, exactly when one does what the other denies; the one that comes second
+// gets error 32 and has changed nothing: a file is truncated only once that is decided. The modes bind all
+// who open files through this header and nobody else. They last until the handle is closed, whatever other
+// handles on the file do, and need no right that the open itself does not need. On a file system without
+// locks there are no share modes.
+
+namespace zynplatform {
+
+using FileHandle = std::intptr_t;
+inline constexpr FileHandle noFile = -1;
+
+enum FileAccess : unsigned { accessNone = 0, accessRead = 1, accessWrite = 2 };
+
+struct OpenMode {
+    unsigned access = accessRead; // FileAccess bits: what this open does
+    unsigned deny = accessNone;   // FileAccess bits: what others may not do meanwhile
+    bool create = false;          // make the file when it is missing
+    bool mustBeNew = false;       // with create: fail when it is not missing
+    bool truncate = false;        // empty it when it is not
+    bool append = false;          // every write goes to the end, wherever the position is
+    unsigned permissions = 0666;  // of a file that is made, less what the process's mask takes
+};
+
+// A folder does not open (error 5). Handles are not inherited by other programs that this process starts.
+ZYN_API std::uint32_t OpenFile(const char* name, const OpenMode& mode, FileHandle& handle);
+// The handle is closed also when an error, such as a late write error, is reported.
+ZYN_API std::uint32_t CloseFile(FileHandle handle);
+
+// Reads up to `count` bytes; fewer only at the end of the file or on an error.
+ZYN_API std::uint32_t ReadFile(FileHandle handle, void* buffer, std::size_t count, std::size_t& done);
+// Writes all of them or reports an error; how much arrived before the error is not told.
+ZYN_API std::uint32_t WriteFile(FileHandle handle, const void* buffer, std::size_t count);
+
+enum class SeekFrom { begin, current, end };
+
+// The new position, or -1 with nothing moved.
+ZYN_API std::int64_t SeekFile(FileHandle handle, std::int64_t offset, SeekFrom from);
+// The length, or -1.
+ZYN_API std::int64_t GetFileLength(FileHandle handle);
+// Cuts or extends (with zero bytes); the position stays.
+ZYN_API std::uint32_t SetFileLength(FileHandle handle, std::int64_t length);
+
+// Makes sure, as far as the file system can, that writing the first `length` bytes will not run out of room.
+// Neither content nor length of the file change. Error 112 when there is no room, or the process may not
+// write files so long.
+ZYN_API std::uint32_t ReserveFile(FileHandle handle, std::int64_t length);
+
+} // namespace zynplatform

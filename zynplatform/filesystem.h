@@ -1,0 +1,43 @@
+#pragma once
+
+#include "zynplatform/export.h"
+
+#include <cstdint>
+#include <string>
+
+// Files and folders by name. Names are library paths (see paths.h), results system error numbers (see
+// syserror.h) with 0 for success.
+
+namespace zynplatform {
+
+// True for an existing file or folder.
+ZYN_API bool PathExists(const char* name);
+// Whether this process may write the existing file.
+ZYN_API bool IsPathWritable(const char* name);
+
+// Renames, or moves to another file system. Fails when `to` exists.
+ZYN_API std::uint32_t RenamePath(const char* from, const char* to);
+// Removes a file, not a folder.
+ZYN_API std::uint32_t RemoveFile(const char* name);
+// Makes one folder.
+ZYN_API std::uint32_t MakeFolder(const char* name);
+
+// Copies the content; a new file takes the source's permission bits as far as the process's mask lets it.
+// Opens both files under the share modes of file.h: it reads denying nobody and writes exclusively. A copy
+// that breaks off is removed.
+ZYN_API std::uint32_t CopyFileContent(const char* from, const char* to, bool failIfExists);
+
+// Who may do what with a file: its permission bits and its access list, when it has one.
+struct AccessRights {
+    unsigned permissions = 0;
+    std::string accessList;
+};
+ZYN_API std::uint32_t GetAccessRights(const char* name, AccessRights& rights);
+ZYN_API std::uint32_t SetAccessRights(const char* name, const AccessRights& rights);
+
+// The process's current folder and the file name of its executable, in library form; false when the system
+// does not tell.
+ZYN_API bool GetCurrentFolder(std::string& folder);
+ZYN_API bool GetExecutableFileName(std::string& name);
+
+} // namespace zynplatform

@@ -1,0 +1,109 @@
+#include "zynplatform/sharelock.h"
+
+#include "zynplatform/file.h"
+#include "zynplatform/syserror.h"
+
+#include <cerrno>
+#include <ctime>
+#include <fcntl.h>
+#include <initializer_list>
+#include <random>
+#include <sys/file.h>
+
+// How the share modes are kept. Four facts can hold about a file: somebody reads it, somebody writes it,
+// somebody denies reading, somebody denies writing. Each fact has a range of byte locks far beyond any file's
+// end. An open announces a fact by a lock somewhere in the fact's range, and finds out whether somebody else
+// has announced one by asking for a lock on the whole range. The locks belong to the open file description,
+// so closing another handle on the file does not release them.
+//
+// A descriptor open for reading can only take shared locks, one open for writing only exclusive ones. Shared
+// locks all stand on one byte; an exclusive one stands on a byte picked at random, so that any number of
+// writers find room.
+
+namespace zynplatform {
+
+namespace {
+
+constexpr off_t rangeSize = off_t{1} << 20;
+constexpr off_t rangesStart = off_t{1} << 62;
+
+enum Fact { reads, writes, deniesReading, deniesWriting };
+
+constexpr off_t RangeOf(Fact fact) {
+    return rangesStart + fact * rangeSize;
+}
+
+struct flock LockOf(short type, off_t start, off_t length) {
+    struct flock lock {};
+    lock.l_type = type;
+    lock.l_whence = SEEK_SET;
+    lock.l_start = start;
+    lock.l_len = length;
+    return lock;
+}
+
+void Announce(int descriptor, Fact fact, bool mayLockShared) {
+    if (mayLockShared) {
+        struct flock lock = LockOf(F_RDLCK, RangeOf(fact), 1);
+        fcntl(descriptor, F_OFD_SETLK, &lock);
+        return;
+    }
+    static thread_local std::minstd_rand random{std::random_device{}()};
+    std::uniform_int_distribution<off_t> place(1, rangeSize - 1);
+    for (int attempts = 0; attempts < 100; ++attempts) {
+        struct flock lock = LockOf(F_WRLCK, RangeOf(fact) + place(random), 1);
+        if (fcntl(descriptor, F_OFD_SETLK, &lock) == 0 || (errno != EAGAIN && errno != EACCES)) return;
+    }
+}
+
+bool IsAnnouncedByOthers(int descriptor, Fact fact) {
+    struct flock lock = LockOf(F_WRLCK, RangeOf(fact), rangeSize);
+    return fcntl(descriptor, F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
+}
+
+// Holds the file's other, whole-file lock while facts are announced and looked up, so that of two opens at
+// the same moment exactly one wins. Somebody else's lock of that kind is not waited for longer than a moment:
+// without the gate two opens at once may both lose, and nothing worse.
+class Gate {
+public:
+    explicit Gate(int descriptor) : m_descriptor(descriptor) {
+        const timespec pause{0, 50'000};
+        for (int attempts = 0; attempts < 4000; ++attempts) {
+            if (flock(descriptor, LOCK_EX | LOCK_NB) == 0) return;
+            if (errno != EWOULDBLOCK && errno != EINTR) break;
+            nanosleep(&pause, nullptr);
+        }
+        m_descriptor = -1;
+    }
+    ~Gate() {
+        if (m_descriptor >= 0) flock(m_descriptor, LOCK_UN);
+    }
+    Gate(const Gate&) = delete;
+    Gate& operator=(const Gate&) = delete;
+
+private:
+    int m_descriptor;
+};
+
+} // namespace
+
+std::uint32_t TakeShareLock(int descriptor, unsigned access, unsigned deny) {
+    const struct {
+        Fact fact;
+        bool holds;
+        Fact opposite;
+    } rules[] = {
+        {reads, (access & accessRead) != 0, deniesReading},
+        {writes, (access & accessWrite) != 0, deniesWriting},
+        {deniesReading, (deny & accessRead) != 0, reads},
+        {deniesWriting, (deny & accessWrite) != 0, writes},
+    };
+    const Gate gate(descriptor);
+    for (const auto& rule : rules)
+        if (rule.holds) Announce(descriptor, rule.fact, (access & accessRead) != 0);
+    for (const auto& rule : rules)
+        if (rule.holds && IsAnnouncedByOthers(descriptor, rule.opposite)) return errorSharingViolation;
+    return 0;
+}
+
+} // namespace zynplatform
