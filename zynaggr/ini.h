@@ -163,6 +163,7 @@ protected:
     SOption* FindCreateOption(const char* szSection, const char* szKey, bool bCreate, const char* szComment);
     SSection* FindSection(const char* szSection);
     bool FailEntryCreation();
+    bool FailSectionLookup();
     bool SaveEdit();
     template <class Visit> bool VisitPairs(const char* szSection, Visit visit);
 

@@ -92,6 +92,11 @@ bool CzynINI::FailEntryCreation() {
     return false;
 }
 
+bool CzynINI::FailSectionLookup() {
+    m_sErr = CzynTranslate::Translate("Секция ini не найдена"_cp1251);
+    return false;
+}
+
 bool CzynINI::SaveEdit() {
     return !m_bWriteMode || InternalSave();
 }
@@ -225,10 +230,7 @@ template <class Visit> bool CzynINI::VisitPairs(const char* szSection, Visit vis
     const CzynEnterCriticalSection lock(&m_CS);
     if (!Parse()) return false;
     const SSection* const section = FindSection(szSection);
-    if (!section) {
-        m_sErr = CzynTranslate::Translate("Секция ini не найдена"_cp1251);
-        return false;
-    }
+    if (!section) return FailSectionLookup();
     for (int i = 0; i < section->m_aOptions.GetSize(); ++i) {
         const SOption* const option = section->m_aOptions.GetAt(i);
         if (option && !option->m_sKey.IsEmpty()) visit(*option);

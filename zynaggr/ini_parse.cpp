@@ -23,8 +23,8 @@ constexpr std::uint8_t closingBracketRead = 2;
 // The characters that end a run of ordinary ones.
 constexpr std::array<bool, 256> special = [] {
     std::array<bool, 256> table{};
-    for (const unsigned char c : {';', '#', '[', ']', '=', '\r', '\n'})
-        table[c] = true;
+    for (const char c : {';', '#', '[', ']', '=', '\r', '\n'})
+        table[static_cast<unsigned char>(c)] = true;
     return table;
 }();
 
