@@ -3,12 +3,13 @@
 #include "zynplatform/file.h"
 #include "zynplatform/syserror.h"
 
+#include <atomic>
 #include <cerrno>
 #include <ctime>
 #include <fcntl.h>
 #include <initializer_list>
-#include <random>
 #include <sys/file.h>
+#include <unistd.h>
 
 // How the share modes are kept. Four facts can hold about a file: somebody reads it, somebody writes it,
 // somebody denies reading, somebody denies writing. Each fact has a range of byte locks far beyond any file's
@@ -48,10 +49,11 @@ void Announce(int descriptor, Fact fact, bool mayLockShared) {
         fcntl(descriptor, F_OFD_SETLK, &lock);
         return;
     }
-    static thread_local std::minstd_rand random{std::random_device{}()};
-    std::uniform_int_distribution<off_t> place(1, rangeSize - 1);
+    static std::atomic<std::uint32_t> counter{0};
+    std::uint32_t place = static_cast<std::uint32_t>(getpid()) * 2654435761u + counter++;
     for (int attempts = 0; attempts < 100; ++attempts) {
-        struct flock lock = LockOf(F_WRLCK, RangeOf(fact) + place(random), 1);
+        place = place * 1664525u + 1013904223u; // scatters the places of all openers over the range
+        struct flock lock = LockOf(F_WRLCK, RangeOf(fact) + 1 + (place >> 13), 1);
         if (fcntl(descriptor, F_OFD_SETLK, &lock) == 0 || (errno != EAGAIN && errno != EACCES)) return;
     }
 }
