@@ -7,6 +7,7 @@
 
 #include <array>
 #include <memory>
+#include <new>
 #include <string>
 
 // The model of the file in memory, and loading it.
@@ -33,6 +34,20 @@ CStringA Trimmed(std::string_view text) {
     const std::size_t first = text.find_first_not_of(whiteSpace);
     if (first == text.npos) return {};
     return CStringA(text.substr(first, text.find_last_not_of(whiteSpace) - first + 1));
+}
+
+// The whole text; empty for an empty file and for one that cannot be decoded. A read that fails for lack of
+// memory looks like the latter, but must not pass for it: the next save would leave nothing of the file. So
+// the memory is then asked for by a call that throws, and the file read once more.
+CStringA ReadText(CzynStringFile& file) {
+    CStringA sText;
+    if (file.ReadAllDataToString(sText)) return sText;
+    const std::int64_t length = file.GetLength();
+    if (length <= 0) return sText;
+    constexpr std::size_t bytesPerByte = 4; // UTF-8 and its 16-bit and 8-bit forms side by side
+    ::operator delete(::operator new(bytesPerByte* static_cast<std::size_t>(length)));
+    file.ReadAllDataToString(sText);
+    return sText;
 }
 
 // Walks the text of a file character by character and builds its sections.
@@ -194,8 +209,7 @@ bool CzynINI::Parse() {
     m_TimeMeter.Start();
     m_aSections.RemoveAll();
     try {
-        CStringA sText;
-        file.ReadAllDataToString(sText);
+        CStringA sText = ReadText(file);
         if (sText.IsEmpty()) return true;
         if (sText[sText.GetLength() - 1] != '\n') sText += '\n';
         m_nEncoding = file.GetFileEncoding();

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <limits>
 #include <string>
+#include <utility>
 
 using zynplatform::accessRead;
 using zynplatform::accessWrite;
@@ -59,10 +60,10 @@ int CzynFile::Open(const char* name, unsigned int flags, CFileException* error) 
         return 0;
     }
     if (error) error->m_strFileName = name;
-    m_pStream = std::make_shared<Stream>();
-    const std::uint32_t result = m_pStream->Open(name, ModeOf(flags));
+    auto stream = std::make_shared<Stream>();
+    const std::uint32_t result = stream->Open(name, ModeOf(flags));
+    m_pStream = result == 0 ? std::move(stream) : nullptr;
     if (result == 0) return 1;
-    m_pStream.reset();
     if (error) error->SetOsError(result);
     return 0;
 }
@@ -127,7 +128,7 @@ bool CzynFile::SetLength(std::uint64_t length) {
 char* CzynFile::ReadString(char* buffer, unsigned int size) {
     if (!IsFileOpen() || !buffer || size == 0) return nullptr;
     std::string line;
-    if (m_pStream->ReadLine(line, size - 1) == 0) return nullptr;
+    if (size > 1 && m_pStream->ReadLine(line, size - 1) == 0) return nullptr;
     std::memcpy(buffer, line.data(), line.size());
     buffer[line.size()] = 0;
     return buffer;

@@ -45,7 +45,8 @@ public:
     //          missing file), anything else opens an existing file.
     //   0x0002 allows both reading and writing of an existing file; creating without 0x0001 allows both as
     //   well. 0x4000 text: CR LF is read as LF, LF is written as CR LF.
-    // A stream that is already open is left behind, open if a copy still holds it: close first.
+    // A stream that is already open is left behind, whether this succeeds or not, but only then: its share
+    // mode still counts. Close first.
     int Open(const char* name, unsigned int flags, CFileException* error);
 
     virtual bool Flush(); // false only when no file is open
@@ -67,7 +68,7 @@ public:
     void SeekToBegin();
     std::uint64_t SeekToEnd();
 
-    // Reads a line of at most size - 1 bytes with its line feed; null at the end.
+    // Reads a line of at most size - 1 bytes with its line feed; null at the end. A size of 1 reads nothing.
     char* ReadString(char* buffer, unsigned int size);
     // Reads a line of any length and drops its line feed; false, with `line` empty, at the end.
     bool ReadString(CStringA& line);

@@ -101,7 +101,6 @@ bool CzynStringFile::IsFileOpen() const {
 
 int CzynStringFile::Open(const char* name, unsigned flags, zynTextEncoding encoding) {
     if (IsFileOpen()) Close();
-    Reset();
     flags = (flags & ~static_cast<unsigned>(typeText)) | typeBinary;
     m_nFileEncoding = encoding;
     const bool empties = (flags & modeCreate) && !(flags & modeNoTruncate);
@@ -119,10 +118,11 @@ int CzynStringFile::Open(const char* name, unsigned flags, zynTextEncoding encod
 }
 
 void CzynStringFile::Close() {
-    if (!IsFileOpen()) return;
-    if (m_bModified) Flush();
-    if (m_bCutPending) SetLength(0);
-    CFile::Close();
+    if (IsFileOpen()) {
+        if (m_bModified) Flush();
+        if (m_bCutPending) SetLength(0);
+        CFile::Close();
+    }
     Reset();
 }
 

@@ -71,7 +71,8 @@ public:
 
     void SetFileEncoding(zynTextEncoding encoding) { m_nFileEncoding = encoding; }
     zynTextEncoding GetFileEncoding() const { return m_nFileEncoding; }
-    // What a file without a mark is read as, instead of looking at its content; zynEncUnknown to look.
+    // What a file without a mark is read as, instead of looking at its content; zynEncUnknown to look. May be
+    // set before opening, too; forgotten by Close and by a load that fails to convert.
     void SetEncodingIfNotBOM(zynTextEncoding encoding) { m_nEncodingIfNotBOM = encoding; }
 
     // Why the last Open failed; kept until the next failure.

@@ -7,26 +7,28 @@
 
 namespace zynplatform {
 
-namespace {
-
-const char* NonEmptyVariable(const char* name) {
-    const char* value = std::getenv(name);
-    return value && *value ? value : nullptr;
-}
-
-} // namespace
-
-bool GetEnvironmentPath(const char* name, std::string& value) {
+bool GetEnvironmentValue(const char* name, std::string& value) {
     value.clear();
     if (!name || !*name) return false;
-    const char* found = NonEmptyVariable(name);
-    if (!found && std::strcmp(name, "TEMP") == 0) found = NonEmptyVariable("TMPDIR");
-    if (!found && std::strcmp(name, "USERPROFILE") == 0) found = NonEmptyVariable("HOME");
+    const char* found = std::getenv(name);
+    if (!found || !*found) {
+        const char* const substitute = std::strcmp(name, "TEMP") == 0          ? std::getenv("TMPDIR")
+                                       : std::strcmp(name, "USERPROFILE") == 0 ? std::getenv("HOME")
+                                                                               : nullptr;
+        if (substitute) found = substitute;
+    }
     if (!found) return false;
-    // A value written with backslashes alone is in library form already.
-    const bool isLibraryForm = std::strchr(found, '\\') && !std::strchr(found, '/');
-    value = isLibraryForm ? found : FromNativePath(found);
+    value = found;
     return true;
+}
+
+bool GetEnvironmentPath(const char* name, std::string& value) {
+    std::string found;
+    GetEnvironmentValue(name, found);
+    // A value written with backslashes alone is in library form already.
+    const bool isLibraryForm = found.find('\\') != found.npos && found.find('/') == found.npos;
+    value = isLibraryForm ? found : FromNativePath(found);
+    return !value.empty();
 }
 
 } // namespace zynplatform

@@ -6,10 +6,13 @@
 
 namespace zynplatform {
 
+// Reads an environment variable as it is set. Where the variable itself is not set, or empty, "TEMP" is
+// answered with TMPDIR and "USERPROFILE" with HOME. False, with `value` empty, when it is not set.
+ZYN_API bool GetEnvironmentValue(const char* name, std::string& value);
+
 // Reads an environment variable that holds a path, in library form (see paths.h): a native path is
-// translated, one written with backslashes and without a slash is taken as it stands. An empty variable
-// counts as not set. Where the variable itself is not set, "TEMP" is answered with TMPDIR and "USERPROFILE"
-// with HOME. False, with `value` empty, when there is nothing.
+// translated, one written with backslashes and without a slash is taken as it stands. False, with `value`
+// empty, when it is not set or empty.
 ZYN_API bool GetEnvironmentPath(const char* name, std::string& value);
 
 } // namespace zynplatform

@@ -7,6 +7,7 @@
 #include <random>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -18,7 +19,8 @@ const unsigned char* Data(const std::string& text) {
 
 using ContentTest = bool (*)(const unsigned char*, int);
 bool Passes(ContentTest test, const std::string& text) {
-    return test(Data(text), static_cast<int>(text.size()));
+    const std::vector<unsigned char> exact(text.begin(), text.end()); // so that reading on is found out
+    return test(exact.data(), static_cast<int>(exact.size()));
 }
 
 TEST(Encoding, IsClassifiedByItsMark) {
@@ -26,23 +28,21 @@ TEST(Encoding, IsClassifiedByItsMark) {
         std::string text;
         zynTextEncoding encoding;
         int length;
-    } cases[] = {
-        {"", zynEncUnknown, 0},
-        {"\xFF\xFE", zynEncCP1251, 0},
-        {"\xFE\xFF", zynEncCP1251, 0},
-        {"\xEF\xBB\xBF", zynEncUTF8, 3},
-        {"\xEF\xBB\xBF\x41", zynEncUTF8, 3},
-        {"\xEF\xBB\x41\x41", zynEncCP1251, 0},
-        {"\xFF\xFE\x41", zynEncUCS2LE, 2},
-        {"\xFF\xFE\0"s, zynEncUCS2LE, 2},
-        {"\xFF\xFE\x41\0"s, zynEncUCS2LE, 2},
-        {"\xFF\xFE\0\x41"s, zynEncUCS2LE, 2},
-        {"\xFF\xFE\0\0"s, zynEncUCS4LE, 4},
-        {"\xFE\xFF\0"s, zynEncUCS2BE, 2},
-        {"\0\0\xFE"s, zynEncCP1251, 0},
-        {"\0\0\xFE\xFF"s, zynEncUCS4BE, 4},
-        {"ABCD", zynEncCP1251, 0},
-    };
+    } cases[] = {{"", zynEncUnknown, 0},
+                 {"\xFF\xFE", zynEncCP1251, 0},
+                 {"\xFE\xFF", zynEncCP1251, 0},
+                 {"\xEF\xBB\xBF", zynEncUTF8, 3},
+                 {"\xEF\xBB\xBF\x41", zynEncUTF8, 3},
+                 {"\xEF\xBB\x41\x41", zynEncCP1251, 0},
+                 {"\xFF\xFE\x41", zynEncUCS2LE, 2},
+                 {"\xFF\xFE\0"s, zynEncUCS2LE, 2},
+                 {"\xFF\xFE\x41\0"s, zynEncUCS2LE, 2},
+                 {"\xFF\xFE\0\x41"s, zynEncUCS2LE, 2},
+                 {"\xFF\xFE\0\0"s, zynEncUCS4LE, 4},
+                 {"\xFE\xFF\0"s, zynEncUCS2BE, 2},
+                 {"\0\0\xFE"s, zynEncCP1251, 0},
+                 {"\0\0\xFE\xFF"s, zynEncUCS4BE, 4},
+                 {"ABCD", zynEncCP1251, 0}};
     for (const auto& [text, encoding, length] : cases) {
         int found = -1;
         const int size = static_cast<int>(text.size());
@@ -65,19 +65,17 @@ TEST(Encoding, TablesAnswerForEachEncodingAndNothingForOthers) {
         const char* name;
         unsigned least, most;
         std::string mark;
-    } rows[] = {
-        {-1, nullptr, 0, 0, ""},
-        {0, nullptr, 0, 0, ""},
-        {1, "CP1251", 1, 1, ""},
-        {2, "UTF-8", 1, 2, "\xEF\xBB\xBF"},
-        {3, "UCS-2LE", 2, 2, "\xFF\xFE"},
-        {4, "UCS-2BE", 2, 2, "\xFE\xFF"},
-        {5, "UCS-4LE", 4, 4, "\xFF\xFE\0\0"s},
-        {6, "UCS-4BE", 4, 4, "\0\0\xFE\xFF"s},
-        {7, "CP866", 1, 1, ""},
-        {8, nullptr, 0, 0, ""},
-        {INT_MAX, nullptr, 0, 0, ""},
-    };
+    } rows[] = {{-1, nullptr, 0, 0, ""},
+                {0, nullptr, 0, 0, ""},
+                {1, "CP1251", 1, 1, ""},
+                {2, "UTF-8", 1, 2, "\xEF\xBB\xBF"},
+                {3, "UCS-2LE", 2, 2, "\xFF\xFE"},
+                {4, "UCS-2BE", 2, 2, "\xFE\xFF"},
+                {5, "UCS-4LE", 4, 4, "\xFF\xFE\0\0"s},
+                {6, "UCS-4BE", 4, 4, "\0\0\xFE\xFF"s},
+                {7, "CP866", 1, 1, ""},
+                {8, nullptr, 0, 0, ""},
+                {INT_MAX, nullptr, 0, 0, ""}};
     for (const auto& row : rows) {
         const auto encoding = static_cast<zynTextEncoding>(row.encoding);
         EXPECT_STREQ(zynGetCodingNameForIcov(encoding), row.name);
@@ -124,62 +122,66 @@ bool ReferenceIsRussianUtf8(const std::string& text) {
     return hasLetters;
 }
 
-TEST(Encoding, EveryShortTextIsUtf8ByTheListOfCharacters) {
-    for (const std::size_t before : {0u, 31u, 32u, 60u}) // at the ends of whole blocks, too
-        for (int first = 0; first < 256; ++first)
-            for (int second = 0; second < 256; ++second) {
-                std::string text(before, 'a');
-                text += {static_cast<char>(first), static_cast<char>(second)};
-                for (const std::size_t behind : {0u, 40u}) {
-                    text.append(behind, 'b');
-                    ASSERT_EQ(Passes(IsBufUtf8, text), ReferenceIsRussianUtf8(text))
-                        << testing::PrintToString(text);
-                }
-            }
-}
-
-TEST(Encoding, LongTextIsUtf8ByTheListOfCharacters) {
-    const std::string pieces[] = {"а",       "п", "р", "Я",    " ",    "Ё",   "ё",
-                                  "№",       "–", "•", "…",    "«",    "Ω", // accepted
-                                  "é",       "—", "ђ", "\xD0", "\x80", "\0"s, "\xF0\x9F\x98\x80",
-                                  "\xE2\x84"};
+TEST(Encoding, TextIsUtf8ByTheListOfCharacters) {
+    // The first 14 are accepted, the first five are what blocks are made of.
+    const std::string pieces[] = {"а",
+                                  "п",
+                                  "р",
+                                  "Я",
+                                  " ",
+                                  "Ё",
+                                  "ё",
+                                  "№",
+                                  "–",
+                                  "•",
+                                  "…",
+                                  "«",
+                                  "±",
+                                  "Ω",
+                                  "—",
+                                  "\0"s,
+                                  "\xE2\x84",
+                                  "\xD1\x8F\x80",
+                                  "\xF0\x9F\x98\x80",
+                                  "\xD0",
+                                  "\xD1",
+                                  "\xC2"};
     std::mt19937 random(3);
     int passed = 0;
-    for (int round = 0; round < 20000; ++round) {
+    for (int round = 0; round < 60000; ++round) {
         std::string text;
-        for (std::size_t count = random() % 90; count > 0; --count)
-            text += pieces[random() % 200 == 0  ? random() % std::size(pieces)
-                           : random() % 40 == 0 ? random() % 13
-                                                : random() % 5];
-        if (random() % 4 == 0) text.pop_back();
+        for (std::size_t count = random() % 90; count > 0; --count) {
+            const bool isAny = random() % 200 == 0;
+            text += pieces[random() % (isAny ? std::size(pieces) : random() % 40 == 0 ? 14 : 5)];
+            if (isAny) text += static_cast<char>(random());
+        }
+        if (!text.empty() && random() % 4 == 0) text.pop_back();
         ASSERT_EQ(Passes(IsBufUtf8, text), ReferenceIsRussianUtf8(text)) << testing::PrintToString(text);
         passed += Passes(IsBufUtf8, text);
     }
-    EXPECT_GT(passed, 5000);
-    EXPECT_LT(passed, 19000);
+    EXPECT_GT(passed, 10000);
+    EXPECT_LT(passed, 50000);
 }
 
 TEST(Encoding, UnitsOf16And32BitsAreRecognisedInBothOrders) {
     const struct {
         std::string units; // low byte first
         bool is16, is32;
-    } cases[] = {
-        {"", false, false},
-        {"\x41\0\x1F\x04"s, true, false},
-        {"\x01\x04\xFF\x04"s, true, false},
-        {"\x7F\0"s, true, false},
-        {"\x80\0"s, false, false},
-        {"\xE9\0"s, false, false},
-        {"\0\x04"s, false, false},
-        {"\x41\x05"s, false, false},
-        {"\x41\0\xE9\0"s, false, false},
-        {"\x41\0\x41"s, false, false},
-        {"\x41\0\0\0"s, false, true},
-        {"\0\0\0\0\xFF\xFF\0\0"s, false, true},
-        {"\x41\0\0\0\x41\0\x01\0"s, false, false},
-        {"\x41\0\0\0\x41\0\0\x01"s, false, false},
-        {"\x41\0\0\0\x41\0\0"s, false, false},
-    };
+    } cases[] = {{"", false, false},
+                 {"\x41\0\x1F\x04"s, true, false},
+                 {"\x01\x04\xFF\x04"s, true, false},
+                 {"\x7F\0"s, true, false},
+                 {"\x80\0"s, false, false},
+                 {"\xE9\0"s, false, false},
+                 {"\0\x04"s, false, false},
+                 {"\x41\x05"s, false, false},
+                 {"\x41\0\xE9\0"s, false, false},
+                 {"\x41\0\x41"s, false, false},
+                 {"\x41\0\0\0"s, false, true},
+                 {"\0\0\0\0\xFF\xFF\0\0"s, false, true},
+                 {"\x41\0\0\0\x41\0\x01\0"s, false, false},
+                 {"\x41\0\0\0\x41\0\0\x01"s, false, false},
+                 {"\x41\0\0\0\x41\0\0"s, false, false}};
     for (const auto& [units, is16, is32] : cases) {
         const std::string shown = testing::PrintToString(units);
         EXPECT_EQ(Passes(IsBufUCS2, units), is16) << shown;

@@ -15,18 +15,21 @@ namespace {
 
 constexpr unsigned unknownPage = 12345;
 
-// Each conversion is made into a target of exactly the length announced; what lies behind it has to stay.
+// Each text is in a buffer of its own length, each target has the length announced; what lies behind has to
+// stay.
 std::u16string Wide(unsigned page, std::string_view text) {
-    const std::size_t length = zynplatform::WideLength(page, text.data(), text.size());
+    const std::vector<char> source(text.begin(), text.end());
+    const std::size_t length = zynplatform::WideLength(page, source.data(), source.size());
     std::u16string target(length + 40, u'\x5A5A');
-    EXPECT_EQ(zynplatform::ToWide(page, text.data(), text.size(), target.data()), length);
+    EXPECT_EQ(zynplatform::ToWide(page, source.data(), source.size(), target.data()), length);
     EXPECT_EQ(target.find_first_not_of(u'\x5A5A', length), target.npos);
     return target.substr(0, length);
 }
 std::string Narrow(unsigned page, std::u16string_view text) {
-    const std::size_t length = zynplatform::NarrowLength(page, text.data(), text.size());
+    const std::vector<WCHAR> source(text.begin(), text.end());
+    const std::size_t length = zynplatform::NarrowLength(page, source.data(), source.size());
     std::string target(length + 40, '\x5A');
-    EXPECT_EQ(zynplatform::ToNarrow(page, text.data(), text.size(), target.data()), length);
+    EXPECT_EQ(zynplatform::ToNarrow(page, source.data(), source.size(), target.data()), length);
     EXPECT_EQ(target.find_first_not_of('\x5A', length), target.npos);
     return target.substr(0, length);
 }
