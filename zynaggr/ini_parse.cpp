@@ -44,8 +44,8 @@ CStringA ReadText(CzynStringFile& file) {
     if (file.ReadAllDataToString(sText)) return sText;
     const std::int64_t length = file.GetLength();
     if (length <= 0) return sText;
-    constexpr std::size_t bytesPerByte = 4; // UTF-8 and its 16-bit and 8-bit forms side by side
-    ::operator delete(::operator new(bytesPerByte* static_cast<std::size_t>(length)));
+    const auto needed = 4 * static_cast<std::size_t>(length); // UTF-8, its 16-bit and its 8-bit form
+    ::operator delete(::operator new(needed));
     file.ReadAllDataToString(sText);
     return sText;
 }
