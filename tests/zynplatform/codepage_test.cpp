@@ -91,15 +91,10 @@ std::string ReferenceUtf8(std::u16string_view text) {
             c = 0x10000 + c % 0x400 * 0x400 + text[++i] % 0x400;
         else if (isHigh || isLow)
             c = 0xFFFD;
-        if (c < 0x80) {
-            add(c);
-        } else if (c < 0x800) {
-            add(0xC0 + c / 64), add(0x80 + c % 64);
-        } else if (c < 0x10000) {
-            add(0xE0 + c / 4096), add(0x80 + c / 64 % 64), add(0x80 + c % 64);
-        } else {
-            add(0xF0 + c / 262144), add(0x80 + c / 4096 % 64), add(0x80 + c / 64 % 64), add(0x80 + c % 64);
-        }
+        const unsigned tail = c < 0x80 ? 0 : c < 0x800 ? 1 : c < 0x10000 ? 2 : 3;
+        add((c >> 6 * tail) + std::array{0u, 0xC0u, 0xE0u, 0xF0u}[tail]);
+        for (unsigned rest = tail; rest-- > 0;)
+            add(0x80 + (c >> 6 * rest) % 64);
     }
     return bytes;
 }
@@ -144,8 +139,7 @@ TEST(CodePage, TextOf1251ConvertsAtEveryLengthAsItsBytesDo) {
     }
 }
 
-// Text that is mostly of one kind, so that both whole blocks and single characters are converted, cut
-// anywhere.
+// Text mostly of one kind, so that whole blocks and single characters are converted, cut anywhere.
 std::string RandomUtf8(std::mt19937& random) {
     static const std::vector<std::string> pieces{
         "a",    "z",    "я",        "Ж",        "\x7F", "\xDF\xBF",     "ё",   "№", "漢", "\xED", "😀",

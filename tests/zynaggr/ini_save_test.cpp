@@ -1,0 +1,298 @@
+#include "support/ini_model.h"
+#include "zynaggr/zynmessage.h"
+#include "zynplatform/cp1251.h"
+#include "zynplatform/syserror.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+using namespace std::string_literals;
+using namespace zynplatform::literals;
+
+namespace {
+
+class IniSaveTest : public IniFileTest {
+protected:
+    std::string Backup() const { return folder.Read("f.ini.bak"); }
+};
+
+// Files of this process cannot grow beyond a length: a disk without room.
+class FullDisk {
+public:
+    explicit FullDisk(rlim_t length) {
+        getrlimit(RLIMIT_FSIZE, &m_before);
+        const rlimit lowered{length, m_before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &lowered);
+    }
+    ~FullDisk() {
+        setrlimit(RLIMIT_FSIZE, &m_before);
+        std::signal(SIGXFSZ, m_handler);
+    }
+
+private:
+    rlimit m_before{};
+    void (*m_handler)(int) = std::signal(SIGXFSZ, SIG_IGN);
+};
+
+// A text of the basic plane in an encoding, behind a mark when wanted.
+std::string Encoded(std::u16string text, zynTextEncoding encoding, bool mark) {
+    if (mark && encoding != zynEncCP1251) text.insert(text.begin(), u'\uFEFF');
+    std::string bytes;
+    const std::size_t size = encoding >= zynEncUCS4LE ? 4 : 2;
+    const bool bigEndian = encoding == zynEncUCS2BE || encoding == zynEncUCS4BE;
+    for (const char16_t c : text)
+        if (encoding == zynEncCP1251) {
+            bytes += static_cast<char>(zynplatform::Cp1251FromChar(c));
+        } else if (encoding == zynEncUTF8) {
+            const int lead = c < 0x80 ? c : c < 0x800 ? 0xC0 | c >> 6 : 0xE0 | c >> 12;
+            bytes += static_cast<char>(lead);
+            if (c >= 0x800) bytes += static_cast<char>(0x80 | (c >> 6 & 0x3F));
+            if (c >= 0x80) bytes += static_cast<char>(0x80 | (c & 0x3F));
+        } else {
+            for (std::size_t i = 0; i < size; ++i)
+                bytes += static_cast<char>(c >> 8 * (bigEndian ? size - 1 - i : i));
+        }
+    return bytes;
+}
+
+std::u16string Replaced(std::u16string text, const std::u16string& from, const std::u16string& to) {
+    return text.replace(text.find(from), from.size(), to);
+}
+
+const CStringA readOnlyText("Файл ini доступен только для чтения"_cp1251);
+const CStringA openFailedText = CStringA("Ошибка при открытии файла: "_cp1251) +
+                                zynplatform::DescribeSystemError(zynplatform::errorSharingViolation);
+
+} // namespace
+
+TEST_F(IniSaveTest, LayoutIsHeadersNumberedPairsAndTheRest) {
+    // clang-format off
+    const struct {
+        const char* text;
+        const char* saved;
+    } cases[] = {
+        {"[s]\n10=a\nx=b\n2=c\n", "[s]\r\n2=c\r\n10=a\r\nx=b\r\n"},
+        {"[s]\n; c\n3=\n-1=m\n\n003=z\n", "[s]\r\n-1=m\r\n003=z\r\n; c\r\n\r\n"},
+        {"[s]\n1=a\n01=b\n-=c\n1=d\n", "[s]\r\n-=c\r\n1=a\r\n01=b\r\n1=d\r\n"},
+        {"[s]\n 1=a\n1 =b\n0=z\n", "[s]\r\n0=z\r\n 1=a\r\n1 =b\r\n"},
+        {"[a]\n2=x\n[b]\n1=y\n", "[a]\r\n2=x\r\n\r\n[b]\r\n1=y\r\n"},
+        {"[a]\nk=v\n[b]\n", "[a]\r\nk=v\r\n\r\n[b]\r\n"},
+        {"[a]\nk=v\n; c\n[b]\n", "[a]\r\nk=v\r\n; c\r\n[b]\r\n"},
+        {"[a]\nk=v\n\n[b]\n", "[a]\r\nk=v\r\n\r\n[b]\r\n"},
+        {"[a]\n[b]\n", "[a]\r\n\r\n[b]\r\n"},
+        {"[a]\nx=1\n5=\n[b]\n", "[a]\r\nx=1\r\n\r\n[b]\r\n"},
+        {"[a]\n;\n5=\n[b]\n", "[a]\r\n;\r\n\r\n[b]\r\n"},       // the pair left out counts as the last line
+        {"[a]\nx=1\n=2\n[b]\n", "[a]\r\nx=1\r\n=2\r\n[b]\r\n"}, // a pair without a key is no pair here
+        {"x=1\n[a]\n", "x=1\r\n\r\n[a]\r\n"},
+        {"[a] ; tail\n[]\nk=v\n[b\n", "[a] ; tail\r\nk=v\r\n\r\n[b]\r\n"},
+        {" k = v \n=e\n free \n", " k =v\r\n=e\r\nfree\r\n"},
+        {"\n", "\r\n"},
+        {"a\rb\n\rc\n", "a\r\nb\r\nc\r\n"},
+    };
+    // clang-format on
+    for (const auto& c : cases) {
+        Load(c.text);
+        EXPECT_TRUE(ini.InternalSave());
+        EXPECT_EQ(c.saved, File()) << c.text;
+        EXPECT_EQ(c.text, Backup());
+    }
+}
+
+TEST_F(IniSaveTest, CommentAboveAHeaderIsWrittenOnce) {
+    Load("[a]\nk=v\n[b]\n");
+    ini.m_aSections.GetAt(1)->m_sComment = "once";
+    EXPECT_TRUE(ini.InternalSave());
+    EXPECT_EQ("[a]\r\nk=v\r\n;once\r\n\r\n[b]\r\n", File());
+    EXPECT_TRUE(ini.InternalSave());
+    EXPECT_EQ("[a]\r\nk=v\r\n\r\n[b]\r\n", File());
+}
+
+TEST_F(IniSaveTest, EveryEncodingSurvivesAnEdit) {
+    const std::u16string text =
+        u"; до всего – №\r\n\r\n[Раздел] ; хвост\r\n1=один\r\n2=два\r\nключ=значение\r\n"
+        u"; конец\r\n[end]\r\nlast=1\r\n";
+    const std::u16string edited = Replaced(text, u"значение", u"новое");
+    for (const bool mark : {true, false})
+        for (const auto encoding :
+             {zynEncCP1251, zynEncUTF8, zynEncUCS2LE, zynEncUCS2BE, zynEncUCS4LE, zynEncUCS4BE}) {
+            // Without a mark, 16-bit text is found by its content only where that is letters of two blocks.
+            if (!mark && encoding != zynEncCP1251 && encoding != zynEncUTF8) continue;
+            const std::string bytes = Encoded(text, encoding, mark);
+            Load(bytes);
+            EXPECT_EQ(encoding, ini.m_nEncoding);
+            EXPECT_EQ(Encoded(u"значение", zynEncCP1251, false),
+                      ini.GetString("РАЗДЕЛ"_cp1251, "Ключ"_cp1251, "", false).View());
+            const std::string model = ini.Model();
+            EXPECT_TRUE(ini.InternalSave());
+            EXPECT_EQ(Encoded(text, encoding, true), File()) << encoding;
+            ini.SetNeedReload();
+            EXPECT_TRUE(ini.Parse());
+            EXPECT_EQ(model, ini.Model()) << encoding;
+            EXPECT_TRUE(ini.WriteString("Раздел"_cp1251, "ключ"_cp1251, "новое"_cp1251, nullptr));
+            EXPECT_EQ(Encoded(edited, encoding, true), File()) << encoding;
+            EXPECT_EQ(Encoded(text, encoding, true), Backup()) << encoding;
+        }
+}
+
+TEST_F(IniSaveTest, ZeroByteInsideSurvivesAnEdit) {
+    Load("[s]\r\na=x\0y\r\n; \0\r\nk=1\r\n"s);
+    EXPECT_TRUE(ini.WriteString("s", "k", "2", nullptr));
+    EXPECT_EQ("[s]\r\na=x\0y\r\n; \0\r\nk=2\r\n"s, File());
+}
+
+TEST_F(IniSaveTest, NewFileIsMadeInTheCodePageWithAnEmptyBackup) {
+    EXPECT_TRUE(ini.WriteString("с"_cp1251, "k", "v", nullptr));
+    EXPECT_EQ("[\xF1]\r\nk=v\r\n", File());
+    EXPECT_TRUE(folder.Has("f.ini.bak"));
+    EXPECT_EQ("", Backup());
+    OpenIni nameless;
+    EXPECT_FALSE(nameless.InternalSave());
+    EXPECT_EQ(readOnlyText, nameless.GetErrDescription());
+}
+
+TEST_F(IniSaveTest, DeferredEditsAreWrittenWhenTheModeChanges) {
+    using Change = bool (*)(OpenIni&);
+    for (const Change change : {Change([](OpenIni& i) { return i.Flush(); }), Change([](OpenIni& i) {
+                                    i.SetWriteMode(true);
+                                    return true;
+                                })}) {
+        Load("[s]\nk=1\n");
+        folder.Write("f.ini", "[s]\nk=0\nnew=1\n");
+        clock.Pass(1001);
+        ini.SetWriteMode(false); // reads the file first
+        EXPECT_TRUE(ini.WriteString("s", "k", "2", nullptr));
+        EXPECT_TRUE(ini.WriteInt("s", "i", 3, nullptr));
+        EXPECT_TRUE(ini.Delete("s", "new"));
+        ini.SetWriteMode(false);
+        EXPECT_EQ("[s]\nk=0\nnew=1\n", File());
+        EXPECT_TRUE(change(ini));
+        EXPECT_EQ("[s]\r\nk=2\r\ni=3\r\n", File());
+        EXPECT_TRUE(ini.m_bWriteMode);
+        folder.Write("f.ini", "untouched");
+        EXPECT_TRUE(change(ini)); // nothing to do in write-through mode
+        EXPECT_EQ("untouched", File());
+    }
+}
+
+TEST_F(IniSaveTest, FailedSavesTellWhyAndTheModeChangesAllTheSame) {
+    const struct {
+        zynplatform::OpenMode other;
+        CStringA error;
+    } cases[] = {
+        {{.deny = zynplatform::accessWrite}, readOnlyText},
+        {{.access = zynplatform::accessRead}, openFailedText}, // passes the write check
+    };
+    for (const auto& c : cases) {
+        Load("[s]\nk=1\n");
+        ini.SetWriteMode(false);
+        EXPECT_TRUE(ini.WriteString("s", "k", "2", nullptr));
+        const OtherHandle other(folder.Path("f.ini"), c.other);
+        EXPECT_FALSE(ini.Flush());
+        EXPECT_EQ(c.error, ini.GetErrDescription());
+        EXPECT_TRUE(ini.m_bWriteMode);
+        EXPECT_FALSE(ini.WriteString("s", "k", "3", nullptr));
+        ini.SetWriteMode(false);
+        ini.m_sErr.Empty();
+        ini.SetWriteMode(true);
+        EXPECT_EQ(c.error, ini.GetErrDescription());
+        EXPECT_TRUE(ini.m_bWriteMode);
+        EXPECT_EQ("[s]\nk=1\n", File());
+        EXPECT_EQ("<s|>{k:3}", ini.Model());
+    }
+}
+
+TEST_F(IniSaveTest, FullDiskLeavesTheOldTextWhole) {
+    const std::string old = "[s]\r\nk=" + std::string(500, 'x') + "\r\n";
+    const char* const temp = getenv("TMPDIR");
+    const std::string tempBefore = temp ? temp : "";
+    for (const rlim_t room : {old.size() - 1, old.size()}) // without and with room for the backup
+        for (const char* tempFolder : {"", "/no/such/folder", folder.Native().c_str()}) {
+            *tempFolder ? setenv("TMPDIR", tempFolder, 1) : unsetenv("TMPDIR");
+            std::filesystem::remove(folder.Native("f.ini.bak"));
+            Load(old);
+            {
+                const FullDisk full(room);
+                EXPECT_TRUE(ini.WriteString("s", "new", "value", nullptr));
+            }
+            EXPECT_EQ("Ошибка при записи файла ini"_cp1251, ini.GetErrDescription());
+            EXPECT_EQ(old, File());
+            EXPECT_TRUE(!folder.Has("f.ini.bak") || Backup() == old);
+            EXPECT_TRUE(ini.isParamSet("s", "new"));
+            EXPECT_TRUE(ini.InternalSave()); // once there is room
+            EXPECT_EQ(old + "new=value\r\n", File());
+        }
+    temp ? setenv("TMPDIR", tempBefore.c_str(), 1) : unsetenv("TMPDIR");
+}
+
+TEST_F(IniSaveTest, PathsAreExpandedFromTheFilesFolder) {
+    const auto info = [](const char* from, const char* to) {
+        CStringA text;
+        text.Format("Путь из ini '%s' заменен полным путем '%s'"_cp1251, from, to);
+        return text;
+    };
+    const auto warning = [](const char* format, const char* path) {
+        CStringA text;
+        text.Format(format, path);
+        return text;
+    };
+    const char* const noPath =
+        "Отсутствует полный путь к ini, преобразование путей из ini не выполнено!"_cp1251;
+    const char* const noParentPath =
+        "Отсутствует полный путь к ini; преобразование путя '%s' из ini не выполнено!"_cp1251;
+    const char* const atRoot =
+        "Полный путь к ini начинается от корня файловой системы; преобразование путя '%s' из ini не выполнено!"_cp1251;
+    const struct {
+        const char* ini;
+        const char* path;
+        const char* expanded;
+        CStringA notice, warning;
+    } cases[] = {
+        {"\\a\\b\\f.ini", ".\\x\\y", "\\a\\b\\x\\y", info(".\\x\\y", "\\a\\b\\x\\y"), ""},
+        {"\\a\\b\\f.ini", ".\\", "\\a\\b\\", info(".\\", "\\a\\b\\"), ""},
+        {"\\a\\b\\f.ini", ".\\x \t", "\\a\\b\\x", info(".\\x \t", "\\a\\b\\x \t"), ""},
+        {"\\a\\b\\f.ini", "..\\x", "\\a\\x", info("..\\x", "\\a\\x"), ""},
+        {"\\a\\b\\f.ini", "..\\..\\x", "\\a\\..\\x", info("..\\..\\x", "\\a\\..\\x"), ""},
+        {"\\f.ini", ".\\x", "\\x", info(".\\x", "\\x"), ""},
+        {"\\f.ini", "..\\x ", "..\\x", "", warning(atRoot, "..\\x ")},
+        {"c:\\f.ini", ".\\x", "c:\\x", info(".\\x", "c:\\x"), ""},
+        {"c:\\f.ini", "..\\x", "..\\x", "", warning(atRoot, "..\\x")},
+        {"f.ini", ".\\x", ".\\x", "", noPath},
+        {"f.ini", "..\\x", "..\\x", "", warning(noParentPath, "..\\x")},
+        {"\\a\\f.ini", "./x", "./x", "", ""},
+        {"\\a\\f.ini", " .\\x", " .\\x", "", ""},
+        {"\\a\\f.ini", "...\\x", "...\\x", "", ""},
+        {"\\a\\f.ini", "..", "..", "", ""},
+        {"\\a\\f.ini", "\"\"c:\\d e\"\" ", "c:\\d e", "", ""},
+        {"\\a\\f.ini", "\"half", "\"half", "", ""},
+        {"\\a\\f.ini", "\"", "", "", ""},
+        {"\\a\\f.ini", " \t", "", "", ""},
+        {"\\a\\f.ini", "", "", "", ""},
+    };
+    for (const bool print : {true, false})
+        for (const auto& c : cases) {
+            ini.m_sIniName = c.ini;
+            ini.m_bPrintInfo = print;
+            ini.m_sErr = "old";
+            g_bShow_zynMessageBox_Warning = print; // a warning is shown either way
+            testing::internal::CaptureStdout();
+            EXPECT_EQ(c.expanded, ini.ExpandPath(c.path)) << c.ini << " " << c.path;
+            const std::string output = testing::internal::GetCapturedStdout();
+            EXPECT_EQ(print, g_bShow_zynMessageBox_Warning);
+            g_bShow_zynMessageBox_Warning = true;
+
+            const bool warned = !c.warning.IsEmpty(), noted = !c.notice.IsEmpty();
+            const CStringA shown = warned           ? "\n\nzyn Warning: " + c.warning
+                                   : noted && print ? "\n\n" + c.notice
+                                                    : CStringA();
+            const CStringA collected = warned            ? "old\n" + c.warning
+                                       : noted && !print ? "old\n" + c.notice
+                                                         : CStringA("old");
+            EXPECT_EQ(shown.View(), output) << c.ini << " " << c.path;
+            EXPECT_EQ(collected, ini.GetErrDescription()) << c.ini << " " << c.path;
+        }
+    ini.m_sErr.Empty();
+    ini.PrintInfoWithSaveFlags("100%s");
+    EXPECT_EQ("100%s", ini.GetErrDescription());
+}

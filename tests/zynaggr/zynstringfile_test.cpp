@@ -1,0 +1,262 @@
+#include "zynaggr/zynstringfile.h"
+
+#include "support/failing_new.h"
+#include "support/temp_folder.h"
+#include "zynplatform/cp1251.h"
+
+#include <cstring>
+#include <gtest/gtest.h>
+#include <new>
+#include <sys/resource.h>
+#include <vector>
+
+using namespace std::string_literals;
+using namespace zynplatform::literals;
+
+namespace {
+
+constexpr zynTextEncoding encodings[] = {zynEncCP1251, zynEncUTF8,   zynEncUCS2LE,
+                                         zynEncUCS2BE, zynEncUCS4LE, zynEncUCS4BE};
+constexpr const char* marks[] = {"", "\xEF\xBB\xBF", "\xFF\xFE", "\xFE\xFF"};
+
+// "Ёж №" in each encoding, written out.
+const std::string word = "Ёж №"_cp1251;
+const std::string encoded[] = {
+    word,
+    "\xD0\x81\xD0\xB6 \xE2\x84\x96",
+    "\x01\x04\x36\x04\x20\0\x16\x21"s,
+    "\x04\x01\x04\x36\0\x20\x21\x16"s,
+    "\x01\x04\0\0\x36\x04\0\0\x20\0\0\0\x16\x21\0\0"s,
+    "\0\0\x04\x01\0\0\x04\x36\0\0\0\x20\0\0\x21\x16"s,
+};
+std::string Mark(int i) {
+    return i < 4 ? marks[i] : i == 4 ? "\xFF\xFE\0\0"s : "\0\0\xFE\xFF"s;
+}
+
+struct ZynStringFileTest : testing::Test {
+    // Opens the file and gives it this content first.
+    void Open(const std::string& bytes, unsigned flags = CFile::modeReadWrite | CFile::shareDenyNone) {
+        file.Close();
+        folder.Write("f", bytes);
+        ASSERT_NE(0, file.Open(folder.Path("f"), flags, zynEncUnknown));
+    }
+    std::string All() {
+        CStringA text;
+        file.ReadAllDataToString(text);
+        return std::string(text.View());
+    }
+
+    TempFolder folder;
+    CzynStringFile file;
+};
+
+TEST_F(ZynStringFileTest, EveryEncodingIsReadAndWrittenBackWithItsMark) {
+    for (int i = 0; i < 6; ++i)
+        for (const bool mark : {true, false}) {
+            if (!mark && (i == 2 || i == 3))
+                continue; // № is not among the 16-bit characters that are looked for
+            Open((mark ? Mark(i) : "") + encoded[i]);
+            EXPECT_EQ(word, All()) << i;
+            EXPECT_EQ(encodings[i], file.GetFileEncoding());
+            EXPECT_EQ(1, file.WriteString("!"));
+            file.SetFileEncoding(zynEncCP1251);
+            EXPECT_EQ(1, file.Flush());
+            EXPECT_EQ(word + "!", folder.Read("f")); // the file ends where the shorter text does
+            file.WriteString("\n");
+            file.SetFileEncoding(encodings[i]);
+            file.Close();
+            CzynStringFile again(folder.Path("f"), CFile::shareDenyNone);
+            CStringA text;
+            EXPECT_EQ(1, again.ReadAllDataToString(text));
+            EXPECT_EQ(word + "!\r\n", text.View()) << i;
+            EXPECT_TRUE(folder.Read("f").starts_with(Mark(i) + encoded[i])) << i;
+        }
+}
+
+TEST_F(ZynStringFileTest, ContentDecidesWithoutAMark) {
+    const struct {
+        std::string bytes;
+        zynTextEncoding encoding;
+        std::string text;
+    } cases[] = {
+        {"plain", zynEncCP1251, "plain"},
+        {"x", zynEncCP1251, "x"},
+        {"\xC3\xA9\xC3\xA9", zynEncCP1251,
+         "\xC3\xA9\xC3\xA9"}, // é: not among the UTF-8 characters looked for
+        {"A\0\x1F\x04"s, zynEncUCS2LE, "A\xCF"},
+        {"\0A\x04\x1F"s, zynEncUCS2BE, "A\xCF"},
+        {"A\0\0"s, zynEncCP1251, "A\0\0"s}, // not whole units
+        {"", zynEncUnknown, ""},
+    };
+    for (const auto& c : cases) {
+        Open(c.bytes);
+        EXPECT_EQ(1, file.Load2Memory());
+        EXPECT_EQ(c.encoding, file.GetFileEncoding());
+        EXPECT_EQ(c.text, All());
+    }
+    Open("\xC3\xA9");
+    file.SetEncodingIfNotBOM(zynEncUTF8);
+    EXPECT_EQ("?", All());
+}
+
+TEST_F(ZynStringFileTest, FailedLoadForgetsWhatWasToldAndLeavesTheFileOpen) {
+    for (const std::string& bytes :
+         {"\xFF\xFE\0\0\0\0\1\0"s, "\xEF\xBB\xBF"s}) { // above U+FFFF; nothing but a mark
+        Open(bytes);
+        file.SetFileEncoding(zynEncUTF8);
+        EXPECT_EQ(0, file.Load2Memory());
+        EXPECT_EQ(zynEncUnknown, file.GetFileEncoding());
+        EXPECT_TRUE(file.IsFileOpen());
+        EXPECT_EQ(nullptr, file._GetBuf());
+    }
+    Open("x");
+    std::filesystem::resize_file(folder.Native("f"), 1u << 30);
+    EXPECT_EQ(0, file.Load2Memory());
+#ifdef NDEBUG
+    Open("x");
+    file.SetEncodingIfNotBOM(zynEncCP866);
+    EXPECT_EQ(0, file.Load2Memory());
+#endif
+}
+
+TEST_F(ZynStringFileTest, RunOfLineEndsCountsAsOne) {
+    const struct {
+        std::string bytes;
+        std::vector<std::string> lines;
+    } cases[] = {
+        {"a\r\n\r\nb", {"a", "b"}},  {"a\nb\n", {"a", "b"}}, {"a\rb\r", {"a", "b"}}, {"\r\na", {"", "a"}},
+        {"a\n\0\r\nb"s, {"a", "b"}}, {"a\0b"s, {"a", "b"}},  {"\n", {""}},           {"", {}},
+    };
+    for (const auto& c : cases) {
+        Open(c.bytes);
+        std::vector<std::string> lines;
+        for (CStringA line; file.ReadString(line);)
+            lines.emplace_back(line.View());
+        EXPECT_EQ(c.lines, lines) << testing::PrintToString(c.bytes);
+    }
+}
+
+TEST_F(ZynStringFileTest, PositionsStayInTheText) {
+    Open("0123456789");
+    CStringA rest;
+    EXPECT_EQ(0u, file.SetPosition(5)); // nothing loaded yet
+    file.Load2Memory();
+    EXPECT_EQ(0u, file.SetPosition(0));
+    EXPECT_EQ(9u, file.SetPosition(1000));
+    EXPECT_EQ(1, file.ReadAllDataToString(rest));
+    EXPECT_STREQ("9", rest);
+    EXPECT_EQ(9u, file.GetPosition());
+    file.SeekToBegin();
+    EXPECT_EQ("0123456789", All());
+}
+
+TEST_F(ZynStringFileTest, WritingInsertsCarriageReturnsAndAppendsAtTheEnd) {
+    EXPECT_EQ(0, file.WriteString("x")); // not open
+    EXPECT_EQ(0, file.Flush());
+    Open("old");
+    file.Load2Memory();
+    EXPECT_EQ(0, file.WriteString(""));
+    EXPECT_EQ(0, file.WriteString(nullptr));
+    EXPECT_EQ(1, file.Flush()); // nothing to write
+    for (const char* text : {"\na\n\nb\r\nc\r", "\nd"})
+        EXPECT_EQ(1, file.WriteString(text));
+    EXPECT_EQ(1, file.WriteString("e\0f", 3));
+    EXPECT_EQ(1, file.Flush());
+    EXPECT_EQ("old\r\na\r\n\r\nb\r\nc\r\r\nde\0f"s, folder.Read("f"));
+}
+
+TEST_F(ZynStringFileTest, WrittenTextIsNotThrownAwayByARead) {
+    Open("old text");
+    CStringA line;
+    EXPECT_EQ(1, file.WriteString("new"));
+    EXPECT_EQ(0, file.ReadString(line));
+    EXPECT_EQ(0, file.Load2Memory());
+    EXPECT_EQ(1, file.Flush());
+    EXPECT_EQ("new", folder.Read("f"));
+    EXPECT_EQ(1, file.ReadString(line));
+    EXPECT_STREQ("new", line);
+}
+
+TEST_F(ZynStringFileTest, FileOpenedToBeEmptiedKeepsItsContentUntilTheNewTextIsOnItsWay) {
+    constexpr unsigned empty = CFile::modeCreate | CFile::modeWrite;
+    Open("old content", empty);
+    CzynStringFile other;
+    EXPECT_EQ(0,
+              other.Open(folder.Path("f"), CFile::shareDenyNone, zynEncUnknown)); // no share bits: exclusive
+    EXPECT_STREQ("Ошибка при открытии файла: Файл занят другим процессом."_cp1251, other.GetErrorMessage());
+    EXPECT_EQ("old content", folder.Read("f"));
+    EXPECT_EQ(1, file.Load2Memory()); // it is empty to its user
+    EXPECT_EQ(0u, file._GetDataSize());
+    file.Close();
+    EXPECT_EQ("", folder.Read("f"));
+
+    Open("old content", empty);
+    file.WriteString(std::string(2000, 'x').c_str());
+    rlimit limit;
+    getrlimit(RLIMIT_FSIZE, &limit);
+    const rlimit lowered{1000, limit.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &lowered);
+    EXPECT_EQ(0, file.Flush());
+    file.Close();
+    setrlimit(RLIMIT_FSIZE, &limit);
+    EXPECT_EQ("old content", folder.Read("f"));
+
+    EXPECT_EQ(0, file.Open(folder.Path("none/f"), empty, zynEncUnknown));
+    EXPECT_STREQ("Ошибка при открытии файла: Путь не найден."_cp1251, file.GetErrorMessage());
+}
+
+TEST_F(ZynStringFileTest, FailedAllocationIsAResultAndLosesNothing) {
+    const std::string bytes = Mark(3) + encoded[3];
+    for (long n = 1;; ++n) {
+        folder.Write("f", bytes);
+        long failures = 0;
+        try {
+            const FailingNew failing(n);
+            CzynStringFile text(folder.Path("f"), CFile::modeReadWrite);
+            if (text.Load2Memory() && text.WriteString("!")) text.Flush();
+            text.Close();
+            failures = failing.Failures();
+        } catch (const std::bad_alloc&) {
+            failures = 1;
+        }
+        const std::string after = folder.Read("f");
+        EXPECT_TRUE(after == bytes || after == bytes + "\0!"s) << n;
+        if (failures == 0) break;
+    }
+}
+
+TEST(ConvertersTest, EveryPairConvertsOrSaysNo) {
+    const auto convert = [](zynTextEncoding from, std::string bytes, zynTextEncoding to, int cut = 0) {
+        auto* source = reinterpret_cast<unsigned char*>(bytes.data());
+        unsigned char* out = source;
+        int length = -1;
+        const bool done = CzynStringFile::ConvertEncoding(from, source, static_cast<int>(bytes.size()) - cut,
+                                                          to, out, length);
+        EXPECT_EQ(done, out != nullptr);
+        const std::string result =
+            done ? std::string(reinterpret_cast<char*>(out), static_cast<std::size_t>(length)) : "-";
+        CzynStringFile::FreeBuffer(out);
+        return result;
+    };
+    for (int from = 0; from < 4; ++from)
+        for (int to = 0; to < 6; ++to)
+            EXPECT_EQ(encoded[to], convert(encodings[from], encoded[from], encodings[to])) << from << to;
+    EXPECT_EQ("Ёж"_cp1251,
+              convert(zynEncUCS2LE, "\xFF\xFE" + encoded[2].substr(0, 4), zynEncCP1251)); // mark skipped
+    EXPECT_EQ("?\xCF", convert(zynEncUTF8, "\xC3\xA9\xD0\x9F", zynEncCP1251));
+    EXPECT_EQ("-", convert(zynEncUCS2LE, "A", zynEncCP1251)); // no whole unit
+    EXPECT_EQ("-", convert(zynEncCP1251, "A", zynEncUTF8, 1));
+    EXPECT_EQ("-", convert(zynEncUnknown, "A", zynEncUTF8));
+#ifdef NDEBUG
+    EXPECT_EQ("-", convert(zynEncUCS4LE, encoded[4], zynEncUTF8));
+    EXPECT_EQ("-", convert(zynEncCP866, "A", zynEncUTF8));
+#endif
+    unsigned char odd[] = {1, 2, 3, 4, 5};
+    EXPECT_TRUE(CzynStringFile::BufConvert_Utf16_BE2LE(odd, 5));
+    EXPECT_TRUE(CzynStringFile::BufConvert_Utf32_BE2LE(odd, 5));
+    EXPECT_EQ(0, std::memcmp(odd, "\x03\x04\x01\x02\x05", 5));
+    EXPECT_FALSE(CzynStringFile::BufConvert_Utf16_BE2LE(nullptr, 2));
+    EXPECT_TRUE(CzynStringFile::BufConvert_Utf16_BE2LE(nullptr, 0));
+}
+
+} // namespace
