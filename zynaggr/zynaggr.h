@@ -10,7 +10,9 @@
 #include "zynaggr/zynhelpers.h"       // small helpers
 #include "zynaggr/zynmap.h"           // integer/pointer pair map
 #include "zynaggr/zynmessage.h"       // messages to the console and in message boxes
+#include "zynaggr/zynstring.h"        // 8-bit string
 #include "zynaggr/zynstringadapter.h" // one text in 8-bit and 16-bit form
 #include "zynaggr/zynstringfile.h"    // text files in any encoding
+#include "zynaggr/zynstringw.h"       // 16-bit string
 #include "zynaggr/zynsync.h"          // counter, critical sections, stopwatch
 #include "zynaggr/zyntaggr.h"         // pointer array

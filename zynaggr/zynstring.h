@@ -1,0 +1,222 @@
+#pragma once
+
+#include "zynplatform/export.h"
+#include "zynplatform/types.h"
+
+#include <cassert>
+#include <cstdarg>
+#include <cstdint>
+#include <type_traits>
+
+// The library's own growable strings: CzynStringA holds 8-bit text in code page 1251, CzynStringW
+// (zynstringw.h) 16-bit text. Both are this one template, and do the same; where they differ it is said.
+//
+//     CzynStringA text("  Отчёт за год  ");           // in code page 1251
+//     text.Trim().MakeUpper();
+//     int found = text.Find("ГОД", 0);
+//
+// A string owns a buffer on the heap, never null, in which a zero character stands behind the text. Lengths,
+// indexes and sizes count characters: bytes, or 16-bit units. Zero characters may stand inside the text;
+// operations work from the counted length and see them, but for those that say "to its first zero".
+//
+// The capacity (the size of the buffer, zero included) follows fixed rules. It grows to exactly what an
+// operation needs and does not shrink, except that emptying gives the buffer up for one of a single
+// character. Appending one character is the only operation that makes spare room, for 15 more. So append
+// texts to a string of which you have asked for room (GetBuffer), or one character at a time.
+//
+// Texts taken may be null, which counts as an empty text where nothing else is said, and may lie in the
+// string's own buffer. Letters are folded by code page 1251, or as the same letters in Unicode: Latin, the
+// Russian alphabet, Ё.
+//
+// An operation that runs out of memory, or would reach 2^32 bytes, throws std::bad_alloc and leaves the
+// string as it was. Nothing else throws. One string is for one thread at a time.
+//
+// There is no equality operator: compare with Compare. `a == b` compares the addresses of the buffers.
+namespace zyn {
+
+template <class C> class ZYN_API BasicString {
+    static constexpr bool isNarrow = std::is_same_v<C, char>;
+    using Other = std::conditional_t<isNarrow, WCHAR, char>; // the character of the other class
+
+public:
+    // ---- Making and assigning
+
+    BasicString();
+    BasicString(const BasicString& other);
+    BasicString(const C* text);
+    // Converts with the system's code page. Makes room for one character more than needed.
+    BasicString(const Other* text);
+    BasicString(C character, unsigned count);
+    virtual ~BasicString();
+
+    BasicString& operator=(const BasicString& other);
+    BasicString& operator=(const C* text);
+    BasicString& operator=(C* text) { return *this = static_cast<const C*>(text); }
+    BasicString& operator=(const Other* text);
+    BasicString& operator=(Other* text) { return *this = static_cast<const Other*>(text); }
+    BasicString& operator=(C character); // one character, also for 0
+
+    // ---- Looking at it
+
+    int GetLength() const { return static_cast<int>(m_nLength); }
+    bool IsEmpty() const { return m_nLength == 0; }
+    const C* GetCString() const { return m_pBuffer; }
+    operator const C*() const { return m_pBuffer; }
+    // The character at an index, 0 outside the text.
+    C GetAt(int index) const;
+    C operator[](int index) const { return GetAt(index); }
+    // Stores a character; nothing happens outside the text.
+    void SetAt(int index, C character) requires(!isNarrow) {
+        const bool isInside = index >= 0 && static_cast<std::uint32_t>(index) < m_nLength;
+        assert(isInside);
+        if (isInside) m_pBuffer[index] = character;
+    }
+
+    // ---- Writing into the buffer
+
+    // A buffer of at least `size` characters, zero included: so many may be written in all.
+    C* GetBuffer(int size);
+    // A buffer with room for `length` characters and the zero; the length is set at once.
+    C* GetBufferSetLength(int length);
+    // Sets the length after writing. A negative one leaves it as it is: it is not looked for.
+    void ReleaseBuffer(int length);
+    void Empty();
+
+    // ---- Editing; each returns the string
+
+    BasicString& operator+=(const BasicString& other);
+    BasicString& operator+=(const C* text);
+    BasicString& operator+=(C character) {
+        if (std::uint64_t{m_nLength} + 2 > m_nSize) Reserve(std::uint64_t{m_nLength} + 16);
+        m_pBuffer[m_nLength++] = character;
+        m_pBuffer[m_nLength] = 0;
+        return *this;
+    }
+    // Appends `count` characters, all for a negative count, in any case only up to the text's first zero.
+    BasicString& Append(const C* text, int count);
+    BasicString& MakeUpper();
+    BasicString& MakeLower();
+    BasicString& MakeReverse(); // CzynStringA: only up to the first zero
+
+    // Take every leading or trailing character off that is equal to one, or in a set, or a blank (only
+    // U+0020). Where a single character is given and nothing is left, the buffer is given up.
+    BasicString& Trim() { return Trim(C(' ')); }
+    BasicString& Trim(C character) { return TrimRight(character).TrimLeft(character); }
+    BasicString& Trim(const C* set) { return TrimRight(set).TrimLeft(set); }
+    BasicString& TrimLeft() { return TrimLeft(C(' ')); }
+    BasicString& TrimLeft(C character);
+    BasicString& TrimLeft(const C* set);
+    BasicString& TrimRight() { return TrimRight(C(' ')); }
+    BasicString& TrimRight(C character);
+    BasicString& TrimRight(const C* set);
+
+    // ---- Editing; each returns a number
+
+    // The number of characters deleted, but the length when there was nothing to delete. A negative index
+    // counts as 0.
+    int Delete(unsigned index, unsigned count);
+    // The length afterwards, also when nothing changed. The index is kept within the text.
+    int Insert(int index, const C* text);
+    int Insert(int index, C character); // 0 changes nothing
+    // How many were removed or replaced. Replacements are not searched again.
+    int Remove(C character);
+    int Replace(const C* from, const C* to);
+    int Replace(C from, C to);
+
+    // ---- Searching; an index, or -1
+
+    // An empty pattern is found at 0, wherever the search starts; an empty text holds no pattern.
+    int Find(const C* pattern, unsigned start) const;
+    int Find(C character, unsigned start) const;
+    int ReverseFind(C character) const;
+
+    // ---- Parts; to the part's first zero. What lies outside the text is left out
+
+    BasicString Left(int count) const;
+    BasicString Right(int count) const;
+    BasicString Mid(int first) const;
+    BasicString Mid(int first, int count) const;
+    // The next piece without delimiters from `position` on; moves `position` behind its end, to -1 with an
+    // empty result when there is none. Without delimiters, the rest of the text, and `position` stays.
+    BasicString Tokenize(const C* delimiters, int& position) const;
+
+    // ---- Comparing
+
+    // Negative, 0 or positive, by the texts up to their first zeros. Null comes before every text (the result
+    // is 1), but for an empty CzynStringW without case, to which it is equal. Without case, letters are
+    // folded to upper case, and differing characters compare as signed bytes (CzynStringA) or as unsigned
+    // units.
+    int Compare(const C* text, bool caseSensitive) const;
+    int CompareNoCase(const C* text) const { return Compare(text, false); }
+
+    bool operator<(const BasicString& other) requires isNarrow { return Order(other) < 0; }
+    bool operator<(const C* text) requires isNarrow { return Order(text) < 0; }
+    bool operator<=(const BasicString& other) requires isNarrow { return Order(other) <= 0; }
+    bool operator<=(const C* text) requires isNarrow { return Order(text) <= 0; }
+    bool operator>(const BasicString& other) requires isNarrow { return Order(other) > 0; }
+    bool operator>(const C* text) requires isNarrow { return Order(text) > 0; }
+    bool operator>=(const BasicString& other) requires isNarrow { return Order(other) >= 0; }
+    bool operator>=(const C* text) requires isNarrow { return Order(text) >= 0; }
+    bool operator<(const BasicString& other) const requires(!isNarrow) { return Order(other) < 0; }
+    bool operator<(const C* text) const requires(!isNarrow) { return Order(text) < 0; }
+    bool operator<=(const BasicString& other) const requires(!isNarrow) { return Order(other) <= 0; }
+    bool operator<=(const C* text) const requires(!isNarrow) { return Order(text) <= 0; }
+    bool operator>(const BasicString& other) const requires(!isNarrow) { return Order(other) > 0; }
+    bool operator>(const C* text) const requires(!isNarrow) { return Order(text) > 0; }
+    bool operator>=(const BasicString& other) const requires(!isNarrow) { return Order(other) >= 0; }
+    bool operator>=(const C* text) const requires(!isNarrow) { return Order(text) >= 0; }
+
+    friend BasicString operator+(const BasicString& left, const BasicString& right) {
+        BasicString result(left);
+        result += right;
+        return result;
+    }
+    friend BasicString operator+(const BasicString& left, C right) {
+        BasicString result(left);
+        result += right;
+        return result;
+    }
+    friend BasicString operator+(C left, const BasicString& right) {
+        BasicString result(left, 1);
+        result += right;
+        return result;
+    }
+
+    // ---- Made from elsewhere
+
+    // As printf, into at most 3999 characters: a longer result is cut there. The number of characters, -1
+    // when cut or when the format is ill-formed. An empty format empties a CzynStringA and returns 0; it
+    // leaves a CzynStringW as it is. CzynStringW: %s and %c take 16-bit text and characters, %hs, %hc, %S and
+    // %C 8-bit ones; "%2$d" picks an argument.
+    int Format(const C* format, ...);
+    // An environment variable's value: 1, or 0 with the string empty when there is none. A native absolute
+    // path in it becomes a library path; makes room for one character more than needed.
+    int GetEnvironmentVariableA(const C* name);
+    // A string resource of a module; false, with the string unchanged, when there is none.
+    bool LoadStringA(void* moduleHandle, unsigned id);
+
+protected:
+    // Sets the capacity, see above; returns it. 0 gives the buffer up.
+    unsigned SetSize(unsigned size);
+    // Sets the length, with room for it; what the buffer held behind the old one comes to light.
+    void SetLength(unsigned length);
+
+    enum Exactly { exactly };
+    BasicString(Exactly, const C* text, std::uint64_t length); // so many characters, without room to spare
+    unsigned Reserve(std::uint64_t size);
+    BasicString& Assign(const C* text, std::uint64_t length);
+    BasicString& AppendText(const C* text, std::uint64_t length);
+    bool IsOwn(const C* text) const { return text >= m_pBuffer && text <= m_pBuffer + m_nLength; }
+    BasicString& DropLeft(unsigned count);
+    int Order(const C* text) const;
+
+    C* m_pBuffer;
+    std::uint32_t m_nLength; // without the zero
+    std::uint32_t m_nSize;   // of the buffer; at least m_nLength + 1
+};
+
+extern template class BasicString<char>;
+
+} // namespace zyn
+
+using CzynStringA = zyn::BasicString<char>;

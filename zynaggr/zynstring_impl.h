@@ -1,0 +1,537 @@
+#pragma once
+
+#include "zynaggr/zynstring.h"
+#include "zynaggr/zynstring_traits.h"
+#include "zynhost/cstring.h"
+#include "zynhost/memory.h"
+#include "zynhost/stringresources.h"
+#include "zynplatform/codepage.h"
+
+#include <algorithm>
+#include <cassert>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <string_view>
+
+// The definitions behind zynstring.h, instantiated in zynstring.cpp and zynstringw.cpp. Not a public header.
+
+namespace zyn {
+
+namespace detail {
+
+constexpr unsigned formatRoom = 4000;
+
+template <class C> std::size_t LengthOf(const C* text) {
+    return text ? std::char_traits<C>::length(text) : 0;
+}
+
+template <class C> void Copy(C* target, const C* source, std::uint64_t count) {
+    std::char_traits<C>::copy(target, source, static_cast<std::size_t>(count));
+}
+
+template <class C> void Move(C* target, const C* source, std::uint64_t count) {
+    std::char_traits<C>::move(target, source, static_cast<std::size_t>(count));
+}
+
+// Between the two widths, with the system's code page.
+inline std::size_t ConvertedLength(const char* text, std::size_t length, WCHAR*) {
+    return zynplatform::WideLength(zynplatform::ansiCodePage, text, length);
+}
+inline std::size_t ConvertedLength(const WCHAR* text, std::size_t length, char*) {
+    return zynplatform::NarrowLength(zynplatform::ansiCodePage, text, length);
+}
+inline void Convert(const char* text, std::size_t length, WCHAR* target) {
+    zynplatform::ToWide(zynplatform::ansiCodePage, text, length, target);
+}
+inline void Convert(const WCHAR* text, std::size_t length, char* target) {
+    zynplatform::ToNarrow(zynplatform::ansiCodePage, text, length, target);
+}
+
+// The characters of a set, asked for often: bytes by a bitmap, units by looking through the set.
+template <class C> class CharacterSet {
+public:
+    explicit CharacterSet(const C* set) : m_set(set, LengthOf(set)) {}
+    bool Has(C character) const { return m_set.find(character) != m_set.npos; }
+    bool IsEmpty() const { return m_set.empty(); }
+
+private:
+    std::basic_string_view<C> m_set;
+};
+
+template <> class CharacterSet<char> {
+public:
+    explicit CharacterSet(const char* set) : m_isEmpty(!set || !*set) {
+        for (; set && *set; ++set)
+            m_bits[static_cast<unsigned char>(*set) / 64] |= std::uint64_t{1}
+                                                             << static_cast<unsigned char>(*set) % 64;
+    }
+    bool Has(char character) const {
+        const auto byte = static_cast<unsigned char>(character);
+        return (m_bits[byte / 64] >> byte % 64 & 1) != 0;
+    }
+    bool IsEmpty() const { return m_isEmpty; }
+
+private:
+    std::uint64_t m_bits[4] = {};
+    bool m_isEmpty;
+};
+
+} // namespace detail
+
+// ---- Capacity
+
+template <class C> unsigned BasicString<C>::Reserve(std::uint64_t size) {
+    if (size > StringTraits<C>::sizeLimit) AfxThrowMemoryException();
+    return SetSize(static_cast<unsigned>(size));
+}
+
+template <class C> unsigned BasicString<C>::SetSize(unsigned size) {
+    if (size == 0) {
+        if (m_nLength == 0 && m_nSize == 1) return 1;
+        C* const buffer = new C[1]{};
+        delete[] m_pBuffer;
+        m_pBuffer = buffer;
+        m_nLength = 0;
+        return m_nSize = 1;
+    }
+    if (size <= m_nSize) return m_nSize; // never smaller; the length needs no more than there is
+    if (size > StringTraits<C>::sizeLimit) AfxThrowMemoryException();
+    C* const buffer = new C[size];
+    detail::Copy(buffer, m_pBuffer, m_nLength);
+    buffer[m_nLength] = 0;
+    delete[] m_pBuffer;
+    m_pBuffer = buffer;
+    return m_nSize = size;
+}
+
+template <class C> void BasicString<C>::SetLength(unsigned length) {
+    if (length == m_nLength) return;
+    if (length >= m_nSize) Reserve(std::uint64_t{length} + 1);
+    m_nLength = length;
+    m_pBuffer[length] = 0;
+}
+
+template <class C> void BasicString<C>::Empty() {
+    SetSize(0);
+}
+
+// ---- Making and assigning
+
+template <class C> BasicString<C>::BasicString() : m_pBuffer(new C[1]{}), m_nLength(0), m_nSize(1) {}
+
+// These delegate, so that the buffer is freed when the assignment throws.
+template <class C> BasicString<C>::BasicString(const BasicString& other) : BasicString() {
+    *this = other;
+}
+template <class C> BasicString<C>::BasicString(const C* text) : BasicString() {
+    *this = text;
+}
+template <class C> BasicString<C>::BasicString(const Other* text) : BasicString() {
+    *this = text;
+}
+template <class C>
+BasicString<C>::BasicString(Exactly, const C* text, std::uint64_t length)
+    : m_pBuffer(new C[static_cast<std::size_t>(length) + 1]),
+      m_nLength(static_cast<std::uint32_t>(length)),
+      m_nSize(m_nLength + 1) {
+    detail::Copy(m_pBuffer, text, length);
+    m_pBuffer[m_nLength] = 0;
+}
+template <class C> BasicString<C>::BasicString(C character, unsigned count) : BasicString() {
+    Reserve(std::uint64_t{count} + 1);
+    std::fill_n(m_pBuffer, count, character);
+    SetLength(count);
+}
+
+template <class C> BasicString<C>::~BasicString() {
+    delete[] m_pBuffer;
+}
+
+// The old text is not copied when the buffer grows, and stays when it cannot.
+template <class C> BasicString<C>& BasicString<C>::Assign(const C* text, std::uint64_t length) {
+    if (length == 0) {
+        Empty();
+        return *this;
+    }
+    if (length + 1 > StringTraits<C>::sizeLimit) AfxThrowMemoryException();
+    if (length < m_nSize) {
+        detail::Move(m_pBuffer, text, length);
+    } else {
+        C* const buffer = new C[static_cast<std::size_t>(length) + 1];
+        detail::Copy(buffer, text, length);
+        delete[] m_pBuffer;
+        m_pBuffer = buffer;
+        m_nSize = static_cast<std::uint32_t>(length) + 1;
+    }
+    m_nLength = static_cast<std::uint32_t>(length);
+    m_pBuffer[m_nLength] = 0;
+    return *this;
+}
+
+template <class C> BasicString<C>& BasicString<C>::operator=(const BasicString& other) {
+    return this == &other ? *this : Assign(other.m_pBuffer, other.m_nLength);
+}
+
+template <class C> BasicString<C>& BasicString<C>::operator=(const C* text) {
+    return text == m_pBuffer && *text != 0 ? *this : Assign(text, detail::LengthOf(text));
+}
+
+template <class C> BasicString<C>& BasicString<C>::operator=(const Other* text) {
+    const std::size_t length = detail::LengthOf(text);
+    const std::size_t converted = detail::ConvertedLength(text, length, static_cast<C*>(nullptr));
+    if (converted == 0) {
+        Empty();
+        return *this;
+    }
+    Reserve(std::uint64_t{converted} + 2);
+    detail::Convert(text, length, m_pBuffer);
+    m_nLength = static_cast<std::uint32_t>(converted);
+    m_pBuffer[m_nLength] = 0;
+    return *this;
+}
+
+template <class C> BasicString<C>& BasicString<C>::operator=(C character) {
+    Reserve(2);
+    m_pBuffer[0] = character;
+    m_pBuffer[1] = 0;
+    m_nLength = 1;
+    return *this;
+}
+
+// ---- Looking at it, writing into it
+
+template <class C> C BasicString<C>::GetAt(int index) const {
+    const bool isInside = index >= 0 && static_cast<std::uint32_t>(index) < m_nLength;
+    assert(isInside);
+    return isInside ? m_pBuffer[index] : C(0);
+}
+
+template <class C> C* BasicString<C>::GetBuffer(int size) {
+    if (size > 0) SetSize(static_cast<unsigned>(size));
+    return m_pBuffer;
+}
+
+template <class C> C* BasicString<C>::GetBufferSetLength(int length) {
+    if (length < 0) length = 0;
+    Reserve(std::uint64_t{static_cast<unsigned>(length)} + 1);
+    SetLength(static_cast<unsigned>(length));
+    return m_pBuffer;
+}
+
+template <class C> void BasicString<C>::ReleaseBuffer(int length) {
+    if (length >= 0) SetLength(static_cast<unsigned>(length));
+}
+
+// ---- Appending
+
+template <class C> BasicString<C>& BasicString<C>::AppendText(const C* text, std::uint64_t length) {
+    if (length == 0) return *this;
+    const bool isOwn = IsOwn(text);
+    const std::size_t offset = isOwn ? static_cast<std::size_t>(text - m_pBuffer) : 0;
+    Reserve(m_nLength + length + 1);
+    detail::Copy(m_pBuffer + m_nLength, isOwn ? m_pBuffer + offset : text, length);
+    m_nLength += static_cast<std::uint32_t>(length);
+    m_pBuffer[m_nLength] = 0;
+    return *this;
+}
+
+template <class C> BasicString<C>& BasicString<C>::operator+=(const BasicString& other) {
+    return AppendText(other.m_pBuffer, other.m_nLength);
+}
+
+// The string's own buffer counts as the string: zero characters inside are appended too.
+template <class C> BasicString<C>& BasicString<C>::operator+=(const C* text) {
+    return text == m_pBuffer ? AppendText(m_pBuffer, m_nLength) : AppendText(text, detail::LengthOf(text));
+}
+
+template <class C> BasicString<C>& BasicString<C>::Append(const C* text, int count) {
+    std::size_t length = detail::LengthOf(text);
+    if (count >= 0) length = std::min(length, static_cast<std::size_t>(count));
+    return AppendText(text, length);
+}
+
+// ---- Changing in place
+
+template <class C> BasicString<C>& BasicString<C>::MakeUpper() {
+    std::transform(m_pBuffer, m_pBuffer + m_nLength, m_pBuffer, StringTraits<C>::Upper);
+    return *this;
+}
+
+template <class C> BasicString<C>& BasicString<C>::MakeLower() {
+    std::transform(m_pBuffer, m_pBuffer + m_nLength, m_pBuffer, StringTraits<C>::Lower);
+    return *this;
+}
+
+template <class C> BasicString<C>& BasicString<C>::MakeReverse() {
+    const std::size_t length = StringTraits<C>::reversesToFirstZero ? detail::LengthOf(m_pBuffer) : m_nLength;
+    std::reverse(m_pBuffer, m_pBuffer + length);
+    return *this;
+}
+
+template <class C> BasicString<C>& BasicString<C>::DropLeft(unsigned count) {
+    if (count == 0) return *this;
+    m_nLength -= count;
+    detail::Move(m_pBuffer, m_pBuffer + count, std::uint64_t{m_nLength} + 1);
+    return *this;
+}
+
+template <class C> BasicString<C>& BasicString<C>::TrimLeft(C character) {
+    unsigned count = 0;
+    while (count < m_nLength && m_pBuffer[count] == character)
+        ++count;
+    if (count != 0 && count == m_nLength) {
+        Empty();
+        return *this;
+    }
+    return DropLeft(count);
+}
+
+template <class C> BasicString<C>& BasicString<C>::TrimRight(C character) {
+    unsigned length = m_nLength;
+    while (length > 0 && m_pBuffer[length - 1] == character)
+        --length;
+    if (length == 0 && m_nLength != 0)
+        Empty();
+    else
+        SetLength(length);
+    return *this;
+}
+
+template <class C> BasicString<C>& BasicString<C>::TrimLeft(const C* set) {
+    const detail::CharacterSet<C> members(set);
+    if (members.IsEmpty()) return *this;
+    unsigned count = 0;
+    while (count < m_nLength && members.Has(m_pBuffer[count]))
+        ++count;
+    return DropLeft(count);
+}
+
+template <class C> BasicString<C>& BasicString<C>::TrimRight(const C* set) {
+    const detail::CharacterSet<C> members(set);
+    while (m_nLength > 0 && members.Has(m_pBuffer[m_nLength - 1]))
+        m_pBuffer[--m_nLength] = 0;
+    return *this;
+}
+
+// ---- Deleting, inserting, replacing
+
+template <class C> int BasicString<C>::Delete(unsigned index, unsigned count) {
+    if (static_cast<std::int32_t>(index) < 0) index = 0;
+    if (count == 0 || index >= m_nLength) return GetLength();
+    count = std::min(count, m_nLength - index);
+    detail::Move(m_pBuffer + index, m_pBuffer + index + count, std::uint64_t{m_nLength} - index - count + 1);
+    m_nLength -= count;
+    return static_cast<int>(count);
+}
+
+template <class C> int BasicString<C>::Insert(int index, const C* text) {
+    const std::size_t count = detail::LengthOf(text);
+    if (count == 0) return GetLength();
+    if (IsOwn(text)) return Insert(index, std::basic_string<C>(text, count).c_str());
+    Reserve(std::uint64_t{m_nLength} + count + 1);
+    const std::uint32_t at = index < 0 ? 0 : std::min(static_cast<std::uint32_t>(index), m_nLength);
+    detail::Move(m_pBuffer + at + count, m_pBuffer + at, std::uint64_t{m_nLength} - at + 1);
+    detail::Copy(m_pBuffer + at, text, count);
+    m_nLength += static_cast<std::uint32_t>(count);
+    return GetLength();
+}
+
+template <class C> int BasicString<C>::Insert(int index, C character) {
+    const C text[2] = {character, 0};
+    return Insert(index, text);
+}
+
+template <class C> int BasicString<C>::Remove(C character) {
+    C* const end = std::remove(m_pBuffer, m_pBuffer + m_nLength, character);
+    const auto length = static_cast<std::uint32_t>(end - m_pBuffer);
+    const std::uint32_t removed = m_nLength - length;
+    SetLength(length);
+    return static_cast<int>(removed);
+}
+
+template <class C> int BasicString<C>::Replace(const C* from, const C* to) {
+    using View = std::basic_string_view<C>;
+    const View text(m_pBuffer, m_nLength), pattern(from, detail::LengthOf(from)),
+        with(to, detail::LengthOf(to));
+    if (text.empty() || pattern.empty()) return 0;
+    std::uint64_t hits = 0;
+    for (std::size_t at = text.find(pattern); at != text.npos; at = text.find(pattern, at + pattern.size()))
+        ++hits;
+    if (hits == 0) return 0;
+
+    const std::uint64_t length = m_nLength - hits * pattern.size() + hits * with.size();
+    if (length + 1 > StringTraits<C>::sizeLimit) AfxThrowMemoryException();
+    // In place where the result is no longer and neither text lies in the buffer; else into a new one.
+    const bool inPlace = with.size() <= pattern.size() && !IsOwn(from) && !IsOwn(to);
+    const auto size = std::max(m_nSize, static_cast<std::uint32_t>(length) + 1);
+    std::unique_ptr<C[]> fresh(inPlace ? nullptr : new C[size]);
+    C* const target = inPlace ? m_pBuffer : fresh.get();
+    C* out = target;
+    const auto put = [&out](View piece) {
+        detail::Move(out, piece.data(), piece.size());
+        out += piece.size();
+    };
+    std::size_t copied = 0;
+    for (std::size_t at = text.find(pattern); at != text.npos; at = text.find(pattern, copied)) {
+        put(text.substr(copied, at - copied));
+        put(with);
+        copied = at + pattern.size();
+    }
+    put(text.substr(copied));
+    *out = 0;
+    if (!inPlace) {
+        delete[] m_pBuffer;
+        m_pBuffer = fresh.release();
+        m_nSize = size;
+    }
+    m_nLength = static_cast<std::uint32_t>(length);
+    return static_cast<int>(hits);
+}
+
+template <class C> int BasicString<C>::Replace(C from, C to) {
+    int replaced = 0;
+    for (std::uint32_t i = 0; i < m_nLength; ++i)
+        if (m_pBuffer[i] == from) {
+            m_pBuffer[i] = to;
+            ++replaced;
+        }
+    return replaced;
+}
+
+// ---- Searching
+
+template <class C> int BasicString<C>::Find(const C* pattern, unsigned start) const {
+    const std::size_t length = detail::LengthOf(pattern);
+    if (m_nLength == 0) return -1;
+    if (length == 0) return 0;
+    const std::basic_string_view<C> text(m_pBuffer, m_nLength);
+    const std::size_t at = text.find(pattern, start, length);
+    return at == text.npos ? -1 : static_cast<int>(at);
+}
+
+template <class C> int BasicString<C>::Find(C character, unsigned start) const {
+    const std::basic_string_view<C> text(m_pBuffer, m_nLength);
+    const std::size_t at = text.find(character, start);
+    return at == text.npos ? -1 : static_cast<int>(at);
+}
+
+template <class C> int BasicString<C>::ReverseFind(C character) const {
+    const std::basic_string_view<C> text(m_pBuffer, m_nLength);
+    const std::size_t at = text.rfind(character);
+    return at == text.npos ? -1 : static_cast<int>(at);
+}
+
+// ---- Parts
+
+template <class C> BasicString<C> BasicString<C>::Left(int count) const {
+    if (m_nLength == 0 || count >= GetLength()) return *this;
+    return Mid(0, count);
+}
+
+template <class C> BasicString<C> BasicString<C>::Right(int count) const {
+    if (m_nLength == 0 || count >= GetLength()) return *this;
+    return count <= 0 ? BasicString() : Mid(GetLength() - count, count);
+}
+
+template <class C> BasicString<C> BasicString<C>::Mid(int first) const {
+    if (first < 0) first = 0;
+    return Mid(first, std::max(GetLength() - first, 0));
+}
+
+template <class C> BasicString<C> BasicString<C>::Mid(int first, int count) const {
+    if (first < 0) first = 0;
+    if (count <= 0 || first >= GetLength()) return {};
+    count = std::min(count, GetLength() - first);
+    if (count == GetLength()) return *this;
+    const C* const part = m_pBuffer + first;
+    const C* const zero = std::char_traits<C>::find(part, static_cast<std::size_t>(count), C(0));
+    return BasicString(exactly, part,
+                       zero ? static_cast<std::uint64_t>(zero - part) : static_cast<std::uint64_t>(count));
+}
+
+template <class C> BasicString<C> BasicString<C>::Tokenize(const C* delimiters, int& position) const {
+    if (position < 0) return {};
+    const detail::CharacterSet<C> set(delimiters);
+    const auto length = static_cast<int>(m_nLength);
+    int start = position;
+    if (set.IsEmpty() && start < length) return Mid(start);
+    while (start < length && set.Has(m_pBuffer[start]))
+        ++start;
+    if (start >= length) {
+        position = -1;
+        return {};
+    }
+    int end = start;
+    while (m_pBuffer[end] != 0 && !set.Has(m_pBuffer[end]))
+        ++end;
+    position = end + 1;
+    return Mid(start, end - start);
+}
+
+// ---- Comparing
+
+template <class C> int BasicString<C>::Order(const C* text) const {
+    static constexpr C nothing[1] = {};
+    const C* left = m_pBuffer;
+    const C* right = text ? text : nothing;
+    if constexpr (isNarrow) return std::strcmp(left, right);
+    while (*left != 0 && *left == *right) {
+        ++left;
+        ++right;
+    }
+    return *left == *right ? 0 : *left < *right ? -1 : 1;
+}
+
+template <class C> int BasicString<C>::Compare(const C* text, bool caseSensitive) const {
+    using Traits = StringTraits<C>;
+    if (!text) return !caseSensitive && m_nLength == 0 && Traits::nullEqualsEmptyWithoutCase ? 0 : 1;
+    if (caseSensitive) return Order(text);
+    for (std::uint32_t i = 0;; ++i) {
+        if (i == m_nLength) return text[i] == 0 ? 0 : -1;
+        const C left = m_pBuffer[i], right = text[i];
+        if (left == right) {
+            if (left == 0) return 0;
+            continue;
+        }
+        if (right == 0) return 1;
+        const C foldedLeft = Traits::Upper(left), foldedRight = Traits::Upper(right);
+        if (foldedLeft != foldedRight) return Traits::FoldedBefore(foldedLeft, foldedRight) ? -1 : 1;
+    }
+}
+
+// ---- Made from elsewhere
+
+template <class C> int BasicString<C>::Format(const C* format, ...) {
+    if (detail::LengthOf(format) == 0) {
+        if (StringTraits<C>::emptyFormatEmpties) Empty();
+        return 0;
+    }
+    C buffer[detail::formatRoom];
+    std::va_list arguments;
+    va_start(arguments, format);
+    const int length = StringTraits<C>::Format(buffer, detail::formatRoom, format, arguments);
+    va_end(arguments);
+    *this = static_cast<const C*>(buffer);
+    return length;
+}
+
+template <class C> int BasicString<C>::GetEnvironmentVariableA(const C* name) {
+    std::basic_string<C> value;
+    const bool found = StringTraits<C>::Environment(name, value); // the name may lie in this string
+    Empty();
+    if (!found) return 0;
+    Reserve(std::uint64_t{value.size()} + 2);
+    detail::Copy(m_pBuffer, value.data(), value.size());
+    SetLength(static_cast<unsigned>(value.size()));
+    return 1;
+}
+
+template <class C> bool BasicString<C>::LoadStringA(void* moduleHandle, unsigned id) {
+    const char* const text = moduleHandle && id != 0 ? zynFindStringResource(moduleHandle, id) : nullptr;
+    if (!text) return false;
+    *this = text;
+    return true;
+}
+
+} // namespace zyn

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "zynplatform/export.h"
+
+// String resources: a table of texts, in code page 1251, for each module of the process.
+
+struct zynStringResource {
+    unsigned id;
+    const char* text;
+};
+
+// Gives a module its table, which ends with a row of id 0 and must stay; null takes it away. A handle is any
+// address that is the module's own. Not guarded: do it before other threads load strings.
+ZYN_API void zynSetStringResources(const void* moduleHandle, const zynStringResource* table);
+
+// The text of a resource, or null.
+ZYN_API const char* zynFindStringResource(const void* moduleHandle, unsigned id);
