@@ -13,9 +13,10 @@ namespace {
 
 template <class C> std::basic_string<C> Words() {
     std::basic_string<C> text;
-    for (int i = 0; text.size() < 1000; ++i)
-        for (const char c : std::string("word").append(std::to_string(i)).append(i % 7 ? " " : ","))
-            text += static_cast<C>(c);
+    for (int i = 0; text.size() < 1000; ++i) {
+        const std::string word = std::string("word").append(std::to_string(i)).append(i % 7 ? " " : ",");
+        text.append(word.begin(), word.end());
+    }
     return text;
 }
 
