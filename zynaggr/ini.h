@@ -40,12 +40,10 @@ struct ZYN_API SKeyVal {
 // are decimal numbers first, in ascending order and without those whose value is empty, then all other lines
 // as they stood; a header gets a blank line before it when the section above ends with a pair. Nothing else
 // is moved. While the file is being written nobody else reads it through this library. A full disk leaves the
-// old text whole, in the file or in the
-// ".bak"; the edit is then only in memory, and GetErrDescription tells.
+// old text whole, in the file or in the ".bak"; the edit is then only in memory, and GetErrDescription tells.
 //
 // A text in UTF-8 or Unicode is worked with in code page 1251: characters that this does not have become '?',
-// and are
-// '?' when the file is saved.
+// and are '?' when the file is saved. A file that cannot be decoded counts as empty.
 //
 // Failure: operations return false (or the default) and GetErrDescription gives the text, translated. A
 // failed save does not undo the edit in memory. Running out of memory throws std::bad_alloc. Section and key
@@ -74,9 +72,9 @@ public:
     // Points the object at a file; always true. A name with a backslash, or a native absolute path, is the
     // file. A bare name is looked for in this order, and the first that exists is taken:
     //   1. only with bSearchModuleDir: the program's own directory; the place that the environment variable
-    //   named by
-    //      SetEnvForFind gives (the file itself when the value ends in ".ini", else its directory); up to
-    //      nUpLevels parent directories of the last of these places;
+    //      named by SetEnvForFind gives (the file itself when the value ends in ".ini", else its directory);
+    //      up to nUpLevels directories upwards: the parents of the program's directory, or, with the variable
+    //      set, the directory of the file that it gave and the parents of that, the root excepted;
     //   2. the current directory;
     //   3. the user's profile directory (USERPROFILE, here HOME);
     //   4. the directory named by SystemRoot, whether it exists there or not.
@@ -98,6 +96,9 @@ public:
 
     // ---- Queries
 
+    // The value as a decimal number, cut to 32 bits; the default when there is none or it is no number. With
+    // bCreate, what is missing or no number is replaced by the default and saved, as by GetString.
+    virtual int GetInt(const char* szSection, const char* szKey, int nDefault, bool bCreate);
     // The value, or the default when there is no such entry or the file cannot be read. With bCreate, a
     // missing entry is made and an empty value filled with the default, and the file saved at once, in either
     // mode; later sections and entries of the same name get "___copy" added to theirs, and the found ones
@@ -106,9 +107,6 @@ public:
     // The same; false when the file cannot be read. Without bCreate, an empty value is returned as it is.
     virtual bool GetString(const char* szSection, const char* szKey, CStringA& sValue, const char* szDefault,
                            bool bCreate);
-    // The value as a decimal number, cut to 32 bits; the default when it is none. With bCreate, what is
-    // missing or no number is replaced by the default and saved.
-    virtual int GetInt(const char* szSection, const char* szKey, int nDefault, bool bCreate);
 
     // The keys, or pairs, of a section in the order of the file, repeated ones included. False when there is
     // no such section; what the container held is gone in any case.
@@ -119,13 +117,14 @@ public:
 
     // ---- Edits
 
-    // Sets a value, trimmed. A missing entry is made behind the last pair of its section, with a comment line
-    // above it when szComment has at least two characters (";" is put before it where it has none). Repeated
-    // names are treated as by GetString with bCreate. WriteInt fails without changing anything when the file
-    // is read-only.
+    // Set a value, trimmed. A missing entry is made behind the last pair of its section, with a comment line
+    // above it when szComment has at least two characters (";" is put before it where it has none). Comment
+    // lines inserted since the file was read do not move that place: the next new entry comes to stand so
+    // many lines higher. Repeated names are treated as by GetString with bCreate. WriteInt fails without
+    // changing anything when the file is read-only; WriteString fails then at the save.
+    virtual bool WriteInt(const char* szSection, const char* szKey, int nValue, const char* szComment);
     virtual bool WriteString(const char* szSection, const char* szKey, const char* szValue,
                              const char* szComment);
-    virtual bool WriteInt(const char* szSection, const char* szKey, int nValue, const char* szComment);
     // Removes every entry with this key from the first section of this name; true also when there is none.
     virtual bool Delete(const char* szSection, const char* szKey);
     // Rename the first section or entry of a name and leave a comment above it that says so. Saved at once in
@@ -142,8 +141,7 @@ public:
     bool Flush();
 
     // Expands a path from the file: ".\" and "..\" at its start mean the directory of the INI file and the
-    // one above (one
-    // "..\" only); quotes around the result are removed. Every other path stays as it is.
+    // one above (one "..\" only); quotes around the result are removed. Every other path stays as it is.
     CStringA ExpandPath(const char* szPath);
 
     // The text of the last failure, and notices and warnings collected since; a successful load empties it.

@@ -3,12 +3,14 @@
 #include "zynplatform/codepage.h"
 
 #include <algorithm>
+#include <cassert>
 #include <limits>
 #include <string>
 
 namespace {
 
 template <class T> std::uint32_t SetSize(T*& text, std::uint32_t& room, std::uint32_t size) {
+    assert(text || room == 0);
     if (size == 0) {
         if (room != 0) delete[] text;
         text = nullptr;

@@ -1,10 +1,14 @@
 #pragma once
 
+#include "support/temp_folder.h"
 #include "zynaggr/ini.h"
+#include "zynplatform/file.h"
 #include "zynplatform/tick.h"
 
 #include <atomic>
+#include <gtest/gtest.h>
 #include <string>
+#include <string_view>
 
 // A clock that stands until the test moves it.
 class StandingClock {
@@ -61,4 +65,36 @@ public:
         }
         return model;
     }
+};
+
+// An INI file "f.ini" of the test's own, under a standing clock.
+class IniFileTest : public testing::Test {
+protected:
+    IniFileTest() { ini.SetINI(folder.Path("f.ini"), false, 0); }
+
+    // Has the object work on a new text.
+    void Load(std::string_view bytes) {
+        folder.Write("f.ini", bytes);
+        ini.SetNeedReload();
+        EXPECT_TRUE(ini.Parse());
+    }
+    std::string File() const { return folder.Read("f.ini"); }
+
+    StandingClock clock;
+    TempFolder folder;
+    OpenIni ini;
+};
+
+// Somebody else has the file open, as the mode says.
+class OtherHandle {
+public:
+    OtherHandle(const CStringA& name, const zynplatform::OpenMode& mode) {
+        EXPECT_EQ(0u, zynplatform::OpenFile(name, mode, m_handle));
+    }
+    ~OtherHandle() { zynplatform::CloseFile(m_handle); }
+    OtherHandle(const OtherHandle&) = delete;
+    OtherHandle& operator=(const OtherHandle&) = delete;
+
+private:
+    zynplatform::FileHandle m_handle = zynplatform::noFile;
 };

@@ -1,9 +1,7 @@
 #include "support/failing_new.h"
 #include "support/ini_model.h"
-#include "support/temp_folder.h"
 #include "zynhost/application.h"
 #include "zynplatform/cp1251.h"
-#include "zynplatform/file.h"
 
 #include <functional>
 #include <gtest/gtest.h>
@@ -14,35 +12,7 @@ using namespace zynplatform::literals;
 
 namespace {
 
-using Edit = std::function<void(OpenIni&)>;
-
-struct IniEditTest : testing::Test {
-    IniEditTest() { ini.SetINI(folder.Path("f.ini"), false, 0); }
-
-    // Has the object work on a new text.
-    void Load(std::string_view text) {
-        folder.Write("f.ini", text);
-        ini.SetNeedReload();
-        EXPECT_TRUE(ini.Parse());
-    }
-    std::string File() const { return folder.Read("f.ini"); }
-
-    StandingClock clock;
-    TempFolder folder;
-    OpenIni ini;
-};
-
-// Nobody may write the file while this lives, and a write check finds it read-only.
-class ReadOnly {
-public:
-    explicit ReadOnly(const CStringA& name) {
-        EXPECT_EQ(0u, zynplatform::OpenFile(name, {.deny = zynplatform::accessWrite}, m_handle));
-    }
-    ~ReadOnly() { zynplatform::CloseFile(m_handle); }
-
-private:
-    zynplatform::FileHandle m_handle = zynplatform::noFile;
-};
+using IniEditTest = IniFileTest;
 
 // A CzynINI whose file cannot be read.
 struct UnreadableIni : OpenIni {
@@ -57,9 +27,18 @@ struct UnreadableIni : OpenIni {
     int m_parses = 0, m_saves = 0;
 };
 
-struct SilentApplication : CWinApp {
-    int DoMessageBox(const char*, std::uint32_t, std::uint32_t) override { return IDOK; }
-};
+// Runs an operation whose n-th allocation fails; whether it made so many.
+bool FailsAt(long n, FailingNew::Kind kind, const std::function<void()>& operation) {
+    struct : CWinApp {
+        int DoMessageBox(const char*, std::uint32_t, std::uint32_t) override { return IDOK; }
+    } silent; // arrays that cannot grow show a message box
+    const FailingNew failing(n, kind);
+    try {
+        operation();
+    } catch (const std::bad_alloc&) {
+    }
+    return failing.Failures() > 0;
+}
 
 const CStringA readOnlyText("Файл ini доступен только для чтения"_cp1251);
 
@@ -115,100 +94,86 @@ TEST_F(IniEditTest, ListsHoldThePairsInOrder) {
     Load("[s]\n; c\nb=1\n\n=no key\na=2\nB=3\n[S]\nz=9\n");
     CStringArray keys;
     keys.Add("old");
-    EXPECT_TRUE(ini.GetListKeys("S", keys));
-    ASSERT_EQ(3, keys.GetSize());
-    EXPECT_EQ("b", keys[0]);
-    EXPECT_EQ("a", keys[1]);
-    EXPECT_EQ("B", keys[2]);
     CzynINI::KeyValArray pairs(8);
     pairs.Add(new SKeyVal("old", "old"));
+    EXPECT_TRUE(ini.GetListKeys("S", keys));
     EXPECT_TRUE(ini.GetListKeysVals("s", pairs));
-    ASSERT_EQ(3, pairs.GetSize());
-    EXPECT_EQ("B", pairs.GetAt(2)->m_sKey);
-    EXPECT_EQ("3", pairs.GetAt(2)->m_sVal);
+    std::string all;
+    for (int i = 0; i < keys.GetSize(); ++i)
+        all += std::string(keys[i]) + ",";
+    for (int i = 0; i < pairs.GetSize(); ++i)
+        all += std::string(pairs.GetAt(i)->m_sKey) + "=" + std::string(pairs.GetAt(i)->m_sVal) + ",";
+    EXPECT_EQ("b,a,B,b=1,a=2,B=3,", all);
 
     EXPECT_FALSE(ini.GetListKeys("none", keys));
     EXPECT_EQ("Секция ini не найдена"_cp1251, ini.GetErrDescription());
-    EXPECT_EQ(0, keys.GetSize());
     ini.m_sErr.Empty();
     EXPECT_FALSE(ini.GetListKeysVals("none", pairs));
     EXPECT_EQ("Секция ini не найдена"_cp1251, ini.GetErrDescription());
-    EXPECT_EQ(0, pairs.GetSize());
+    EXPECT_EQ(0, keys.GetSize() + pairs.GetSize());
 }
 
 TEST_F(IniEditTest, EditsPutTheirLinesWhereTheyBelong) {
-    const auto write = [](const char* section, const char* key, const char* value, const char* comment) {
-        return [=](OpenIni& i) { EXPECT_TRUE(i.WriteString(section, key, value, comment)); };
+    struct Change {
+        const char* section;
+        const char* key;
+        const char* value; // null deletes
+        const char* comment = nullptr;
     };
-    const auto remove = [](const char* section, const char* key) {
-        return [=](OpenIni& i) { EXPECT_TRUE(i.Delete(section, key)); };
-    };
+    // clang-format off
     const struct {
         const char* text;
-        std::vector<Edit> edits;
+        std::vector<Change> changes;
         const char* model;
     } cases[] = {
         // behind the last pair, before what follows it
-        {"[s]\na=1\n; end\n\n", {write("s", "b", " 2\t", nullptr)}, "<s|>{a:1}{b:2}{:; end}{:}"},
-        {"[s]\n; only\n", {write("s", "a", "1", "")}, "<s|>{a:1}{:; only}"},
-        {"[s]\n=x\n; c\n", {write("s", "a", "1", nullptr)}, "<s|>{a:1}{=:x}{:; c}"},
-        {"", {write("s", "a", "1", "no")}, "<s|>{:;no}{a:1}"},
-        {"x=1\n[s]\na=1\n", {write("t", "b", "2", nullptr)}, "<|>{x:1}<s|>{a:1}<t|>{b:2}"},
-        {"[s]\na=1\n", {write("", "b", "2", nullptr)}, "<s|>{a:1}<|>{b:2}"},
-        // the comment
-        {"[s]\na=1\n", {write("s", "b", "2", "note")}, "<s|>{a:1}{:;note}{b:2}"},
-        {"[s]\na=1\n", {write("s", "b", "2", "; note")}, "<s|>{a:1}{:; note}{b:2}"},
-        {"[s]\na=1\n", {write("s", "b", "2", "n")}, "<s|>{a:1}{b:2}"},
-        {"[s]\na=1\n", {write("s", "a", "2", "note")}, "<s|>{a:2}"},
-        // which the insertion point does not count
-        {"[s]\na=1\n",
-         {write("s", "b", "2", "note"), write("s", "c", "3", nullptr)},
-         "<s|>{a:1}{:;note}{c:3}{b:2}"},
+        {"[s]\na=1\n; end\n\n", {{"s", "b", " 2\t"}}, "<s|>{a:1}{b:2}{:; end}{:}"},
+        {"[s]\n; only\n", {{"s", "a", "1", ""}}, "<s|>{a:1}{:; only}"},
+        {"[s]\n=x\n; c\n", {{"s", "a", "1"}}, "<s|>{a:1}{=:x}{:; c}"},
+        {"x=1\n[s]\na=1\n", {{"t", "b", "2"}}, "<|>{x:1}<s|>{a:1}<t|>{b:2}"},
+        {"[s]\na=1\n", {{"", "b", "2"}}, "<s|>{a:1}<|>{b:2}"},
+        // the comment, which the insertion point does not count
+        {"", {{"s", "a", "1", "no"}}, "<s|>{:;no}{a:1}"},
+        {"[s]\na=1\n", {{"s", "b", "2", "; note"}}, "<s|>{a:1}{:; note}{b:2}"},
+        {"[s]\na=1\n", {{"s", "b", "2", "n"}}, "<s|>{a:1}{b:2}"},
+        {"[s]\na=1\n", {{"s", "a", "2", "note"}}, "<s|>{a:2}"},
+        {"[s]\na=1\n", {{"s", "b", "2", "note"}, {"s", "c", "3"}}, "<s|>{a:1}{:;note}{c:3}{b:2}"},
         // spelling and copies
-        {"[S]\nKEY=1\n", {write("s", "key", "2", nullptr)}, "<s|>{key:2}"},
-        {"[s]\nk=1\nK=2\nk=3\n[S]\nk=4\n",
-         {write("s", "k", "x", nullptr)},
-         "<s|>{k:x}{K___copy:2}{k___copy:3}<S___copy|>{k:4}"},
+        {"[S]\nKEY=1\n", {{"s", "key", "2"}}, "<s|>{key:2}"},
+        {"[s]\nk=1\nK=2\nk=3\n[S]\nk=4\n", {{"s", "k", "x"}}, "<s|>{k:x}{K___copy:2}{k___copy:3}<S___copy|>{k:4}"},
         // an empty key means the first line without one, and makes it a pair
-        {"[s]\na=1\n; c\n", {write("s", "", "v", nullptr)}, "<s|>{a:1}{=:v}"},
-        {"[s]\na=1\n", {write("s", "", "v", nullptr)}, "<s|>{a:1}{=:v}"},
+        {"[s]\na=1\n; c\n", {{"s", "", "v"}}, "<s|>{a:1}{=:v}"},
+        {"[s]\na=1\n", {{"s", "", "v"}}, "<s|>{a:1}{=:v}"},
+        // null means an empty text
+        {"a=1\n;\n", {{nullptr, "a", ""}, {nullptr, nullptr, nullptr}}, "<|>{a:}"},
         // deleting
-        {"[s]\nk=1\n;\nK=2\nkk=3\n[s]\nk=4\n", {remove("S", "k")}, "<s|>{:;}{kk:3}<s|>{k:4}"},
-        {"[s]\nk=1\n", {remove("none", "k"), remove("s", "none")}, "<s|>{k:1}"},
-        {"[s]\nk=1\n;\n\n", {remove("s", "")}, "<s|>{k:1}"},
+        {"[s]\nk=1\n;\nK=2\nkk=3\n[s]\nk=4\n", {{"S", "k", nullptr}}, "<s|>{:;}{kk:3}<s|>{k:4}"},
+        {"[s]\nk=1\n", {{"none", "k", nullptr}, {"s", "none", nullptr}}, "<s|>{k:1}"},
+        {"[s]\nk=1\n;\n\n", {{"s", "", nullptr}}, "<s|>{k:1}"},
         // the insertion point stays behind
-        {"[s]\na=1\nb=2\nc=3\nd=4\n",
-         {remove("s", "a"), remove("s", "b"), remove("s", "c"), write("s", "e", "5", nullptr)},
-         "<s|>{d:4}{}{}{}{e:5}"},
-        {"[s]\na=1\nb=2\n",
-         {remove("s", "a"), remove("s", "b"), write("s", "c", "3", "note"), write("s", "D", "4", nullptr),
-          write("s", "C", "5", nullptr), remove("s", "d")},
-         "<s|>{}{}{:;note}{C:5}"},
+        {"[s]\na=1\nb=2\nc=3\n", {{"s", "a", nullptr}, {"s", "b", nullptr}, {"s", "d", "4"}}, "<s|>{c:3}{}{}{d:4}"},
+        {"[s]\na=1\n", {{"s", "a", nullptr}, {"s", "c", "3", "note"}, {"s", "D", "4"}, {"s", "C", "5"}, {"s", "d", nullptr}}, "<s|>{}{:;note}{C:5}"},
     };
+    // clang-format on
     for (const bool direct : {true, false})
         for (const auto& c : cases) {
             Load(c.text);
             ini.SetWriteMode(direct);
-            for (const Edit& edit : c.edits)
-                edit(ini);
+            for (const auto& [section, key, value, comment] : c.changes)
+                EXPECT_TRUE(value ? ini.WriteString(section, key, value, comment) : ini.Delete(section, key));
             EXPECT_EQ(c.model, ini.Model()) << c.text;
-            if (direct) {
-                const std::string written = File();
-                EXPECT_TRUE(ini.InternalSave());
-                EXPECT_EQ(written, File()) << c.text;
-            } else {
-                EXPECT_EQ(c.text, File());
-            }
+            const std::string written = File();
+            EXPECT_TRUE(ini.InternalSave());
+            EXPECT_EQ(direct ? File() : c.text, written) << c.text;
             EXPECT_TRUE(ini.Flush());
         }
 }
 
 TEST_F(IniEditTest, LookingUpWithCreationRespellsAndMarksAlsoWithoutASave) {
     const char* const text = "[S]\nKEY=1\nkey=2\n[s]\n";
-    for (const Edit& edit : {Edit([](OpenIni& i) { i.GetString("s", "Key", "", true); }),
-                             Edit([](OpenIni& i) { i.GetInt("s", "Key", 0, true); })}) {
+    for (const bool asInt : {true, false}) {
         Load(text);
-        edit(ini);
+        asInt ? ini.GetInt("s", "Key", 0, true) : ini.GetString("s", "Key", "", true).GetLength();
         EXPECT_EQ("<s|>{Key:1}{key___copy:2}<s___copy|>", ini.Model());
         EXPECT_EQ(text, File());
     }
@@ -262,7 +227,7 @@ TEST_F(IniEditTest, RenamesLeaveACommentAndSaveInBothModes) {
 
 TEST_F(IniEditTest, ReadOnlyFileRefusesWriteIntAtOnceAndWriteStringAtTheSave) {
     folder.Write("f.ini", "[s]\nk=1\n");
-    ReadOnly held(folder.Path("f.ini"));
+    const OtherHandle held(folder.Path("f.ini"), {.deny = zynplatform::accessWrite});
     EXPECT_FALSE(ini.WriteInt("s", "k", 2, nullptr));
     EXPECT_EQ(readOnlyText, ini.GetErrDescription());
     EXPECT_EQ("<s|>{k:1}", ini.Model());
@@ -290,93 +255,68 @@ TEST_F(IniEditTest, NothingIsDoneWhenTheFileCannotBeRead) {
     EXPECT_FALSE(unreadable.GetString("s", "k", value, "d", true));
     EXPECT_EQ("d", value);
     EXPECT_EQ(7, unreadable.GetInt("s", "k", 7, true));
-    EXPECT_FALSE(unreadable.WriteString("s", "k", "v", nullptr));
-    EXPECT_FALSE(unreadable.WriteInt("s", "k", 1, nullptr));
-    EXPECT_FALSE(unreadable.Delete("s", "k"));
+    EXPECT_FALSE(unreadable.WriteString("s", "k", "v", nullptr) ||
+                 unreadable.WriteInt("s", "k", 1, nullptr) || unreadable.Delete("s", "k") ||
+                 unreadable.GetListKeys("", keys) || unreadable.GetListKeysVals("", pairs) ||
+                 unreadable.isParamSet("", "k") || unreadable.isGroupeSet(""));
     unreadable.RenameGroupe("", "x");
     unreadable.RenameParam("", "", "x");
-    EXPECT_FALSE(unreadable.GetListKeys("", keys));
-    EXPECT_FALSE(unreadable.GetListKeysVals("", pairs));
-    EXPECT_FALSE(unreadable.isParamSet("", "k"));
-    EXPECT_FALSE(unreadable.isGroupeSet(""));
     EXPECT_EQ(12, unreadable.m_parses);
     EXPECT_EQ(0, unreadable.m_saves);
     EXPECT_EQ("", unreadable.Model());
 }
 
-TEST_F(IniEditTest, NullTextsCountAsEmpty) {
-    Load("a=1\n");
-    EXPECT_TRUE(ini.WriteString(nullptr, "a", nullptr, nullptr));
-    EXPECT_TRUE(ini.GetString(nullptr, nullptr, nullptr, false).IsEmpty());
-    EXPECT_TRUE(ini.Delete(nullptr, nullptr));
-    EXPECT_EQ("<|>{a:}", ini.Model());
-}
-
 TEST_F(IniEditTest, FailedAllocationLosesNoLine) {
-    const std::string lines[] = {"; first",   "[one] tail", "a=1", "; note",
-                                 "free text", "[two]",      "=x",  "z=26"};
+    const char* const lines[] = {"; first", "[one] tail", "a=1", "free text", "[two]", "=x", "z=26"};
     std::string text;
-    for (const std::string& line : lines)
+    for (const std::string line : lines)
         text += line + "\r\n";
-    const Edit script = [](OpenIni& i) {
-        CStringArray keys;
-        CzynINI::KeyValArray pairs(8);
-        i.GetString("one", "new", "default", true);
-        i.WriteString("three", "k", "v", "with a comment");
-        i.WriteInt("two", "number", 5, nullptr);
-        i.RenameParam("three", "k", "l");
-        i.GetListKeys("two", keys);
-        i.GetListKeysVals("two", pairs);
-        i.SetWriteMode(false);
-        i.Delete("two", "number");
-        i.RenameGroupe("three", "four");
-        i.Flush();
-    };
-    const SilentApplication silent; // arrays that cannot grow show a message box
-    for (const auto kind : {FailingNew::once, FailingNew::onwards})
-        for (long n = 1, failures = 1; failures > 0; ++n) {
+    for (const auto kind : {FailingNew::once, FailingNew::onwards}) {
+        bool comesThrough = false;
+        for (long n = 1; !comesThrough; ++n) {
             folder.Write("f.ini", text);
             OpenIni object(folder.Path("f.ini"));
-            {
-                const FailingNew failing(n, kind);
-                try {
-                    script(object);
-                } catch (const std::bad_alloc&) {
-                }
-                failures = failing.Failures();
-            }
+            comesThrough = !FailsAt(n, kind, [&] {
+                CStringArray keys;
+                CzynINI::KeyValArray pairs(8);
+                object.GetString("one", "new", "default", true);
+                object.WriteString("three", "k", "v", "with a comment");
+                object.WriteInt("two", "number", 5, nullptr);
+                object.RenameParam("three", "k", "l");
+                object.GetListKeys("two", keys);
+                object.GetListKeysVals("two", pairs);
+                object.SetWriteMode(false);
+                object.Delete("two", "number");
+                object.RenameGroupe("three", "four");
+                object.Flush();
+            });
             object.SetWriteMode(true);
             EXPECT_TRUE(object.WriteString("after", "k", "v", nullptr)) << n;
             const std::string file = "\r\n" + File();
-            for (const std::string& line : lines) {
-                const std::size_t at = file.find("\r\n" + line + "\r\n");
-                ASSERT_NE(file.npos, at) << n << line << file;
-                EXPECT_EQ(file.npos, file.find("\r\n" + line + "\r\n", at + 1)) << n << line << file;
+            for (const char* line : lines) {
+                const std::string wanted = std::string("\r\n") + line + "\r\n";
+                ASSERT_NE(file.npos, file.find(wanted)) << n << file;
+                EXPECT_EQ(file.find(wanted), file.rfind(wanted)) << n << file;
             }
         }
+    }
 }
 
 TEST_F(IniEditTest, FailedAllocationOfALineHasAText) {
-    const SilentApplication silent;
-    const std::string section("Ошибка при выделении памяти под объект секции ini"_cp1251);
-    const std::string option("Ошибка при выделении памяти под объект опции ini"_cp1251);
     Load("[s]\n");
     ini.SetWriteMode(false);
     const struct {
         const char* section;
-        std::string text;
-    } cases[] = {{"new", section}, {"s", option}};
+        const char* error;
+    } cases[] = {{"new", "Ошибка при выделении памяти под объект секции ini"_cp1251},
+                 {"s", "Ошибка при выделении памяти под объект опции ini"_cp1251}};
     for (const auto& c : cases) {
-        bool seen = false;
-        for (long n = 1, failures = 1; failures > 0 && !seen; ++n) {
-            const FailingNew failing(n);
-            try {
-                const bool made = ini.FindCreateOption(c.section, "k", true, nullptr);
-                seen = !made && ini.m_sErr.View() == c.text;
-            } catch (const std::bad_alloc&) {
-            }
-            failures = failing.Failures();
-        }
-        EXPECT_TRUE(seen) << c.section;
+        bool told = false;
+        const auto create = [&] {
+            told = !ini.FindCreateOption(c.section, "k", true, nullptr) && ini.m_sErr.View() == c.error;
+        };
+        for (long n = 1; !told && FailsAt(n, FailingNew::once, create);)
+            ++n;
+        EXPECT_TRUE(told) << c.section;
     }
 }

@@ -1,11 +1,10 @@
 #include "support/ini_model.h"
-#include "support/temp_folder.h"
 #include "zynplatform/cp1251.h"
-#include "zynplatform/file.h"
 #include "zynplatform/syserror.h"
 
 #include <gtest/gtest.h>
 #include <random>
+#include <utility>
 #include <vector>
 
 using namespace std::string_literals;
@@ -20,119 +19,71 @@ std::string Parsed(std::string_view text, bool state = false) {
 }
 
 // The rules of the format, one character at a time, with nothing shared with the library.
-class SlowReader {
-public:
-    struct Line {
-        std::string key, value;
-        bool emptyKey = false;
-    };
+std::string ReadSlowly(const std::string& text) {
     struct Section {
-        std::string name, tail;
-        std::vector<Line> lines;
-        int insertPos = 0;
-        int flags = 0;
+        std::string name, tail, lines;
+        int count = 0, insertPos = 0, flags = 0;
     };
-
-    std::string Read(const std::string& text) {
-        for (std::size_t i = 0; i < text.size(); ++i) {
-            const char before = i > 0 ? text[i - 1] : 'x';
-            const char after = i + 1 < text.size() ? text[i + 1] : 'x';
-            Take(text[i], before, after);
-        }
-        std::string model;
-        for (const Section& s : m_sections) {
-            model += "<" + s.name + "|" + s.tail + "|" + std::to_string(s.insertPos) + "|" +
-                     std::to_string(s.flags) + ">";
-            for (const Line& line : s.lines)
-                model += "{" + std::string(line.emptyKey ? "=" : "") + line.key + ":" + line.value + "}";
-        }
-        return model;
-    }
-
-private:
-    void Take(char ch, char before, char after) {
+    std::vector<Section> sections;
+    bool hasSection = false, hasLine = false, header = false, value = false, comment = false;
+    std::string token;
+    const auto create = [&] {
+        sections.emplace_back();
+        hasSection = true;
+    };
+    const auto addLine = [&](const std::string& key, const char* mark) {
+        if (!hasSection) create();
+        Section& section = sections.back();
+        section.lines += "{" + (mark + key) + ":";
+        ++section.count;
+        if (key != "") section.insertPos = section.count;
+        hasLine = true;
+    };
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char ch = text[i], before = i > 0 ? text[i - 1] : 'x', after = text.c_str()[i + 1];
         if (ch == ';' || ch == '#') {
-            if (!m_value && !m_header) m_comment = true;
-            m_token += ch;
-        } else if (ch == '[') {
-            if (m_value || m_comment) {
-                m_token += ch;
-                return;
-            }
-            if (m_hasSection && !m_header) m_hasSection = false;
-            m_header = true;
-            if (!m_hasSection) {
-                Create("");
-                m_sections.back().flags |= 1;
-            } else {
-                m_token += ch;
-            }
-        } else if (ch == ']') {
-            if (m_value || m_comment) {
-                m_token += ch;
-                return;
-            }
-            if (m_hasSection && !m_header) m_hasSection = false;
-            m_header = true;
-            if (!m_hasSection) Create(m_token);
-            m_sections.back().flags |= 2;
-            m_sections.back().name = m_token;
-            m_token = "";
-        } else if (ch == '=') {
-            if (m_header || m_comment || m_value) {
-                m_token += ch;
-                return;
-            }
-            m_value = true;
-            AddLine(m_token);
-            m_sections.back().lines.back().emptyKey = m_token == "";
-            m_hasLine = true;
-            m_token = "";
+            if (!value && !header) comment = true;
+            token += ch;
+        } else if ((ch == '[' || ch == ']') && !value && !comment) {
+            if (!header) hasSection = false;
+            header = true;
+            const bool isSecond = hasSection;
+            if (!hasSection) create();
+            sections.back().flags |= ch == ']' ? 2 : isSecond ? 0 : 1;
+            if (ch == ']')
+                sections.back().name = std::exchange(token, "");
+            else if (isSecond)
+                token += ch;
+        } else if (ch == '=' && !header && !comment && !value) {
+            value = true;
+            addLine(token, token == "" ? "=" : "");
+            token = "";
         } else if (ch == '\r' && (after == '\n' || before == '\n')) {
         } else if (ch == '\r' || ch == '\n') {
-            EndLine();
+            if (header) {
+                Section& section = sections.back();
+                (section.flags & 2 ? section.tail : section.name) = token;
+            } else {
+                if (!hasLine) addLine("", "");
+                const auto isBlank = [](char c) { return c == ' ' || (c >= '\t' && c <= '\r'); };
+                while (token != "" && isBlank(token.back()))
+                    token.pop_back();
+                while (token != "" && isBlank(token.front()))
+                    token.erase(0, 1);
+                sections.back().lines += token + "}";
+            }
+            token = "";
+            hasLine = header = value = comment = false;
         } else {
-            m_token += ch;
+            token += ch;
         }
     }
-
-    void EndLine() {
-        m_value = m_comment = false;
-        if (m_header) {
-            Section& s = m_sections.back();
-            if (s.flags & 2)
-                s.tail = m_token;
-            else
-                s.name = m_token;
-        } else {
-            if (!m_hasLine) AddLine("");
-            while (m_token != "" && IsBlank(m_token.back()))
-                m_token.pop_back();
-            while (m_token != "" && IsBlank(m_token.front()))
-                m_token.erase(0, 1);
-            m_sections.back().lines.back().value = m_token;
-            m_hasLine = false;
-        }
-        m_token = "";
-        m_header = false;
-    }
-
-    void Create(const std::string& name) {
-        m_sections.push_back({name, "", {}});
-        m_hasSection = true;
-    }
-    void AddLine(const std::string& key) {
-        if (!m_hasSection) Create("");
-        Section& s = m_sections.back();
-        s.lines.push_back({key, ""});
-        if (key != "") s.insertPos = static_cast<int>(s.lines.size());
-    }
-    static bool IsBlank(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
-
-    std::vector<Section> m_sections;
-    bool m_hasSection = false, m_hasLine = false, m_header = false, m_value = false, m_comment = false;
-    std::string m_token;
-};
+    std::string model;
+    for (const Section& s : sections)
+        model += "<" + s.name + "|" + s.tail + "|" + std::to_string(s.insertPos) + "|" +
+                 std::to_string(s.flags) + ">" + s.lines;
+    return model;
+}
 
 // The keys of a file, loaded if that is due, as "a,b,"; "failed" when the load failed.
 std::string Keys(OpenIni& ini) {
@@ -145,52 +96,37 @@ std::string Keys(OpenIni& ini) {
     return all;
 }
 
-struct IniReloadTest : testing::Test {
+class IniReloadTest : public IniFileTest {
+protected:
     IniReloadTest() {
-        folder.Write("f.ini", "[s]\na=1\n");
-        ini.SetINI(folder.Path("f.ini"), false, 0);
-        EXPECT_EQ("a,", Keys(ini));
+        Load("[s]\na=1\n");
         folder.Write("f.ini", "[s]\nb=1\n");
     }
-    StandingClock clock;
-    TempFolder folder;
-    OpenIni ini;
 };
 
 } // namespace
 
 TEST(IniParseTest, EveryKindOfLineIsKept) {
+    // clang-format off
     const struct {
         const char* text;
         const char* model;
     } cases[] = {
-        {"[s]\nkey=value\n", "<s|>{key:value}"},
-        {"[ s ] ; tail \nk=v\n", "< s | ; tail >{k:v}"},
-        {" [s]\n", "< s|>"},
-        {"before[s]after\n", "<befores|after>"},
-        {"[name without end \n", "<name without end |>"},
-        {"name] tail\n", "<name| tail>"},
-        {"[a]b]\n", "<b|>"},
-        {"[a[b]\n", "<a[b|>"},
-        {"[a=b;c#d]e=f\n", "<a=b;c#d|e=f>"},
-        {"[]\n", "<|>"},
-        {" key = value \n", "<|>{ key :value}"},
-        {"k=\t a;b#c=[d] \t\n", "<|>{k:a;b#c=[d]}"},
-        {"= v\n", "<|>{=:v}"},
-        {"=\n", "<|>{=:}"},
-        {"==\n", "<|>{=:=}"},
-        {" ; [a]=b \n", "<|>{:; [a]=b}"},
-        {"key # not = a pair\n", "<|>{:key # not = a pair}"},
-        {" free text \n", "<|>{:free text}"},
-        {"\n \n", "<|>{:}{:}"},
-        {"a=1\n[s]\na=2\n[s]\na=3\na=4\n", "<|>{a:1}<s|>{a:2}<s|>{a:3}{a:4}"},
-        {"a=1\r\nb=2\rc=3\nd=4\n\re=5\n", "<|>{a:1}{b:2}{c:3}{d:4}{e:5}"},
-        {"a\r\rb\n", "<|>{:a}{:}{:b}"},
-        {"a\n\r\nb\n", "<|>{:a}{:}{:b}"},
-        {"[a]\n[b\n]c\n", "<a|><b|><|c>"},
-        {"x=1\n]\n", "<|>{x:1}<|>"},
-        {"", ""},
+        {"[s]\nkey=value\n", "<s|>{key:value}"},       {"[ s ] ; tail \nk=v\n", "< s | ; tail >{k:v}"},
+        {" [s]\n", "< s|>"},                           {"before[s]after\n", "<befores|after>"},
+        {"[no end \n", "<no end |>"},                  {"name] tail\n", "<name| tail>"},
+        {"[a]b]\n", "<b|>"},                           {"[a[b]\n", "<a[b|>"},
+        {"[]\n", "<|>"},                               {"[a=b;c#d]e=f\n", "<a=b;c#d|e=f>"},
+        {" key = value \n", "<|>{ key :value}"},       {"k=\t a;b#c=[d] \t\n", "<|>{k:a;b#c=[d]}"},
+        {"= v\n", "<|>{=:v}"},                         {"==\n", "<|>{=:=}"},
+        {"=\n", "<|>{=:}"},                            {" ; [a]=b \n", "<|>{:; [a]=b}"},
+        {" free text \n", "<|>{:free text}"},          {"key # not = a pair\n", "<|>{:key # not = a pair}"},
+        {"\n \n", "<|>{:}{:}"},                        {"a=1\r\nb=2\rc=3\nd=4\n\re=5\n", "<|>{a:1}{b:2}{c:3}{d:4}{e:5}"},
+        {"a\r\rb\n", "<|>{:a}{:}{:b}"},               {"a\n\r\nb\n", "<|>{:a}{:}{:b}"},
+        {"x=1\n]\n", "<|>{x:1}<|>"},                   {"[a]\n[b\n]c\n", "<a|><b|><|c>"},
+        {"", ""},                                      {"a=1\n[s]\na=2\n[s]\na=3\na=4\n", "<|>{a:1}<s|>{a:2}<s|>{a:3}{a:4}"},
     };
+    // clang-format on
     for (const auto& c : cases)
         EXPECT_EQ(c.model, Parsed(c.text)) << testing::PrintToString(c.text);
 }
@@ -203,25 +139,17 @@ TEST(IniParseTest, AgreesWithTheRulesOnRandomTexts) {
         for (std::size_t length = random() % 24; text.size() < length;)
             text += letters[random() % letters.size()];
         text += '\n';
-        ASSERT_EQ(SlowReader().Read(text), Parsed(text, true)) << testing::PrintToString(text);
+        ASSERT_EQ(ReadSlowly(text), Parsed(text, true)) << testing::PrintToString(text);
     }
 }
 
-TEST(IniParseTest, LastLineNeedsNoLineEnd) {
-    const TempFolder folder;
+TEST_F(IniReloadTest, LastLineNeedsNoLineEnd) {
     const struct {
         const char* text;
         const char* model;
-    } cases[] = {
-        {"[s]\nk=v", "<s|>{k:v}"},
-        {"[s", "<s|>"},
-        {"k=v\r", "<|>{k:v}"},
-        {"\r\n", "<|>{:}"},
-    };
+    } cases[] = {{"[s]\nk=v", "<s|>{k:v}"}, {"[s", "<s|>"}, {"k=v\r", "<|>{k:v}"}, {"\r\n", "<|>{:}"}};
     for (const auto& c : cases) {
-        folder.Write("f.ini", c.text);
-        OpenIni ini(folder.Path("f.ini"));
-        EXPECT_TRUE(ini.Parse());
+        Load(c.text);
         EXPECT_EQ(c.model, ini.Model()) << testing::PrintToString(c.text);
     }
 }
@@ -266,16 +194,14 @@ TEST_F(IniReloadTest, DoesNotHappenInDeferredMode) {
 
 TEST_F(IniReloadTest, FailedOpenKeepsTheModelAndIsTriedAgainAtOnce) {
     clock.Pass(1001);
-    zynplatform::FileHandle other;
-    ASSERT_EQ(0u, zynplatform::OpenFile(folder.Path("f.ini"), {.deny = zynplatform::accessRead}, other));
     for (int attempt = 0; attempt < 2; ++attempt) {
+        const OtherHandle other(folder.Path("f.ini"), {.deny = zynplatform::accessRead});
         EXPECT_EQ("failed", Keys(ini));
         EXPECT_EQ("<s|>{a:1}", ini.Model());
         EXPECT_EQ(CStringA("Ошибка при открытии файла: "_cp1251) +
                       zynplatform::DescribeSystemError(zynplatform::errorSharingViolation),
                   ini.GetErrDescription());
     }
-    zynplatform::CloseFile(other);
     EXPECT_EQ("b,", Keys(ini));
     EXPECT_TRUE(ini.GetErrDescription().IsEmpty());
 }
@@ -283,12 +209,9 @@ TEST_F(IniReloadTest, FailedOpenKeepsTheModelAndIsTriedAgainAtOnce) {
 TEST_F(IniReloadTest, UnreadableContentEmptiesTheModelAndLeavesTheEncoding) {
     const std::string beyond("\xFF\xFE\0\0\0\xF6\1\0\n\0\0\0", 12); // U+1F600 in UCS-4
     for (const std::string& content : {""s, beyond}) {
-        folder.Write("f.ini", "\xEF\xBB\xBF[s]\na=1\n");
-        ini.SetNeedReload();
-        EXPECT_EQ("a,", Keys(ini));
-        folder.Write("f.ini", content);
-        ini.SetNeedReload();
-        EXPECT_TRUE(ini.Parse());
+        Load("\xEF\xBB\xBF[s]\na=1\n");
+        EXPECT_EQ("<s|>{a:1}", ini.Model());
+        Load(content);
         EXPECT_EQ("", ini.Model());
         EXPECT_EQ(zynEncUTF8, ini.m_nEncoding);
     }
@@ -306,17 +229,16 @@ TEST_F(IniReloadTest, MissingFileChangesNothingAndIsNotMade) {
 }
 
 TEST_F(IniReloadTest, FindsOutWhetherTheFileIsThereAndWritable) {
-    OpenIni late;
-    late.SetINI(folder.Path("late.ini"), false, 0);
-    EXPECT_FALSE(late.isFileExist());
+    ini.SetINI(folder.Path("late.ini"), false, 0);
+    EXPECT_FALSE(ini.isFileExist());
     folder.Write("late.ini", "[s]\n");
-    zynplatform::FileHandle other;
-    ASSERT_EQ(0u, zynplatform::OpenFile(folder.Path("late.ini"), {.deny = zynplatform::accessWrite}, other));
-    EXPECT_TRUE(late.Parse());
-    EXPECT_TRUE(late.isFileExist());
-    EXPECT_TRUE(late.m_bReadOnly);
-    zynplatform::CloseFile(other);
+    {
+        const OtherHandle other(folder.Path("late.ini"), {.deny = zynplatform::accessWrite});
+        EXPECT_TRUE(ini.Parse());
+    }
+    EXPECT_TRUE(ini.isFileExist());
+    EXPECT_TRUE(ini.m_bReadOnly);
     clock.Pass(1001);
-    EXPECT_TRUE(late.Parse());
-    EXPECT_FALSE(late.m_bReadOnly);
+    EXPECT_TRUE(ini.Parse());
+    EXPECT_FALSE(ini.m_bReadOnly);
 }

@@ -22,18 +22,15 @@ protected:
 class FullDisk {
 public:
     explicit FullDisk(rlim_t length) {
+        std::signal(SIGXFSZ, SIG_IGN);
         getrlimit(RLIMIT_FSIZE, &m_before);
         const rlimit lowered{length, m_before.rlim_max};
         setrlimit(RLIMIT_FSIZE, &lowered);
     }
-    ~FullDisk() {
-        setrlimit(RLIMIT_FSIZE, &m_before);
-        std::signal(SIGXFSZ, m_handler);
-    }
+    ~FullDisk() { setrlimit(RLIMIT_FSIZE, &m_before); }
 
 private:
     rlimit m_before{};
-    void (*m_handler)(int) = std::signal(SIGXFSZ, SIG_IGN);
 };
 
 // A text of the basic plane in an encoding, behind a mark when wanted.
@@ -73,22 +70,15 @@ TEST_F(IniSaveTest, LayoutIsHeadersNumberedPairsAndTheRest) {
         const char* text;
         const char* saved;
     } cases[] = {
-        {"[s]\n10=a\nx=b\n2=c\n", "[s]\r\n2=c\r\n10=a\r\nx=b\r\n"},
-        {"[s]\n; c\n3=\n-1=m\n\n003=z\n", "[s]\r\n-1=m\r\n003=z\r\n; c\r\n\r\n"},
-        {"[s]\n1=a\n01=b\n-=c\n1=d\n", "[s]\r\n-=c\r\n1=a\r\n01=b\r\n1=d\r\n"},
-        {"[s]\n 1=a\n1 =b\n0=z\n", "[s]\r\n0=z\r\n 1=a\r\n1 =b\r\n"},
-        {"[a]\n2=x\n[b]\n1=y\n", "[a]\r\n2=x\r\n\r\n[b]\r\n1=y\r\n"},
-        {"[a]\nk=v\n[b]\n", "[a]\r\nk=v\r\n\r\n[b]\r\n"},
-        {"[a]\nk=v\n; c\n[b]\n", "[a]\r\nk=v\r\n; c\r\n[b]\r\n"},
-        {"[a]\nk=v\n\n[b]\n", "[a]\r\nk=v\r\n\r\n[b]\r\n"},
-        {"[a]\n[b]\n", "[a]\r\n\r\n[b]\r\n"},
-        {"[a]\nx=1\n5=\n[b]\n", "[a]\r\nx=1\r\n\r\n[b]\r\n"},
+        {"[s]\n10=a\nx=b\n2=c\n", "[s]\r\n2=c\r\n10=a\r\nx=b\r\n"},             {"[s]\n; c\n3=\n-1=m\n\n003=z\n", "[s]\r\n-1=m\r\n003=z\r\n; c\r\n\r\n"},
+        {"[s]\n1=a\n01=b\n-=c\n1=d\n", "[s]\r\n-=c\r\n1=a\r\n01=b\r\n1=d\r\n"}, {"[s]\n 1=a\n1 =b\n0=z\n", "[s]\r\n0=z\r\n 1=a\r\n1 =b\r\n"},
+        {"[a]\n2=x\n[b]\n1=y\n", "[a]\r\n2=x\r\n\r\n[b]\r\n1=y\r\n"},           {"[a]\nk=v\n[b]\n", "[a]\r\nk=v\r\n\r\n[b]\r\n"},
+        {"[a]\nk=v\n; c\n[b]\n", "[a]\r\nk=v\r\n; c\r\n[b]\r\n"},               {"[a]\nk=v\n\n[b]\n", "[a]\r\nk=v\r\n\r\n[b]\r\n"},
+        {"[a]\n[b]\n", "[a]\r\n\r\n[b]\r\n"},                                   {"[a]\nx=1\n5=\n[b]\n", "[a]\r\nx=1\r\n\r\n[b]\r\n"},
         {"[a]\n;\n5=\n[b]\n", "[a]\r\n;\r\n\r\n[b]\r\n"},       // the pair left out counts as the last line
         {"[a]\nx=1\n=2\n[b]\n", "[a]\r\nx=1\r\n=2\r\n[b]\r\n"}, // a pair without a key is no pair here
-        {"x=1\n[a]\n", "x=1\r\n\r\n[a]\r\n"},
-        {"[a] ; tail\n[]\nk=v\n[b\n", "[a] ; tail\r\nk=v\r\n\r\n[b]\r\n"},
-        {" k = v \n=e\n free \n", " k =v\r\n=e\r\nfree\r\n"},
-        {"\n", "\r\n"},
+        {"x=1\n[a]\n", "x=1\r\n\r\n[a]\r\n"},                                   {"[a] ; tail\n[]\nk=v\n[b\n", "[a] ; tail\r\nk=v\r\n\r\n[b]\r\n"},
+        {" k = v \n=e\n free \n", " k =v\r\n=e\r\nfree\r\n"},                   {"\n", "\r\n"},
         {"a\rb\n\rc\n", "a\r\nb\r\nc\r\n"},
     };
     // clang-format on
@@ -153,11 +143,8 @@ TEST_F(IniSaveTest, NewFileIsMadeInTheCodePageWithAnEmptyBackup) {
 }
 
 TEST_F(IniSaveTest, DeferredEditsAreWrittenWhenTheModeChanges) {
-    using Change = bool (*)(OpenIni&);
-    for (const Change change : {Change([](OpenIni& i) { return i.Flush(); }), Change([](OpenIni& i) {
-                                    i.SetWriteMode(true);
-                                    return true;
-                                })}) {
+    for (const bool byFlush : {true, false}) {
+        const auto change = [&] { return byFlush ? ini.Flush() : (ini.SetWriteMode(true), true); };
         Load("[s]\nk=1\n");
         folder.Write("f.ini", "[s]\nk=0\nnew=1\n");
         clock.Pass(1001);
@@ -167,11 +154,11 @@ TEST_F(IniSaveTest, DeferredEditsAreWrittenWhenTheModeChanges) {
         EXPECT_TRUE(ini.Delete("s", "new"));
         ini.SetWriteMode(false);
         EXPECT_EQ("[s]\nk=0\nnew=1\n", File());
-        EXPECT_TRUE(change(ini));
+        EXPECT_TRUE(change());
         EXPECT_EQ("[s]\r\nk=2\r\ni=3\r\n", File());
         EXPECT_TRUE(ini.m_bWriteMode);
         folder.Write("f.ini", "untouched");
-        EXPECT_TRUE(change(ini)); // nothing to do in write-through mode
+        EXPECT_TRUE(change()); // nothing to do in write-through mode
         EXPECT_EQ("untouched", File());
     }
 }
@@ -208,8 +195,8 @@ TEST_F(IniSaveTest, FullDiskLeavesTheOldTextWhole) {
     const char* const temp = getenv("TMPDIR");
     const std::string tempBefore = temp ? temp : "";
     for (const rlim_t room : {old.size() - 1, old.size()}) // without and with room for the backup
-        for (const char* tempFolder : {"", "/no/such/folder", folder.Native().c_str()}) {
-            *tempFolder ? setenv("TMPDIR", tempFolder, 1) : unsetenv("TMPDIR");
+        for (const std::string& tempFolder : {""s, "/no/such/folder"s, folder.Native().string()}) {
+            tempFolder.empty() ? unsetenv("TMPDIR") : setenv("TMPDIR", tempFolder.c_str(), 1);
             std::filesystem::remove(folder.Native("f.ini.bak"));
             Load(old);
             {
@@ -227,49 +214,32 @@ TEST_F(IniSaveTest, FullDiskLeavesTheOldTextWhole) {
 }
 
 TEST_F(IniSaveTest, PathsAreExpandedFromTheFilesFolder) {
-    const auto info = [](const char* from, const char* to) {
-        CStringA text;
-        text.Format("Путь из ini '%s' заменен полным путем '%s'"_cp1251, from, to);
-        return text;
+    // clang-format off
+    enum { silent, notice, noPath, noParentPath, atRoot };
+    const char* const messages[] = {
+        "",
+        "Путь из ini '%s' заменен полным путем '%s'"_cp1251,
+        "Отсутствует полный путь к ini, преобразование путей из ini не выполнено!"_cp1251,
+        "Отсутствует полный путь к ini; преобразование путя '%s' из ini не выполнено!"_cp1251,
+        "Полный путь к ini начинается от корня файловой системы; преобразование путя '%s' из ini не выполнено!"_cp1251,
     };
-    const auto warning = [](const char* format, const char* path) {
-        CStringA text;
-        text.Format(format, path);
-        return text;
-    };
-    const char* const noPath =
-        "Отсутствует полный путь к ini, преобразование путей из ini не выполнено!"_cp1251;
-    const char* const noParentPath =
-        "Отсутствует полный путь к ini; преобразование путя '%s' из ini не выполнено!"_cp1251;
-    const char* const atRoot =
-        "Полный путь к ini начинается от корня файловой системы; преобразование путя '%s' из ini не выполнено!"_cp1251;
     const struct {
         const char* ini;
         const char* path;
         const char* expanded;
-        CStringA notice, warning;
+        int message;
     } cases[] = {
-        {"\\a\\b\\f.ini", ".\\x\\y", "\\a\\b\\x\\y", info(".\\x\\y", "\\a\\b\\x\\y"), ""},
-        {"\\a\\b\\f.ini", ".\\", "\\a\\b\\", info(".\\", "\\a\\b\\"), ""},
-        {"\\a\\b\\f.ini", ".\\x \t", "\\a\\b\\x", info(".\\x \t", "\\a\\b\\x \t"), ""},
-        {"\\a\\b\\f.ini", "..\\x", "\\a\\x", info("..\\x", "\\a\\x"), ""},
-        {"\\a\\b\\f.ini", "..\\..\\x", "\\a\\..\\x", info("..\\..\\x", "\\a\\..\\x"), ""},
-        {"\\f.ini", ".\\x", "\\x", info(".\\x", "\\x"), ""},
-        {"\\f.ini", "..\\x ", "..\\x", "", warning(atRoot, "..\\x ")},
-        {"c:\\f.ini", ".\\x", "c:\\x", info(".\\x", "c:\\x"), ""},
-        {"c:\\f.ini", "..\\x", "..\\x", "", warning(atRoot, "..\\x")},
-        {"f.ini", ".\\x", ".\\x", "", noPath},
-        {"f.ini", "..\\x", "..\\x", "", warning(noParentPath, "..\\x")},
-        {"\\a\\f.ini", "./x", "./x", "", ""},
-        {"\\a\\f.ini", " .\\x", " .\\x", "", ""},
-        {"\\a\\f.ini", "...\\x", "...\\x", "", ""},
-        {"\\a\\f.ini", "..", "..", "", ""},
-        {"\\a\\f.ini", "\"\"c:\\d e\"\" ", "c:\\d e", "", ""},
-        {"\\a\\f.ini", "\"half", "\"half", "", ""},
-        {"\\a\\f.ini", "\"", "", "", ""},
-        {"\\a\\f.ini", " \t", "", "", ""},
-        {"\\a\\f.ini", "", "", "", ""},
+        {R"(\a\b\f.ini)", R"(.\x\y)", R"(\a\b\x\y)", notice},  {R"(\a\b\f.ini)", R"(.\)", R"(\a\b\)", notice},
+        {R"(\a\b\f.ini)", R"(..\x)", R"(\a\x)", notice},       {R"(\a\b\f.ini)", R"(..\..\x)", R"(\a\..\x)", notice},
+        {R"(\f.ini)", R"(.\x)", R"(\x)", notice},               {R"(\f.ini)", "..\\x ", R"(..\x)", atRoot},
+        {R"(c:\f.ini)", R"(.\x)", R"(c:\x)", notice},           {R"(c:\f.ini)", R"(..\x)", R"(..\x)", atRoot},
+        {"f.ini", R"(.\x)", R"(.\x)", noPath},                  {"f.ini", R"(..\x)", R"(..\x)", noParentPath},
+        {R"(\a\f.ini)", "./x", "./x", silent},                  {R"(\a\f.ini)", R"( .\x)", R"( .\x)", silent},
+        {R"(\a\f.ini)", R"(...\x)", R"(...\x)", silent},        {R"(\a\f.ini)", "..", "..", silent},
+        {R"(\a\f.ini)", R"(""c:\d e"" )", R"(c:\d e)", silent}, {R"(\a\f.ini)", R"("half)", R"("half)", silent},
+        {R"(\a\f.ini)", R"(")", "", silent},                    {R"(\a\f.ini)", " \t", "", silent},
     };
+    // clang-format on
     for (const bool print : {true, false})
         for (const auto& c : cases) {
             ini.m_sIniName = c.ini;
@@ -280,18 +250,17 @@ TEST_F(IniSaveTest, PathsAreExpandedFromTheFilesFolder) {
             EXPECT_EQ(c.expanded, ini.ExpandPath(c.path)) << c.ini << " " << c.path;
             const std::string output = testing::internal::GetCapturedStdout();
             EXPECT_EQ(print, g_bShow_zynMessageBox_Warning);
-            g_bShow_zynMessageBox_Warning = true;
 
-            const bool warned = !c.warning.IsEmpty(), noted = !c.notice.IsEmpty();
-            const CStringA shown = warned           ? "\n\nzyn Warning: " + c.warning
-                                   : noted && print ? "\n\n" + c.notice
-                                                    : CStringA();
-            const CStringA collected = warned            ? "old\n" + c.warning
-                                       : noted && !print ? "old\n" + c.notice
-                                                         : CStringA("old");
-            EXPECT_EQ(shown.View(), output) << c.ini << " " << c.path;
-            EXPECT_EQ(collected, ini.GetErrDescription()) << c.ini << " " << c.path;
+            CStringA message;
+            message.Format(messages[c.message], c.path, c.expanded);
+            const bool warned = c.message > notice;
+            const bool shown = warned || (c.message == notice && print);
+            const bool kept = warned || (c.message == notice && !print);
+            EXPECT_EQ(shown, !output.empty()) << c.path;
+            EXPECT_TRUE(!shown || output.ends_with(message.View())) << output;
+            EXPECT_EQ(kept ? "old\n" + message : CStringA("old"), ini.m_sErr) << c.path;
         }
+    g_bShow_zynMessageBox_Warning = true;
     ini.m_sErr.Empty();
     ini.PrintInfoWithSaveFlags("100%s");
     EXPECT_EQ("100%s", ini.GetErrDescription());

@@ -1,255 +1,307 @@
 #include "zynaggr/zynfile.h"
 
 #include "support/temp_folder.h"
+#include "zynhost/application.h"
 #include "zynplatform/cp1251.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <map>
+#include <sys/stat.h>
 #include <vector>
 
 using namespace zynplatform::literals;
+namespace fs = std::filesystem;
 
 namespace {
 
-constexpr unsigned allOnes = ~0u;
+constexpr std::uint64_t failed64 = ~std::uint64_t{0};
 
-TEST(ZynFileTest, FlagsDecideWhatMayBeDoneWithTheFile) {
-    const struct {
-        unsigned flags;
-        bool makesMissing, reads;
-        const char* afterWriting; // "xy" at position 0 of a file that held "12345"; null: not writable
-    } cases[] = {
-        {0x0000, false, true, nullptr},   // rb
-        {0x4000, false, true, nullptr},   // rt
-        {0x0002, false, true, "xy345"},   // r+b
-        {0x4002, false, true, "xy345"},   // r+t
-        {0x0001, true, false, "12345xy"}, // ab
-        {0x0003, true, false, "12345xy"}, // ab
-        {0x1000, true, true, "xy"},       // w+b
-        {0x1002, true, true, "xy"},       // w+b
-        {0x1001, true, false, "xy"},      // wb
-        {0x3001, true, false, "12345xy"}, // ab
-        {0x3002, true, true, "12345xy"},  // a+b
+TEST(ZynFile, OpenFlagsActAsTheModeStringTheyMean) {
+    const std::pair<unsigned, std::string> cases[] = {
+        {0x0000, "rb"},  {0x0001, "ab"}, {0x0002, "r+b"}, {0x0003, "ab"},  {0x1000, "w+b"}, {0x1001, "wb"},
+        {0x1002, "w+b"}, {0x1003, "wb"}, {0x3000, "a+b"}, {0x3041, "ab"},  {0x3002, "a+b"}, {0x2002, "r+b"},
+        {0x4020, "rt"},  {0x4001, "at"}, {0x4002, "r+t"}, {0x5000, "w+t"}, {0x7002, "a+t"}, {0x8F80, "rb"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.flags);
+    for (const auto& [flags, mode] : cases) {
+        SCOPED_TRACE(mode);
+        const bool text = mode.back() == 't', update = mode[1] == '+';
         const TempFolder folder;
-        CzynFile missing, file;
-        EXPECT_EQ(c.makesMissing ? 1 : 0, missing.Open(folder.Path("new"), c.flags, nullptr));
-        EXPECT_EQ(c.makesMissing, folder.Has("new"));
-        folder.Write("f", "12345");
-        ASSERT_EQ(1, file.Open(folder.Path("f"), c.flags, nullptr));
-        char byte = 0;
-        const bool empties = (c.flags & 0x3000) == 0x1000;
-        EXPECT_EQ(c.reads && !empties ? 1u : 0u, file.Read(&byte, 1));
-        file.Seek(0, 0);
-        EXPECT_EQ(c.afterWriting != nullptr, file.Write("xy", 2));
+        CzynFile file;
+        EXPECT_EQ(file.Open(folder.Path("new"), flags, nullptr), mode[0] != 'r');
+        EXPECT_EQ(folder.Has("new"), mode[0] != 'r');
+        folder.Write("f", "old\r\n\rx");
+        ASSERT_EQ(file.Open(folder.Path("f"), flags, nullptr), 1);
+        file.SeekToBegin();
+        char bytes[20];
+        const std::string found(bytes, file.Read(bytes, sizeof bytes));
+        std::string content = mode[0] == 'w' ? "" : "old\r\n\rx";
+        EXPECT_EQ(found, mode == "rt" || mode == "r+t" || mode == "a+t" ? "old\n\rx"
+                         : mode[0] == 'r' || update                     ? content
+                                                                        : "");
+        file.SeekToBegin();
+        EXPECT_EQ(file.WriteString("W\n"), mode[0] != 'r' || update);
         EXPECT_TRUE(file.Close());
-        EXPECT_EQ(c.afterWriting ? c.afterWriting : "12345", folder.Read("f"));
+        if (mode[0] != 'r' || update)
+            content.replace(mode[0] == 'a' ? content.size() : 0, text ? 3 : 2, text ? "W\r\n" : "W\n");
+        EXPECT_EQ(folder.Read("f"), content);
     }
 }
 
-TEST(ZynFileTest, ShareBitsDenyOthers) {
+TEST(ZynFile, ShareBitsSayWhatOthersMayDo) {
     const TempFolder folder;
-    folder.Write("f", "x");
     const struct {
         unsigned share;
-        bool othersRead, othersWrite;
-    } cases[] = {{0x00, true, true},
-                 {0x40, true, true},
-                 {0x20, true, false},
-                 {0x30, false, true},
-                 {0x10, false, false}};
-    for (const auto& c : cases) {
-        CzynFile holder, reader, writer;
-        ASSERT_EQ(1, holder.Open(folder.Path("f"), c.share, nullptr));
-        CFileException error;
-        EXPECT_EQ(c.othersRead, reader.Open(folder.Path("f"), 0, &error) == 1) << c.share;
-        EXPECT_EQ(c.othersRead ? 0 : CFileException::sharingViolation, error.m_cause);
-        EXPECT_EQ(c.othersWrite, writer.Open(folder.Path("f"), 1, nullptr) == 1) << c.share;
-    }
+        bool reads, writes; // what others may do
+    } cases[] = {
+        {0, true, true}, {0x10, false, false}, {0x20, true, false}, {0x30, false, true}, {0x40, true, true}};
+    for (const auto& c : cases)
+        for (const unsigned access : {0u, 2u, 0x1001u}) {
+            folder.Write("f", "old");
+            CzynFile first, second;
+            CFileException error;
+            ASSERT_TRUE(first.Open(folder.Path("f"), c.share, nullptr));
+            const bool allowed = (access == 0 || c.writes) && (access == 0x1001 || c.reads);
+            EXPECT_EQ(second.Open(folder.Path("f"), access, &error), allowed) << c.share << ' ' << access;
+            EXPECT_EQ(error.m_lOsError, allowed ? -1 : 32);
+            EXPECT_EQ(folder.Read("f"), allowed && access == 0x1001 ? "" : "old");
+            // What was open before is left behind only once that is decided.
+            EXPECT_EQ(first.Open(folder.Path("f"), 0, nullptr), c.reads && (c.share & 0x10) == 0);
+        }
 }
 
-TEST(ZynFileTest, FailedOpenFillsTheRecord) {
+TEST(ZynFile, FailedOpenFillsTheRecord) {
     const TempFolder folder;
+    const struct {
+        const char* name;
+        int cause, osError;
+    } cases[] = {{"\\none", 2, 2}, {"\\none\\f", 3, 3}, {"", 5, 5}}; // the last one is the folder
     CzynFile file;
     CFileException error;
-    EXPECT_EQ(0, file.Open(folder.Path("none"), 0, &error));
-    EXPECT_EQ(CFileException::fileNotFound, error.m_cause);
-    EXPECT_EQ(2, error.m_lOsError);
-    EXPECT_STREQ(folder.Path("none"), error.m_strFileName);
-    error.m_cause = 0;
-    EXPECT_EQ(0, file.Open(nullptr, 0, &error));
-    EXPECT_EQ(CFileException::fileNotFound, error.m_cause);
-    EXPECT_STREQ(folder.Path("none"), error.m_strFileName);
-    EXPECT_EQ(0, file.Open(folder.Path(), 1, &error)); // a folder
-    EXPECT_EQ(CFileException::accessDenied, error.m_cause);
+    for (const auto& c : cases) {
+        EXPECT_EQ(file.Open(folder.Path() + c.name, 0, &error), 0);
+        EXPECT_EQ(error.m_cause, c.cause);
+        EXPECT_EQ(error.m_lOsError, c.osError);
+        EXPECT_STREQ(error.m_strFileName, folder.Path() + c.name);
+    }
+    EXPECT_EQ(file.Open(nullptr, 0, &error) + file.Open(nullptr, 0, nullptr), 0);
+    EXPECT_EQ(error.m_cause, CFileException::fileNotFound);
+    EXPECT_STREQ(error.m_strFileName, folder.Path());
 }
 
-TEST(ZynFileTest, ClosedFileAndNullsGiveTheirResults) {
+TEST(ZynFile, PositionsAndLengthsAreThoseOfTheFile) {
+    const TempFolder folder;
     CzynFile file;
-    char buffer[4];
+    ASSERT_TRUE(file.Open(folder.Path("f"), 0x1000, nullptr));
+    EXPECT_TRUE(file.Write("0123456789", 10));
+    const struct {
+        std::int64_t offset;
+        unsigned from;
+        std::uint64_t result;
+        std::int64_t position;
+    } seeks[] = {{4, 0, 4, 4}, {2, 1, 6, 6},         {-3, 1, 3, 3},         {-1, 2, 9, 9},
+                 {0, 7, 0, 9}, {-1, 0, failed64, 9}, {-11, 2, failed64, 9}, {5, 2, 15, 15}};
+    for (const auto& s : seeks) {
+        EXPECT_EQ(file.Seek(s.offset, s.from), s.result);
+        EXPECT_EQ(file.GetLength(), 10);
+        EXPECT_EQ(file.GetPosition(), s.position) << s.offset << ' ' << s.from;
+    }
+    EXPECT_TRUE(file.SetLength(4) && file.SetLength(6));
+    EXPECT_FALSE(file.SetLength(std::uint64_t{1} << 63));
+    EXPECT_EQ(file.GetPosition(), 6);
+    EXPECT_EQ(folder.Read("f"), std::string("0123\0\0", 6));
+    char byte = 0;
+    if (file.SetLength(std::uint64_t{5} << 30)) { // where files can be sparse
+        EXPECT_TRUE(file.WriteString("far"));
+        EXPECT_EQ(file.Seek(-2, 2), (std::uint64_t{5} << 30) + 1);
+        EXPECT_EQ(file.Read(&byte, 1), 1u);
+        EXPECT_EQ(byte, 'a');
+    }
+}
+
+TEST(ZynFile, ClosedFileAndNullsAnswerFailure) {
+    CzynFile file;
     CStringA line("old");
-    EXPECT_FALSE(file.Close() || file.Flush() || file.IsFileOpen() || file.SetLength(0));
-    EXPECT_EQ(allOnes, file.Read(buffer, 1));
-    EXPECT_FALSE(file.Write("x", 1));
-    EXPECT_EQ(0u, file.Seek(0, 0));
-    EXPECT_EQ(-1, file.GetPosition());
-    EXPECT_EQ(-1, file.GetLength());
-    EXPECT_EQ(nullptr, file.ReadString(buffer, 4));
-    EXPECT_FALSE(file.ReadString(line));
-    EXPECT_STREQ("", line);
-    const TempFolder folder;
-    ASSERT_EQ(1, file.Open(folder.Path("f"), 0x1002, nullptr));
-    EXPECT_EQ(allOnes, file.Read(nullptr, 1));
-    EXPECT_FALSE(file.Write(nullptr, 1) || file.WriteString(nullptr) || file.SetLength(1ull << 63));
-    EXPECT_TRUE(file.WriteString("abc"));
-    EXPECT_EQ(0u, file.Seek(0, 7));
-    EXPECT_EQ(~0ull, file.Seek(-9, 1));
-    EXPECT_EQ(3, file.GetPosition());
-    EXPECT_EQ(3u, file.SeekToEnd());
-    EXPECT_TRUE(file.SetLength((5ull << 30) + 1)); // beyond 4 GiB
-    EXPECT_EQ((5ll << 30) + 1, file.GetLength());
-    EXPECT_EQ((5ull << 30) - 1, file.Seek(-2, 2));
-    EXPECT_EQ(2u, file.Read(buffer, 4));
+    char byte = 'x';
+    EXPECT_FALSE(file.Close() || file.Flush() || file.Write("x", 1) || file.WriteString("x"));
+    EXPECT_FALSE(file.SetLength(0) || file.ReadString(line) || file.ReadString(&byte, 1));
+    EXPECT_STREQ(line, "");
+    EXPECT_EQ(file.Read(&byte, 1), 0xFFFFFFFF);
+    EXPECT_EQ(file.Seek(0, 0) + file.SeekToEnd(), 0u);
+    EXPECT_EQ(file.GetPosition() + file.GetLength(), -2);
+    if (!file.Open("/dev/full", 1, nullptr)) GTEST_SKIP();
+    EXPECT_EQ(file.Read(nullptr, 1), 0xFFFFFFFF);
+    EXPECT_FALSE(file.Write(nullptr, 1) || file.WriteString(nullptr) || file.ReadString(nullptr, 9));
+    EXPECT_FALSE(file.SetLength(1));
+    EXPECT_TRUE(file.WriteString("lost") && file.Flush());
+    EXPECT_FALSE(file.Close() || file.IsFileOpen());
 }
 
-TEST(ZynFileTest, LinesArriveWhole) {
+TEST(ZynFile, LinesOfAnyLengthArriveWhole) {
     const TempFolder folder;
-    const std::string lines[] = {"",
-                                 "a",
-                                 "with\r",
-                                 std::string(127, 'b'),
-                                 std::string(128, 'c'),
-                                 std::string(129, 'd'),
-                                 std::string(40'000, 'e'),
-                                 std::string("z\0z", 3),
-                                 "last"};
-    std::string text;
+    std::vector<std::string> lines = {"", std::string("z\0z", 3), "\r", "cr\r"};
+    for (const unsigned length : {127u, 128u, 129u, 0u, 255u, 256u, 257u, 50'000u, 0u, 5u})
+        lines.emplace_back(length, static_cast<char>('a' + lines.size()));
+    std::string bytes;
     for (const std::string& line : lines)
-        text += line + "\n";
-    text.pop_back();
-    folder.Write("f", text);
+        bytes += line + '\n';
+    bytes.pop_back();
+    folder.Write("f", bytes);
     CzynFile file;
-    ASSERT_EQ(1, file.Open(folder.Path("f"), 0x20, nullptr));
-    CStringA line;
-    for (const std::string& expected : lines) {
-        EXPECT_TRUE(file.ReadString(line));
-        EXPECT_EQ(expected, line.View());
+    CStringA line("old");
+    for (const unsigned flags : {0x4000u, 0u}) {
+        ASSERT_TRUE(file.Open(folder.Path("f"), flags, nullptr));
+        for (std::string expected : lines) {
+            if (flags != 0 && expected.ends_with('\r')) expected.pop_back();
+            EXPECT_TRUE(file.ReadString(line));
+            EXPECT_TRUE(line.View() == expected) << expected.size() << ' ' << line.GetLength();
+        }
+        EXPECT_FALSE(file.ReadString(line));
+        EXPECT_STREQ(line, "");
     }
-    EXPECT_FALSE(file.ReadString(line));
-    file.SeekToBegin();
-    char buffer[100];
-    EXPECT_STREQ("\n", file.ReadString(buffer, 100));
-    EXPECT_STREQ("a", file.ReadString(buffer, 2));
-    EXPECT_STREQ("\n", file.ReadString(buffer, 2));
+    folder.Write("f", "abc\n\nabcd\nz");
+    ASSERT_TRUE(file.Open(folder.Path("f"), 0, nullptr));
+    char buffer[6];
+    EXPECT_EQ(file.ReadString(buffer, 0), nullptr);
+    EXPECT_STREQ(file.ReadString(buffer, 1), "");
+    for (const char* expected : {"abc\n", "\n", "abcd", "\n", "z"})
+        EXPECT_STREQ(file.ReadString(buffer, 5), expected);
+    EXPECT_EQ(file.ReadString(buffer, 5), nullptr);
 }
 
-TEST(ZynFileTest, CopiesShareTheStream) {
+TEST(ZynFile, CopiesShareTheStreamAndCloseItOnce) {
     const TempFolder folder;
-    folder.Write("f", "abc");
-    CzynFile copy;
+    CzynFile file, other;
+    ASSERT_TRUE(file.Open(folder.Path("f"), 0x1010, nullptr));
     {
-        CzynFile file;
-        ASSERT_EQ(1, file.Open(folder.Path("f"), 0x0010, nullptr));
-        copy = file;
-        char byte;
-        file.Read(&byte, 1);
+        CzynFile copy(file), assigned;
+        assigned = copy;
+        EXPECT_TRUE(file.WriteString("one ") && copy.WriteString("two ") && assigned.WriteString("three"));
     }
-    EXPECT_EQ(1, copy.GetPosition());
-    CzynFile second(copy);
-    EXPECT_TRUE(copy.Close());
-    EXPECT_FALSE(second.IsFileOpen());
-    EXPECT_FALSE(second.Close());
+    EXPECT_TRUE(file.IsFileOpen() && file.Flush());
+    EXPECT_EQ(folder.Read("f"), "one two three");
+    {
+        CzynFile copy(file);
+        EXPECT_TRUE(copy.Close());
+        EXPECT_FALSE(file.IsFileOpen() || file.Close() || copy.Close());
+        ASSERT_TRUE(other.Open(folder.Path("f"), 0x1010, nullptr)); // gets the handle's number
+    }
+    EXPECT_TRUE(other.WriteString("new") && other.Close());
+    EXPECT_EQ(folder.Read("f"), "new");
 }
 
-TEST(ZynFileTest, BackupsRotate) {
+TEST(ZynFileHelpers, NamesDecide) {
     const TempFolder folder;
-    const auto backup = [&](const char* text, int count) {
-        folder.Write("f.ini", text);
-        EXPECT_TRUE(CzynFile::CreateBackupFile(folder.Path("f.ini"), count));
-        EXPECT_EQ(text, folder.Read("f.ini"));
-        EXPECT_FALSE(folder.Has("f.ini.bak.tmp"));
+    folder.Write("f", "x");
+    const CStringA f = folder.Path("f"), g = folder.Path("g"), dir = folder.Path("папка");
+    for (const char* empty : {static_cast<const char*>(nullptr), ""}) {
+        EXPECT_FALSE(CzynFile::Rename(empty, g) || CzynFile::Rename(f, empty) || CzynFile::Remove(empty));
+        EXPECT_FALSE(CzynFile::CreateFolder(empty) || CzynFile::IsFileExist(empty));
+        EXPECT_FALSE(CzynFile::IsFileAttrAllowWrite(empty) || CzynFile::CreateBackupFile(empty, 1));
+        EXPECT_FALSE(CzynFile::CopyFile(empty, g, false, false) || CzynFile::CopyFile(f, empty, false, true));
+    }
+    EXPECT_TRUE(CzynFile::CreateFolder(dir) && CzynFile::CreateFolder(dir) && folder.Has("папка"));
+    EXPECT_FALSE(CzynFile::CreateFolder(folder.Path("none/below")) || CzynFile::Remove(dir));
+    EXPECT_TRUE(CzynFile::IsFileExist(dir) && CzynFile::IsFileExist(f) && !CzynFile::IsFileExist(g));
+    EXPECT_TRUE(CzynFile::IsFileAttrAllowWrite(f) && !CzynFile::IsFileAttrAllowWrite(g));
+    EXPECT_FALSE(CzynFile::CreateBackupFile(g, 1) || folder.Has("g.bak.tmp") || folder.Has("g.bak"));
+    EXPECT_TRUE(CzynFile::CopyFile(f, g, true, false) && !CzynFile::CopyFile(f, g, true, false));
+    EXPECT_TRUE(!CzynFile::Rename(f, g) && CzynFile::Remove(g) && CzynFile::Rename(f, g));
+}
+
+TEST(ZynFileHelpers, NormalizingReplacesWhatAFileNameMayNotHold) {
+    std::string expected(256, '~');
+    const std::string kept = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz !#'()+,-.^_`~";
+    for (const char c : kept + "АБВГДЕЖЗИЙКЛМНОПРСТУФХЦЧШЩЪЫЬЭЮЯабвгдежзийклмнопрстуфхцчшщъыьэюяЁё№"_cp1251)
+        expected[static_cast<unsigned char>(c)] = c;
+    expected['"'] = '\'';
+    expected['*'] = 'x';
+    expected['?'] = expected['\\'] = expected['/'] = '_';
+    CStringA name;
+    for (int byte = 0; byte < 256; ++byte)
+        name += static_cast<char>(byte);
+    CzynFile::NormalizeFileName(name);
+    EXPECT_EQ(name.View(), expected);
+}
+
+// What stands in the files whose names begin with "f.", by the rest of their names.
+std::map<std::string, std::string> BackupsIn(const TempFolder& folder) {
+    std::map<std::string, std::string> backups;
+    for (const auto& entry : fs::directory_iterator(folder.Native()))
+        if (const std::string name = entry.path().filename(); name.size() > 1 && entry.is_regular_file())
+            backups[name.substr(2)] = folder.Read(name);
+    return backups;
+}
+
+TEST(ZynFileHelpers, BackupsRotate) {
+    const struct {
+        int count, runs;
+        std::map<std::string, std::string> before, after;
+    } cases[] = {
+        {1, 2, {}, {{"bak", "2"}}},
+        {3, 5, {}, {{"bak", "5"}, {"01.bak", "4"}, {"02.bak", "3"}}},
+        {0, 1, {{"bak", "b"}, {"01.bak", "a"}}, {{"bak", "1"}, {"01.bak", "a"}}},
+        {3, 1, {{"bak", "b"}, {"02.bak", "old"}}, {{"bak", "1"}, {"01.bak", "b"}}},
+        {3, 1, {{"01.bak", "a"}, {"bak.tmp", "rest"}}, {{"bak", "1"}, {"02.bak", "a"}}},
+        {101, 1, {{"99.bak", "x"}, {"100.bak", "y"}}, {{"bak", "1"}, {"100.bak", "x"}}},
     };
-    EXPECT_FALSE(CzynFile::CreateBackupFile(folder.Path("f.ini"), 1));
-    EXPECT_FALSE(folder.Has("f.ini.bak"));
-    for (const char* text : {"1", "2", "3", "4", "5"})
-        backup(text, 3);
-    EXPECT_EQ("543", folder.Read("f.ini.bak") + folder.Read("f.ini.01.bak") + folder.Read("f.ini.02.bak"));
-    EXPECT_FALSE(folder.Has("f.ini.03.bak"));
-    CzynFile::Remove(folder.Path("f.ini.01.bak")); // a gap does not stop the rotation
-    backup("6", 3);
-    EXPECT_EQ("65", folder.Read("f.ini.bak") + folder.Read("f.ini.01.bak"));
-    EXPECT_FALSE(folder.Has("f.ini.02.bak"));
-    backup("7", 0); // counts as 1
-    EXPECT_EQ("75", folder.Read("f.ini.bak") + folder.Read("f.ini.01.bak"));
+    for (const auto& c : cases) {
+        const TempFolder folder;
+        for (const auto& [suffix, content] : c.before)
+            folder.Write("f." + suffix, content);
+        for (int run = 1; run <= c.runs; ++run) {
+            folder.Write("f", std::to_string(run));
+            fs::permissions(folder.Native("f"), fs::perms{0606});
+            EXPECT_TRUE(CzynFile::CreateBackupFile(folder.Path("f"), c.count));
+        }
+        EXPECT_EQ(BackupsIn(folder), c.after);
+        EXPECT_EQ(folder.Read("f"), std::to_string(c.runs));
+        EXPECT_EQ(fs::status(folder.Native("f.bak")).permissions(), fs::perms{0606});
+    }
 }
 
-TEST(ZynFileTest, BackupGoesToTheTemporaryFolderWhereTheFileCannotHaveOne) {
+TEST(ZynFileHelpers, BackupGoesToTheTemporaryFolderWhenItsOwnRefuses) {
     const TempFolder folder, temporary;
-    folder.Write("f.ini", "text");
-    std::filesystem::create_directory(folder.Native("f.ini.bak.tmp"));
     setenv("TEMP", temporary.Native().c_str(), 1);
-    EXPECT_TRUE(CzynFile::CreateBackupFile(folder.Native("f.ini").c_str(), 1)); // by its native name
+    fs::create_directory(folder.Native("f.bak.tmp"));
+    temporary.Write("f.bak", "earlier");
+    folder.Write("f", "now");
+    EXPECT_TRUE(CzynFile::CreateBackupFile(folder.Path("f"), 3));
+    EXPECT_TRUE(CzynFile::CreateBackupFile(folder.Native("f").c_str(), 3)); // its native name
+    fs::create_directory(temporary.Native("f.bak.tmp"));
+    EXPECT_FALSE(CzynFile::CreateBackupFile(folder.Path("f"), 3));
     unsetenv("TEMP");
-    EXPECT_EQ("text", temporary.Read("f.ini.bak"));
-    EXPECT_FALSE(folder.Has("f.ini.bak"));
+    const std::map<std::string, std::string> expected = {
+        {"bak", "now"}, {"01.bak", "now"}, {"02.bak", "earlier"}};
+    EXPECT_EQ(BackupsIn(temporary), expected);
+    EXPECT_TRUE(BackupsIn(folder).empty());
 }
 
-TEST(ZynFileTest, HelpersRefuseNullAndEmptyNames) {
-    for (const char* name : {static_cast<const char*>(nullptr), ""}) {
-        EXPECT_FALSE(CzynFile::Rename(name, "x") || CzynFile::Rename("x", name) || CzynFile::Remove(name));
-        EXPECT_FALSE(CzynFile::CreateFolder(name) || CzynFile::IsFileExist(name) ||
-                     CzynFile::IsFileAttrAllowWrite(name));
-        EXPECT_FALSE(CzynFile::CopyFile(name, "x", false, false) || CzynFile::CreateBackupFile(name, 1));
-    }
+TEST(ZynFileHelpers, CopyTakesTheRightsAlongOnlyWhenAskedAndWarnsWhenRefused) {
+    struct App : CWinApp {
+        std::string shown;
+        int DoMessageBox(const char* text, std::uint32_t style, std::uint32_t) override {
+            shown += text + std::to_string(style);
+            return 1;
+        }
+    } app;
     const TempFolder folder;
-    EXPECT_TRUE(CzynFile::CreateFolder(folder.Path("d")));
-    EXPECT_TRUE(CzynFile::CreateFolder(folder.Path("d")));
-    EXPECT_FALSE(CzynFile::CreateFolder(folder.Path("none") + "\\d"));
-    EXPECT_TRUE(CzynFile::IsFileExist(folder.Path("d")));
-    EXPECT_FALSE(CzynFile::Remove(folder.Path("d")));
-}
-
-TEST(ZynFileTest, NormalizeFileNameKeepsOnlyWhatANameMayHold) {
-    const std::string kept =
-        "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz -+_().,^~#!`'\xA8\xB8\xB9";
-    for (int c = 1; c < 256; ++c) {
-        const char byte = static_cast<char>(c);
-        CStringA name(byte);
-        CzynFile::NormalizeFileName(name);
-        const char expected = c >= 0xC0 || kept.find(byte) != kept.npos    ? byte
-                              : byte == '"'                                ? '\''
-                              : byte == '*'                                ? 'x'
-                              : byte == '?' || byte == '/' || byte == '\\' ? '_'
-                                                                           : '~';
-        EXPECT_EQ(CStringA(expected), name) << c;
+    const CStringA f = folder.Path("f");
+    for (const char* name : {"", "f", "foreign"}) {
+        if (*name) folder.Write(name, name);
+        fs::permissions(folder.Native(name), fs::perms{0777});
     }
-    CStringA report("Отчёт №1.txt"_cp1251);
-    CzynFile::NormalizeFileName(report);
-    EXPECT_STREQ("Отчёт №1.txt"_cp1251, report);
-}
-
-TEST(CFileExceptionTest, CausesOfSystemErrors) {
-    const std::vector<std::uint32_t> codes[] = {
-        {0},
-        {1, 7, 31, 998, 5000, 0xFFFFFFFF},
-        {2, 6, 18, 107},
-        {3, 15, 17, 34, 52, 53, 55, 67, 70, 85, 111, 123, 124, 125, 144, 154, 161, 206, 208, 267},
-        {4, 36, 68, 113},
-        {5, 12, 19, 29, 54, 58, 64, 65, 71, 80, 82, 86, 170, 183, 999},
-        {11, 26, 60, 66, 114, 182, 191, 193},
-        {16, 145},
-        {62},
-        {24, 25, 27, 30, 131, 132},
-        {20, 21, 22, 23, 57, 59, 88, 117, 995, 996, 997},
-        {32},
-        {33, 108, 167},
-        {39, 112},
-        {38}};
-    for (int cause = 0; cause < 15; ++cause)
-        for (const std::uint32_t code : codes[cause])
-            EXPECT_EQ(cause, CFileException::OsErrorToException(code)) << code;
+    const mode_t mask = umask(022);
+    EXPECT_TRUE(CzynFile::CopyFile(f, folder.Path("plain"), true, false));
+    EXPECT_TRUE(CzynFile::CopyFile(f, folder.Path("same"), true, true));
+    umask(mask);
+    EXPECT_EQ(fs::status(folder.Native("plain")).permissions(), fs::perms{0755});
+    EXPECT_EQ(fs::status(folder.Native("same")).permissions(), fs::perms{0777});
+    if (geteuid() != 0 || seteuid(65534) != 0) GTEST_SKIP() << "needs a file of another user";
+    EXPECT_FALSE(CzynFile::CopyFile(f, folder.Path("foreign"), false, true));
+    EXPECT_EQ(seteuid(0), 0);
+    EXPECT_EQ(app.shown, "SetNamedSecurityInfo Error {CzynFile::CopyFile}48");
+    EXPECT_EQ(folder.Read("foreign"), "f"); // the copy stays
 }
 
 } // namespace

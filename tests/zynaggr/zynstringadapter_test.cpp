@@ -87,7 +87,10 @@ TEST_F(StringAdapter, RoomGrowsKeepsTheTextAndIsGivenBackByZero) {
     text = borrowed;
     EXPECT_EQ(text.SetSizeANSI(3), 3u);
     EXPECT_STREQ(Narrow(text), "te");
-    EXPECT_EQ(text.SetSizeANSI(2), 3u);
+    const char* const own = Narrow(text);
+    for (const std::uint32_t size : {2u, 3u})
+        EXPECT_EQ(text.SetSizeANSI(size), 3u);
+    EXPECT_EQ(Narrow(text), own);
     EXPECT_EQ(text.SetSizeANSI(100), 100u);
     EXPECT_STREQ(Narrow(text), "te");
     EXPECT_STREQ(borrowed, "text");
