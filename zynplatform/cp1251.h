@@ -100,10 +100,10 @@ template <Utf8Literal literal> inline constexpr auto cp1251Bytes = ToCp1251<lite
 } // namespace detail
 
 inline namespace literals {
-// "Ошибка"_cp1251 is a zero-terminated const char* in the code page, made from the UTF-8 source text at
-// compile time; a character outside the code page does not compile. Keep it out of templates: there, clang 14
-// leaves a call for the linker that nothing answers.
-template <detail::Utf8Literal literal> consteval const char* operator""_cp1251() {
+// "Ошибка"_cp1251 is a zero-terminated const char* in the code page. The bytes are made from the UTF-8 source
+// text at compile time; a character outside the code page does not compile. The operator itself is constexpr,
+// not consteval, because clang 14 leaves calls of consteval functions in templates to the linker.
+template <detail::Utf8Literal literal> constexpr const char* operator""_cp1251() {
     return detail::cp1251Bytes<literal>.data();
 }
 } // namespace literals

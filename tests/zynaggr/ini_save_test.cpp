@@ -88,6 +88,7 @@ TEST_F(IniSaveTest, LayoutIsHeadersNumberedPairsAndTheRest) {
         EXPECT_EQ(c.saved, File()) << c.text;
         EXPECT_EQ(c.text, Backup());
     }
+    EXPECT_FALSE(folder.Has("f.ini.01.bak"));
 }
 
 TEST_F(IniSaveTest, CommentAboveAHeaderIsWrittenOnce) {
@@ -237,7 +238,8 @@ TEST_F(IniSaveTest, PathsAreExpandedFromTheFilesFolder) {
         {R"(\a\f.ini)", "./x", "./x", silent},                  {R"(\a\f.ini)", R"( .\x)", R"( .\x)", silent},
         {R"(\a\f.ini)", R"(...\x)", R"(...\x)", silent},        {R"(\a\f.ini)", "..", "..", silent},
         {R"(\a\f.ini)", R"(""c:\d e"" )", R"(c:\d e)", silent}, {R"(\a\f.ini)", R"("half)", R"("half)", silent},
-        {R"(\a\f.ini)", R"(")", "", silent},                    {R"(\a\f.ini)", " \t", "", silent},
+        {R"(\a\f.ini)", R"(")", "", silent},                    {R"(\a\f.ini)", R"(half")", R"(half")", silent},
+        {R"(\a\f.ini)", " \t", "", silent},
     };
     // clang-format on
     for (const bool print : {true, false})
@@ -258,6 +260,7 @@ TEST_F(IniSaveTest, PathsAreExpandedFromTheFilesFolder) {
             const bool kept = warned || (c.message == notice && !print);
             EXPECT_EQ(shown, !output.empty()) << c.path;
             EXPECT_TRUE(!shown || output.ends_with(message.View())) << output;
+            EXPECT_EQ(warned, output.size() > message.View().size() + 2) << output; // it has a prefix
             EXPECT_EQ(kept ? "old\n" + message : CStringA("old"), ini.m_sErr) << c.path;
         }
     g_bShow_zynMessageBox_Warning = true;

@@ -68,8 +68,10 @@ struct StringFile : testing::Test {
     }
     std::vector<std::string> Lines() {
         std::vector<std::string> lines;
-        for (CStringA line; file.ReadString(line);)
+        CStringA line;
+        while (file.ReadString(line))
             lines.emplace_back(line.View());
+        EXPECT_STREQ(line, "");
         return lines;
     }
 
@@ -275,6 +277,14 @@ TEST_F(StringFile, FileOpenedToBeEmptiedKeepsItsContentUntilItIsReplaced) {
         setrlimit(RLIMIT_FSIZE, &limit);
         EXPECT_EQ(folder.Read("f"), "precious content");
     }
+    Open("precious content", fresh);
+    file.SetFileEncoding(zynEncUTF8);
+    EXPECT_TRUE(file.WriteString("x"));
+    {
+        FailingNew failing(1, FailingNew::onwards);
+        file.Close(); // cannot convert
+    }
+    EXPECT_EQ(folder.Read("f"), "precious content");
     Open("precious content", CFile::modeCreate | update);
     EXPECT_EQ(Text(), "failed"); // empty to its opener
     EXPECT_TRUE(file.Load2Memory() && file.WriteString("new") && file.Flush());
@@ -329,6 +339,7 @@ TEST(StringFileConverters, EveryPairAgreesWithTheEncoders) {
                       "failed");
         }
     EXPECT_EQ(Convert(zynEncCP866, "a", zynEncCP866), "a");
+    EXPECT_EQ(Convert(zynEncUnknown, "a", zynEncUnknown), "failed");
 }
 
 TEST(StringFileConverters, MarksOddLengthsAndCharactersWithoutAPlace) {
