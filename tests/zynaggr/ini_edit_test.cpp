@@ -14,19 +14,6 @@ namespace {
 
 using IniEditTest = IniFileTest;
 
-// A CzynINI whose file cannot be read.
-struct UnreadableIni : OpenIni {
-    bool Parse() override {
-        ++m_parses;
-        return false;
-    }
-    bool InternalSave() override {
-        ++m_saves;
-        return true;
-    }
-    int m_parses = 0, m_saves = 0;
-};
-
 // Runs an operation whose n-th allocation fails; whether it made so many.
 bool FailsAt(long n, FailingNew::Kind kind, const std::function<void()>& operation) {
     struct : CWinApp {
@@ -244,26 +231,6 @@ TEST_F(IniEditTest, ReadOnlyFileRefusesWriteIntAtOnceAndWriteStringAtTheSave) {
     EXPECT_FALSE(ini.WriteInt("s", "k", 4, nullptr));
     EXPECT_EQ("d", ini.GetString("s", "new", "d", true)); // the save's result does not count
     EXPECT_EQ("[s]\nk=1\n", File());
-}
-
-TEST_F(IniEditTest, NothingIsDoneWhenTheFileCannotBeRead) {
-    UnreadableIni unreadable;
-    CStringArray keys;
-    CzynINI::KeyValArray pairs(8);
-    CStringA value;
-    EXPECT_EQ("d", unreadable.GetString("s", "k", "d", true));
-    EXPECT_FALSE(unreadable.GetString("s", "k", value, "d", true));
-    EXPECT_EQ("d", value);
-    EXPECT_EQ(7, unreadable.GetInt("s", "k", 7, true));
-    EXPECT_FALSE(unreadable.WriteString("s", "k", "v", nullptr) ||
-                 unreadable.WriteInt("s", "k", 1, nullptr) || unreadable.Delete("s", "k") ||
-                 unreadable.GetListKeys("", keys) || unreadable.GetListKeysVals("", pairs) ||
-                 unreadable.isParamSet("", "k") || unreadable.isGroupeSet(""));
-    unreadable.RenameGroupe("", "x");
-    unreadable.RenameParam("", "", "x");
-    EXPECT_EQ(12, unreadable.m_parses);
-    EXPECT_EQ(0, unreadable.m_saves);
-    EXPECT_EQ("", unreadable.Model());
 }
 
 TEST_F(IniEditTest, FailedAllocationLosesNoLine) {

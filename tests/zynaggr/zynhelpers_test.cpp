@@ -97,13 +97,6 @@ TEST(Helpers, SplitDropsEmptyPiecesAndJoinEmptyElements) {
     EXPECT_STREQ(CStringJoin(array, "|"), "a|x");
 }
 
-TEST(Helpers, PrintWritesTextAndCount) {
-    char buffer[32];
-    EXPECT_EQ(_sprintf(buffer, "%d-%s", 42, "ab"), 5);
-    EXPECT_STREQ(buffer, "42-ab");
-    EXPECT_TRUE(zynIsStringEmpty(nullptr) && zynIsStringEmpty("") && !zynIsStringEmpty(" "));
-}
-
 TEST_F(HelpersInFolder, TemporaryFileNameIsTheFirstFreeOne) {
     const fs::path folder = m_folder / "50%s %n"; // no part of the name is a format
     fs::create_directories(folder / "tmp%i2.txt");
@@ -164,14 +157,6 @@ TEST(Helpers, NamesOfConnectionsAndDatabasesAreChecked) {
             EXPECT_STREQ(error, correct ? "" : kind.message) << c;
         }
     }
-}
-
-TEST(Helpers, SystemErrorsAreDescribedWithAndWithoutTheCode) {
-    CStringA text("old");
-    zynGetDescriptionSystemError(2, text, false);
-    EXPECT_STREQ(text, "Описание ошибки: Файл не найден."_cp1251);
-    zynGetDescriptionSystemError(-7, text, true);
-    EXPECT_STREQ(text, "Код ошибки: -7;\nОписание ошибки: "_cp1251);
 }
 
 TEST(Helpers, BufferSizeIsAShareOfTheScarcerMemory) {

@@ -81,27 +81,4 @@ TEST_F(StringAdapter, ConvertsWithTheChosenCodePage) {
     EXPECT_EQ(Wide(unknown), u"");
 }
 
-TEST_F(StringAdapter, RoomGrowsKeepsTheTextAndIsGivenBackByZero) {
-    const char borrowed[] = "text";
-    Adapter text;
-    text = borrowed;
-    EXPECT_EQ(text.SetSizeANSI(3), 3u);
-    EXPECT_STREQ(Narrow(text), "te");
-    const char* const own = Narrow(text);
-    for (const std::uint32_t size : {2u, 3u})
-        EXPECT_EQ(text.SetSizeANSI(size), 3u);
-    EXPECT_EQ(Narrow(text), own);
-    EXPECT_EQ(text.SetSizeANSI(100), 100u);
-    EXPECT_STREQ(Narrow(text), "te");
-    EXPECT_STREQ(borrowed, "text");
-    EXPECT_EQ(text.SetSizeANSI(0), 0u);
-    EXPECT_EQ(Narrow(text), nullptr);
-
-    EXPECT_EQ(text.SetSizeUTF(5), 5u);
-    EXPECT_EQ(Wide(text), u"");
-    text = u"Пр";
-    EXPECT_STREQ(Narrow(text), "\xCF\xF0");
-    EXPECT_EQ(text.SetSizeANSI(1), 4u); // two characters, their zero, and one more
-}
-
 } // namespace

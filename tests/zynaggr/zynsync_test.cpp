@@ -26,20 +26,6 @@ TEST(AtomicLong, AssignmentsReturnTheOldValue) {
     EXPECT_EQ(counter.Increment(), std::numeric_limits<std::int32_t>::min()); // 32 bits wide
 }
 
-TEST(AtomicLong, IsTrueAboveZeroAndComparesSigned) {
-    for (const int value : {-1, 0, 1}) {
-        const CZynAtomicLong counter(value);
-        const auto relations = [](const auto& left, int right) {
-            return std::tuple(left == right, left != right, left<right, left <= right, left> right,
-                              left >= right);
-        };
-        for (const int with : {-2, -1, 0, 1})
-            EXPECT_EQ(relations(counter, with), relations(value, with));
-        EXPECT_EQ(static_cast<bool>(counter), value > 0);
-        EXPECT_EQ(counter == CZynAtomicLong(1), value == 1);
-    }
-}
-
 TEST(AtomicLongReseter, IsABusyFlagAndNoCount) {
     CZynAtomicLong busy(-7);
     {

@@ -130,31 +130,6 @@ TEST(PointerArray, AssignmentAndAppendRespectOwnership) {
     EXPECT_EQ(alive, before + 1);
 }
 
-TEST(PointerArray, BehavesLikeAPlainList) {
-    std::mt19937 random(3);
-    Plain array(1);
-    EXPECT_FALSE(array.InsertAt(-1, a));
-    EXPECT_EQ(array.GetAt(-1), nullptr);
-    List model;
-    for (int i = 0; i < 5000; ++i) {
-        Item* item = &items[random() % 8];
-        const auto at = static_cast<int>(random() % (model.size() + 3));
-        if (const auto position = static_cast<std::size_t>(at); random() % 2 && model.size() < 60) {
-            if (position > model.size()) model.resize(position);
-            model.insert(model.begin() + at, item);
-            ASSERT_TRUE(array.InsertAt(at, item));
-        } else if (position < model.size()) {
-            model.erase(model.begin() + at);
-            ASSERT_TRUE(array.Remove(at));
-        } else {
-            model.push_back(item);
-            ASSERT_EQ(array.Add(item) + 1, static_cast<int>(model.size()));
-        }
-        ASSERT_EQ(Elements(array), model);
-        ASSERT_EQ(array.GetAt(at), static_cast<std::size_t>(at) < model.size() ? array.m_pData[at] : nullptr);
-    }
-}
-
 std::string FailureText(int size, int wanted) {
     return "Ошибка при выделении памяти в CzynTAggr<...>::SetSize: "_cp1251 +
            std::string(CMemoryException::Text()) + "\r\n Size: " + std::to_string(size) +

@@ -54,25 +54,6 @@ TEST_F(Registry, FindsKeysWithoutRegardToCase) {
         EXPECT_FALSE(RegistryKeyExists(key)) << key;
 }
 
-TEST_F(Registry, TakesItsFileFromTheFirstVariableSet) {
-    Write(m_file, "[Own]\n");
-    Write(m_folder / "data/zynaggr/registry", "[Data]\n");
-    Write(m_folder / "home/.local/share/zynaggr/registry", "[Home]\n");
-    const char* const home = std::getenv("HOME");
-    const std::string oldHome = home ? home : "";
-    setenv("XDG_DATA_HOME", (m_folder / "data").c_str(), 1);
-    setenv("HOME", (m_folder / "home").c_str(), 1);
-    EXPECT_TRUE(RegistryKeyExists("Own"));
-    setenv("ZYN_REGISTRY", "", 1);
-    EXPECT_TRUE(RegistryKeyExists("Data"));
-    unsetenv("XDG_DATA_HOME");
-    EXPECT_TRUE(RegistryKeyExists("Home"));
-    unsetenv("HOME");
-    EXPECT_TRUE(RegistryIsReadable());
-    EXPECT_FALSE(RegistryKeyExists("Home"));
-    if (home) setenv("HOME", oldHome.c_str(), 1);
-}
-
 TEST_F(Registry, MissingFileIsEmptyAndUnreadableOneIsAFailure) {
     EXPECT_TRUE(RegistryIsReadable());
     EXPECT_FALSE(RegistryKeyExists("Any"));
