@@ -209,6 +209,7 @@ protected:
     bool IsOwn(const C* text) const { return text >= m_pBuffer && text <= m_pBuffer + m_nLength; }
     BasicString& DropLeft(unsigned count);
     int Order(const C* text) const;
+    std::uint32_t SkipEqualBlocks(const C* text) const;
 
     C* m_pBuffer;
     std::uint32_t m_nLength; // without the zero

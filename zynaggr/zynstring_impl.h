@@ -483,11 +483,27 @@ template <class C> int BasicString<C>::Order(const C* text) const {
     return *left == *right ? 0 : *left < *right ? -1 : 1;
 }
 
+// How much of the beginning is equal without case, in whole blocks: the loop inside becomes vector code.
+template <class C> std::uint32_t BasicString<C>::SkipEqualBlocks(const C* text) const {
+    constexpr std::size_t block = 32;
+    const std::size_t common = std::min<std::size_t>(m_nLength, detail::LengthOf(text));
+    std::size_t at = 0;
+    for (; common - at >= block; at += block) {
+        C differing = 0;
+        for (std::size_t i = at; i < at + block; ++i)
+            differing = static_cast<C>(
+                differing | (StringTraits<C>::Upper(m_pBuffer[i]) ^ StringTraits<C>::Upper(text[i])));
+        if (differing != 0) break;
+    }
+    return static_cast<std::uint32_t>(at);
+}
+
 template <class C> int BasicString<C>::Compare(const C* text, bool caseSensitive) const {
     using Traits = StringTraits<C>;
     if (!text) return !caseSensitive && m_nLength == 0 && Traits::nullEqualsEmptyWithoutCase ? 0 : 1;
     if (caseSensitive) return Order(text);
-    for (std::uint32_t i = 0;; ++i) {
+    std::uint32_t i = SkipEqualBlocks(text);
+    for (;; ++i) {
         if (i == m_nLength) return text[i] == 0 ? 0 : -1;
         const C left = m_pBuffer[i], right = text[i];
         if (left == right) {

@@ -217,6 +217,16 @@ TYPED_TEST(StringTest, ComparesWithAndWithoutCase) {
         EXPECT_EQ(c.exact < 0, left < right.c_str());
         EXPECT_EQ(c.exact >= 0, left >= this->Make(c.right));
     }
+    for (std::size_t length = 0; length < 100; ++length) {
+        std::string left(length, 'a'), right(length, 'A');
+        EXPECT_EQ(0, this->Make(left).CompareNoCase(this->T(right).c_str())) << length;
+        EXPECT_EQ(-1, this->Make(left).CompareNoCase(this->T(right + "a").c_str())) << length;
+        for (std::size_t i = 0; i < length; ++i) {
+            right[i] = 'b';
+            EXPECT_EQ(-1, this->Make(left).CompareNoCase(this->T(right).c_str())) << length << ' ' << i;
+            right[i] = 'A';
+        }
+    }
     const auto* null = static_cast<const TypeParam*>(nullptr);
     EXPECT_EQ(1, this->Make("").Compare(null, true));
     EXPECT_EQ((std::is_same_v<TypeParam, char> ? 1 : 0), this->Make("").Compare(null, false));
