@@ -247,6 +247,8 @@ TEST(ConvertersTest, EveryPairConvertsOrSaysNo) {
     EXPECT_EQ("-", convert(zynEncUCS2LE, "A", zynEncCP1251)); // no whole unit
     EXPECT_EQ("-", convert(zynEncCP1251, "A", zynEncUTF8, 1));
     EXPECT_EQ("-", convert(zynEncUnknown, "A", zynEncUTF8));
+    EXPECT_EQ("-", convert(zynEncUnknown, "A", zynEncUnknown));
+    EXPECT_EQ("A", convert(zynEncCP866, "A", zynEncCP866));
 #ifdef NDEBUG
     EXPECT_EQ("-", convert(zynEncUCS4LE, encoded[4], zynEncUTF8));
     EXPECT_EQ("-", convert(zynEncCP866, "A", zynEncUTF8));
@@ -257,6 +259,87 @@ TEST(ConvertersTest, EveryPairConvertsOrSaysNo) {
     EXPECT_EQ(0, std::memcmp(odd, "\x03\x04\x01\x02\x05", 5));
     EXPECT_FALSE(CzynStringFile::BufConvert_Utf16_BE2LE(nullptr, 2));
     EXPECT_TRUE(CzynStringFile::BufConvert_Utf16_BE2LE(nullptr, 0));
+}
+
+TEST_F(ZynStringFileTest, WhatIsSaidBeforeOpeningHoldsAndAMarkOverrulesIt) {
+    for (const char* mark : {"", "\xEF\xBB\xBF"}) {
+        folder.Write("f", mark + "\xD0\x81"s);
+        file.SetEncodingIfNotBOM(zynEncCP1251);
+        ASSERT_NE(0, file.Open(folder.Path("f"), CFile::modeReadWrite, zynEncUnknown));
+        EXPECT_EQ(*mark ? "Ё"_cp1251 : "\xD0\x81", All());
+        EXPECT_EQ(1, file.WriteString("!"));
+        ASSERT_NE(0, file.Open(folder.Path("g"), CFile::modeCreate, zynEncUnknown)); // closes, and so writes
+        EXPECT_EQ(mark + "\xD0\x81!"s, folder.Read("f"));
+        file.Close();
+    }
+}
+
+TEST_F(ZynStringFileTest, LimitsAndEndsAreExact) {
+    for (const unsigned length : {0x40000000u, 0x3FFFFFFFu}) {
+        Open("");
+        std::filesystem::resize_file(folder.Native("f"), length);
+        const FailingNew failing(1);
+        EXPECT_EQ(0, file.Load2Memory());
+        EXPECT_EQ(length < 0x40000000 ? 1 : 0, failing.Failures()); // too long: memory is not asked for
+    }
+    Open("a");
+    CStringA text;
+    EXPECT_EQ(1, file.ReadString(text));
+    EXPECT_EQ(0, file.ReadString(text));
+    EXPECT_STREQ("", text);
+    text = "old";
+    EXPECT_EQ(0, file.ReadAllDataToString(text));
+    EXPECT_STREQ("", text);
+    const unsigned char* const buffer = (file.WriteString("b"), file._GetBuf());
+    EXPECT_EQ(1, file.WriteString(std::string(4094, 'x').c_str())); // 4097 bytes are had: 1 and 4096
+    EXPECT_EQ(buffer, file._GetBuf());
+    EXPECT_EQ(4096u, std::strlen(reinterpret_cast<const char*>(buffer)));
+    EXPECT_EQ(1, file.WriteString("x"));
+    EXPECT_NE(buffer, file._GetBuf());
+}
+
+TEST_F(ZynStringFileTest, TextThatCannotBeConvertedOrWrittenStaysPendingAndTheOldFileWhole) {
+    Open("old content", CFile::modeCreate | CFile::modeWrite);
+    file.SetFileEncoding(zynEncUCS4LE);
+    EXPECT_EQ(1, file.WriteString("new"));
+    rlimit limit;
+    getrlimit(RLIMIT_FSIZE, &limit);
+    const rlimit lowered{10, limit.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &lowered);
+    EXPECT_EQ(0, file.Flush());
+    setrlimit(RLIMIT_FSIZE, &limit);
+    EXPECT_EQ(1, file.Flush());
+    EXPECT_EQ(16u, folder.Read("f").size());
+    Open("old content", CFile::modeCreate | CFile::modeWrite);
+    file.SetFileEncoding(zynEncUTF8);
+    EXPECT_EQ(1, file.WriteString("new"));
+    {
+        const FailingNew failing(1, FailingNew::onwards);
+        file.Close();
+    }
+    EXPECT_EQ("old content", folder.Read("f"));
+}
+
+TEST(ConvertersTest, ThirtyTwoBitUnitsAreNarrowedOrRefusedWhole) {
+    const struct {
+        bool narrows;
+        std::string bytes, result;
+    } cases[] = {
+        {true, "ab\0\0cd\0\0ef\0"s, "abcd"}, {true, "ab\x01\0"s, "-"}, {true, "ab\0\x01"s, "-"},
+        {false, "abcde", "ab\0\0cd\0\0"s},   {true, "", ""},           {false, "", ""},
+    };
+    for (const auto& c : cases) {
+        std::string bytes = c.bytes;
+        auto* const source = reinterpret_cast<unsigned char*>(bytes.data());
+        unsigned char* out = source;
+        unsigned length = 77;
+        const auto convert = c.narrows ? CzynStringFile::BufConvert_Utf32le_to_UCS2
+                                       : CzynStringFile::BufConvert_UCS2_to_Utf32le;
+        const bool done = convert(source, static_cast<unsigned>(bytes.size()), out, length);
+        EXPECT_EQ(c.result, done ? std::string(reinterpret_cast<char*>(out), length) : "-");
+        EXPECT_TRUE(done || (out == nullptr && length == 0));
+        CzynStringFile::FreeBuffer(out);
+    }
 }
 
 } // namespace

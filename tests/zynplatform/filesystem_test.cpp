@@ -29,6 +29,24 @@ TEST(FileSystem, RenameMovesAndNeverReplaces) {
     EXPECT_EQ(folder.Read("e/c"), "first");
 }
 
+TEST(FileSystem, MoveToAnotherFileSystemKeepsContentAndRights) {
+    const TempFolder folder;
+    const fs::path target = "/dev/shm/" + folder.Native().filename().string();
+    folder.Write("f", "content");
+    fs::permissions(folder.Native("f"), fs::perms{0777});
+    struct stat here, there;
+    if (stat("/dev/shm", &there) != 0 || stat(folder.Native().c_str(), &here) != 0 ||
+        here.st_dev == there.st_dev)
+        GTEST_SKIP() << "no second file system";
+    EXPECT_EQ(RenamePath(folder.Path("f"), target.c_str()), 0u);
+    EXPECT_EQ(fs::status(target).permissions(), fs::perms{0777});
+    EXPECT_FALSE(folder.Has("f"));
+    folder.Write("f", "other");
+    EXPECT_EQ(RenamePath(folder.Path("f"), target.c_str()), errorFileExists);
+    EXPECT_EQ(RenamePath(target.c_str(), folder.Path("g")), 0u);
+    EXPECT_EQ(folder.Read("f") + folder.Read("g"), "othercontent");
+}
+
 TEST(FileSystem, CopyThatIsRefusedLeavesTheTargetAsItWas) {
     const TempFolder folder;
     folder.Write("f", "content");
