@@ -1,7 +1,7 @@
 // inictl: reads and edits an INI file from the command line, and shows how a host program uses the library.
 //
 // Arguments and output are in the terminal's encoding, the library's texts in code page 1251: FromTerminal
-// and ToTerminal stand between the two.
+// and zynplatform::Write stand between the two.
 
 #include <zynaggr/zynaggr.h>
 #include <zynplatform/console.h>

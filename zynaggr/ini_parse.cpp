@@ -3,11 +3,11 @@
 #include "zynaggr/zyn_translate.h"
 #include "zynaggr/zynfile.h"
 #include "zynaggr/zynstringfile.h"
+#include "zynhost/memory.h"
 #include "zynplatform/cp1251.h"
 
 #include <array>
 #include <memory>
-#include <new>
 #include <string>
 
 // The model of the file in memory, and loading it.
@@ -34,20 +34,6 @@ CStringA Trimmed(std::string_view text) {
     const std::size_t first = text.find_first_not_of(whiteSpace);
     if (first == text.npos) return {};
     return CStringA(text.substr(first, text.find_last_not_of(whiteSpace) - first + 1));
-}
-
-// The whole text; empty for an empty file and for one that cannot be decoded. A read that fails for lack of
-// memory looks like the latter, but must not pass for it: the next save would leave nothing of the file. So
-// the memory is then asked for by a call that throws, and the file read once more.
-CStringA ReadText(CzynStringFile& file) {
-    CStringA sText;
-    if (file.ReadAllDataToString(sText)) return sText;
-    const std::int64_t length = file.GetLength();
-    if (length <= 0) return sText;
-    const auto needed = 4 * static_cast<std::size_t>(length); // UTF-8, its 16-bit and its 8-bit form
-    ::operator delete(::operator new(needed));
-    file.ReadAllDataToString(sText);
-    return sText;
 }
 
 // Walks the text of a file character by character and builds its sections.
@@ -209,7 +195,9 @@ bool CzynINI::Parse() {
     m_TimeMeter.Start();
     m_aSections.RemoveAll();
     try {
-        CStringA sText = ReadText(file);
+        CStringA sText;
+        // Not to be taken for a file that cannot be decoded: the next save would leave nothing of it.
+        if (!file.ReadAllDataToString(sText) && file.LoadLackedMemory()) AfxThrowMemoryException();
         if (sText.IsEmpty()) return true;
         if (sText[sText.GetLength() - 1] != '\n') sText += '\n';
         m_nEncoding = file.GetFileEncoding();

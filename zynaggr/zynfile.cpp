@@ -128,7 +128,8 @@ bool CzynFile::SetLength(std::uint64_t length) {
 char* CzynFile::ReadString(char* buffer, unsigned int size) {
     if (!IsFileOpen() || !buffer || size == 0) return nullptr;
     std::string line;
-    if (size > 1 && m_pStream->ReadLine(line, size - 1) == 0) return nullptr;
+    const bool ended = size == 1 ? m_pStream->AtEnd() : m_pStream->ReadLine(line, size - 1) == 0;
+    if (ended) return nullptr;
     std::memcpy(buffer, line.data(), line.size());
     buffer[line.size()] = 0;
     return buffer;

@@ -40,13 +40,14 @@ public:
 
     // Opens by flags of CFile::OpenFlags; flags 0 read, share with everybody, binary. 1 on success; 0 on
     // failure, and `error`, which may be null, says why.
-    //   0x1000 create: empties the file, with 0x2000 it appends instead. Without it, 0x0001 appends too (and
-    //   makes a
-    //          missing file), anything else opens an existing file.
-    //   0x0002 allows both reading and writing of an existing file; creating without 0x0001 allows both as
-    //   well. 0x4000 text: CR LF is read as LF, LF is written as CR LF.
-    // A stream that is already open is left behind, whether this succeeds or not, but only then: its share
-    // mode still counts. Close first.
+    //
+    //   0x1000  create: empties the file, with 0x2000 it appends instead. Without it, 0x0001 appends too (and
+    //           makes a missing file), anything else opens an existing file
+    //   0x0002  both reading and writing of an existing file; creating without 0x0001 allows both as well
+    //   0x4000  text: CR LF is read as LF, LF is written as CR LF
+    //
+    // Close first: the share mode of a stream that is still open counts against this open, and the stream is
+    // left behind afterwards, whether this succeeds or not.
     int Open(const char* name, unsigned int flags, CFileException* error);
 
     virtual bool Flush(); // false only when no file is open

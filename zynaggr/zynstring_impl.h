@@ -486,7 +486,8 @@ template <class C> int BasicString<C>::Order(const C* text) const {
 // How much of the beginning is equal without case, in whole blocks: the loop inside becomes vector code.
 template <class C> std::uint32_t BasicString<C>::SkipEqualBlocks(const C* text) const {
     constexpr std::size_t block = 32;
-    const std::size_t common = std::min<std::size_t>(m_nLength, detail::LengthOf(text));
+    const C* const zero = std::char_traits<C>::find(text, m_nLength, C(0)); // looks no further than the zero
+    const std::size_t common = zero ? static_cast<std::size_t>(zero - text) : m_nLength;
     std::size_t at = 0;
     for (; common - at >= block; at += block) {
         C differing = 0;

@@ -66,6 +66,7 @@ void CzynStringFile::Reset() {
     m_bLoaded = false;
     m_bModified = false;
     m_bCutPending = false;
+    m_bLoadLackedMemory = false;
     m_nFileEncoding = zynEncUnknown;
     m_nWorkEncoding = zynEncCP1251;
     m_nEncodingIfNotBOM = zynEncUnknown;
@@ -136,6 +137,7 @@ int CzynStringFile::Load2Memory() {
     if (length == 0) return 1;
     const auto size = static_cast<std::uint32_t>(length);
     m_pBuffer = new (std::nothrow) unsigned char[size];
+    m_bLoadLackedMemory = !m_pBuffer;
     if (!m_pBuffer) return 0;
     if (!CFile::SeekToBegin() || Read(m_pBuffer, size) != size) {
         FreeBuffer();
@@ -148,8 +150,14 @@ int CzynStringFile::Load2Memory() {
     m_nFileEncoding = zynGetBufferEncodeByBOM(m_pBuffer, static_cast<int>(size), &bomLength);
     if (bomLength == 0)
         m_nFileEncoding = m_nEncodingIfNotBOM != zynEncUnknown ? m_nEncodingIfNotBOM : EncodingByContent();
-    if (!ConvertLoaded(bomLength)) {
+    try {
+        if (!ConvertLoaded(bomLength)) {
+            Reset();
+            return 0;
+        }
+    } catch (const std::bad_alloc&) {
         Reset();
+        m_bLoadLackedMemory = true;
         return 0;
     }
     SeekToBegin();
@@ -266,9 +274,14 @@ int CzynStringFile::Flush() {
         unsigned char* converted = nullptr;
         int length = 0;
         m_bCutPending = false;
-        if (!ConvertEncoding(m_nWorkEncoding, m_pBuffer + bomLength,
-                             static_cast<int>(m_nDataSize) - bomLength, m_nFileEncoding, converted, length))
+        try {
+            if (!ConvertEncoding(m_nWorkEncoding, m_pBuffer + bomLength,
+                                 static_cast<int>(m_nDataSize) - bomLength, m_nFileEncoding, converted,
+                                 length))
+                return 0;
+        } catch (const std::bad_alloc&) {
             return 0;
+        }
         const std::string_view bytes(reinterpret_cast<const char*>(converted),
                                      static_cast<std::size_t>(length));
         const bool hasMark = GetBomLength(m_nFileEncoding, converted, length) != 0;

@@ -48,6 +48,8 @@ public:
     // cannot be converted (the object then forgets everything but the open file), or when text was written
     // and not yet flushed, which a read would throw away.
     int Load2Memory();
+    // Whether the last load failed because memory ran out: the file may then be read well another time.
+    bool LoadLackedMemory() const { return m_bLoadLackedMemory; }
     // The next line, without its end; a run of line ends (CR, LF, zero bytes) counts as one, so that an empty
     // line is returned only where the position itself stands on a line end. 1, or 0 at the end or when
     // loading fails.
@@ -83,7 +85,8 @@ public:
     unsigned _GetCurPos() const { return m_nPosition; }
 
     // Converters between encodings. The outputs are null and 0 on failure, else a new buffer, which the
-    // caller releases with FreeBuffer. False for a pair that is not converted, an empty result, or no memory.
+    // caller releases with FreeBuffer. False for a pair that is not converted or an empty result; running out
+    // of memory throws std::bad_alloc.
     static zynTextEncoding GetBufferEncode(unsigned char* buffer, int length);
     static bool ConvertEncoding(zynTextEncoding from, unsigned char* src, int length, zynTextEncoding to,
                                 unsigned char*& out, int& outLength);
@@ -114,6 +117,7 @@ protected:
     bool m_bLoaded;
     bool m_bModified;
     bool m_bCutPending; // opened to be emptied, and not emptied yet
+    bool m_bLoadLackedMemory;
     unsigned char* m_pBuffer;
     std::uint32_t m_nCapacity;
     std::uint32_t m_nDataSize;

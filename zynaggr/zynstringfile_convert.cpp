@@ -7,7 +7,6 @@
 #include <cstring>
 #include <limits>
 #include <memory>
-#include <new>
 
 // The static converters of CzynStringFile. UCS-2LE is the intermediate form of every pair.
 
@@ -16,7 +15,7 @@ namespace {
 using Buffer = std::unique_ptr<unsigned char[]>;
 
 Buffer Allocate(std::size_t size) {
-    return Buffer(new (std::nothrow) unsigned char[size]);
+    return Buffer(new unsigned char[size]);
 }
 
 bool FitsInt(std::size_t size) {
@@ -44,7 +43,6 @@ bool Give(Buffer buffer, std::size_t length, unsigned char*& out, int& outLength
 bool Copy(const unsigned char* src, int length, unsigned char*& out, int& outLength) {
     const auto size = static_cast<std::size_t>(length);
     Buffer copy = Allocate(size);
-    if (!copy) return false;
     std::memcpy(copy.get(), src, size);
     return Give(std::move(copy), size, out, outLength);
 }
@@ -61,8 +59,8 @@ public:
         if (reinterpret_cast<std::uintptr_t>(bytes) % alignof(WCHAR) == 0) {
             m_units = reinterpret_cast<const WCHAR*>(bytes);
         } else {
-            m_copy.reset(new (std::nothrow) WCHAR[count]);
-            if (m_copy) std::memcpy(m_copy.get(), bytes, count * sizeof(WCHAR));
+            m_copy.reset(new WCHAR[count]);
+            std::memcpy(m_copy.get(), bytes, count * sizeof(WCHAR));
             m_units = m_copy.get();
         }
     }
@@ -115,7 +113,6 @@ bool CzynStringFile::ConvertEncoding2UCS2(zynTextEncoding from, unsigned char* s
     const std::size_t size = count * sizeof(WCHAR);
     if (count == 0 || !FitsInt(size + sizeof(WCHAR))) return false;
     Buffer buffer = Allocate(size + sizeof(WCHAR));
-    if (!buffer) return false;
     zynplatform::ToWide(codePage, text, static_cast<std::size_t>(length),
                         reinterpret_cast<WCHAR*>(buffer.get()));
     buffer[size] = buffer[size + 1] = 0;
@@ -144,11 +141,9 @@ bool CzynStringFile::ConverUCS2Encoding(unsigned char* src, int length, zynTextE
     }
     const std::size_t units = static_cast<std::size_t>(length) / sizeof(WCHAR);
     const AlignedUnits text(src, units);
-    if (!text.Get()) return false;
     const std::size_t count = zynplatform::NarrowLength(codePage, text.Get(), units);
     if (count == 0 || !FitsInt(count + 1)) return false;
     Buffer buffer = Allocate(count + 1);
-    if (!buffer) return false;
     zynplatform::ToNarrow(codePage, text.Get(), units, reinterpret_cast<char*>(buffer.get()));
     buffer[count] = 0;
     return Give(std::move(buffer), count, out, outLength);
@@ -180,7 +175,6 @@ bool CzynStringFile::BufConvert_Utf32le_to_UCS2(unsigned char* src, unsigned len
     if (!src) return false;
     const unsigned units = length / 4;
     Buffer buffer = Allocate(length / 2);
-    if (!buffer) return false;
     for (unsigned i = 0; i < units; ++i) {
         const unsigned char* const unit = src + std::size_t{4} * i;
         if (unit[2] != 0 || unit[3] != 0) return false;
@@ -200,7 +194,6 @@ bool CzynStringFile::BufConvert_UCS2_to_Utf32le(unsigned char* src, unsigned len
     if (!src || length > std::numeric_limits<int>::max() / 2) return false;
     const unsigned units = length / 2;
     Buffer buffer = Allocate(std::size_t{2} * length);
-    if (!buffer) return false;
     for (unsigned i = 0; i < units; ++i) {
         unsigned char* const unit = &buffer[std::size_t{4} * i];
         unit[0] = src[2 * i];

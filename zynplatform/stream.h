@@ -45,6 +45,8 @@ public:
     // Appends up to `limit` bytes to `line`, up to and including the first line feed; the number of bytes
     // appended.
     std::size_t ReadLine(std::string& line, std::size_t limit);
+    // Nothing is left to read.
+    bool AtEnd() { return m_next == m_end && !Fill(); }
     // True when all bytes were taken; a full disk may show only at Flush or Close.
     bool Write(const void* buffer, std::size_t count);
     bool Flush();

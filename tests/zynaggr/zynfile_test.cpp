@@ -168,6 +168,7 @@ TEST(ZynFile, LinesOfAnyLengthArriveWhole) {
     for (const char* expected : {"abc\n", "\n", "abcd", "\n", "z"})
         EXPECT_STREQ(file.ReadString(buffer, 5), expected);
     EXPECT_EQ(file.ReadString(buffer, 5), nullptr);
+    EXPECT_EQ(file.ReadString(buffer, 1), nullptr);
 }
 
 TEST(ZynFile, CopiesShareTheStreamAndCloseItOnce) {
