@@ -1,0 +1,123 @@
+#include "zynaggr/zynstrmap.h"
+#include "zynplatform/cp1251.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <random>
+#include <string>
+
+using namespace zynplatform::literals;
+
+namespace {
+
+struct OpenMap : CzynStrMap {
+    using CzynStrMap::CzynStrMap;
+    int Capacity() const { return m_aItems.m_nMaxSize; }
+};
+
+std::string Keys(const CzynStrMap& map) {
+    std::string keys;
+    for (int i = 0; i < map.GetSize(); ++i)
+        keys += std::string(map.GetAt(i)->m_sKey) + " ";
+    return keys;
+}
+
+} // namespace
+
+// Every index, value and key against std::map, with keys that collide once they are lower-cased.
+TEST(StrMap, BehavesLikeASortedMap) {
+    std::mt19937 random(7);
+    for (const bool caseSensitive : {true, false}) {
+        OpenMap map(caseSensitive);
+        std::map<std::string, int> model;
+        for (int step = 0; step < 3000; ++step) {
+            CStringA key;
+            for (unsigned n = random() % 4; n > 0; --n)
+                key += "aAbBz_~\xC0\xE0\xFF\xB8\xA8"[random() % 12];
+            CStringA stored = key;
+            if (!caseSensitive) stored.MakeLower();
+            const auto known = model.find(stored.GetString());
+            const int wanted = known == model.end() ? -1 : known->second;
+            ASSERT_EQ(map.Get(key), wanted);
+            ASSERT_EQ(map.Find(key.GetString()),
+                      known == model.end() ? -1 : std::distance(model.begin(), known));
+            if (random() % 3 == 0 && !model.empty()) {
+                const int index = static_cast<int>(random() % model.size());
+                ASSERT_TRUE(map.Remove(index));
+                model.erase(std::next(model.begin(), index));
+            } else {
+                model[stored.GetString()] = step;
+                ASSERT_EQ(map.Add(key, step), std::distance(model.begin(), model.find(stored.GetString())));
+            }
+            ASSERT_EQ(map.GetSize(), static_cast<int>(model.size()));
+        }
+        int index = 0;
+        for (const auto& [key, value] : model) {
+            EXPECT_EQ(map.GetAt(index)->m_sKey, key.c_str());
+            EXPECT_EQ(map.GetAt(index++)->m_nValue, value);
+        }
+    }
+}
+
+TEST(StrMap, GrowsAsItsArrayAndAnswersOutsideIt) {
+    OpenMap map;
+    EXPECT_EQ(map.Capacity(), 8);
+    EXPECT_EQ(map.Get("x"), -1);
+    EXPECT_EQ(map.GetP("x"), nullptr);
+    for (const char* key : {"1", "2", "3", "4", "5", "6", "7", "8", "0"})
+        map.Add(key, 7);
+    EXPECT_EQ(map.Capacity(), 18);
+    EXPECT_EQ(map.Find(7), 0);
+    EXPECT_TRUE(map.SetAt(0, 1));
+    EXPECT_EQ(map.Find(7), 1);
+    for (const int index : {-1, 9}) {
+        EXPECT_EQ(map.GetAt(index), nullptr);
+        EXPECT_FALSE(map.SetAt(index, 1));
+        EXPECT_FALSE(map.Remove(index));
+    }
+    int target = 0;
+    map.Add("p", &target);
+    EXPECT_EQ(map.GetP("p"), &target);
+    OpenMap copy(false);
+    copy.Add("x", 1);
+    copy = map;
+    EXPECT_EQ(copy.GetSize(), 0);
+    EXPECT_TRUE(copy.m_bCaseSensitive);
+    EXPECT_EQ(map.GetSize(), 10);
+}
+
+TEST(StrMap, SortsByNumberOnRequest) {
+    CzynStrMap map;
+    for (const char* key : {"9", "100", "10", "-5x"})
+        map.Add(key, 0);
+    EXPECT_EQ(Keys(map), "-5x 10 100 9 ");
+    map.m_bSortAsInt = true;
+    map.Sort();
+    EXPECT_EQ(Keys(map), "-5x 9 10 100 ");
+    map.m_bSortAsInt = false;
+    map.Sort();
+    EXPECT_EQ(Keys(map), "-5x 10 100 9 ");
+}
+
+TEST(StrStrMap, LooksUpBothWays) {
+    CzynStrStrMap map;
+    EXPECT_EQ(map.Add("b", "x"), 0);
+    EXPECT_EQ(map.Add("a", "y"), 0);
+    EXPECT_EQ(map.Add("c", "x"), 2);
+    EXPECT_EQ(map.Add("c", nullptr), 2);
+    EXPECT_EQ(map.Add("Ё"_cp1251, "z"), 3);
+    EXPECT_EQ(map.FindByIn("c"), 2);
+    EXPECT_EQ(map.FindByIn("C"), -1);
+    EXPECT_EQ(map.FindByOut("x"), 1);
+    EXPECT_EQ(map.FindByOut("X"), -1);
+    EXPECT_EQ(map.Get("a", false), "y");
+    EXPECT_EQ(map.Get("A", false), "");
+    EXPECT_EQ(map.Get("A", true), "y");
+    EXPECT_EQ(map.Get("ё"_cp1251, true), "z");
+    map.m_bOwnSearch = true;
+    EXPECT_EQ(map.Get("A", true), "");
+    EXPECT_TRUE(map.SetAt(2, "w"));
+    EXPECT_FALSE(map.SetAt(4, "w"));
+    EXPECT_EQ(map.Get("c", false), "w");
+}

@@ -1,0 +1,181 @@
+#include "zynaggr/zynstrmap.h"
+
+#include "zynaggr/zynhelpers.h"
+
+#include <cstdlib>
+#include <memory>
+#include <string_view>
+
+namespace {
+
+// How an item's key stands to a key: negative when it comes before.
+struct ByCase {
+    std::string_view key;
+    template <class Item> int operator()(const Item* item) const { return item->m_sKey.View().compare(key); }
+};
+struct IgnoringCase {
+    const char* key;
+    template <class Item> int operator()(const Item* item) const { return item->m_sKey.CompareNoCase(key); }
+};
+
+std::string_view Text(const char* text) {
+    return text ? text : "";
+}
+
+struct Place {
+    int index;
+    bool found;
+};
+
+// Where a key stands, or where it is to be inserted.
+template <class Items, class Order> Place PlaceOf(const Items& items, Order order) {
+    const int last = items.GetSize() - 1;
+    if (last < 0) return {0, false};
+    if (const int first = order(items.m_pData[0]); first >= 0) return {0, first == 0};
+    if (const int end = order(items.m_pData[last]); end <= 0) return {end == 0 ? last : last + 1, end == 0};
+    int low = 0, high = last;
+    while (high - low >= 2) {
+        const int middle = (low + high) / 2;
+        const int at = order(items.m_pData[middle]);
+        if (at == 0) return {middle, true};
+        (at < 0 ? low : high) = middle;
+    }
+    return {high, order(items.m_pData[high]) == 0};
+}
+
+// The index of a key, or -1. In an array that is not sorted it finds what the halving happens to meet.
+template <class Items, class Order> int FindIn(const Items& items, Order order) {
+    if (items.GetSize() == 0) return -1;
+    int low = 0, high = items.GetSize() - 1;
+    for (int middle = 0;;) {
+        const int before = middle;
+        middle = (low + high) / 2;
+        if (middle == before) break;
+        const int at = order(items.m_pData[middle]);
+        if (at == 0) return middle;
+        (at < 0 ? low : high) = middle;
+    }
+    if (order(items.m_pData[high]) == 0) return high;
+    return order(items.m_pData[low]) == 0 ? low : -1;
+}
+
+// Hands an item over to the array; -1, and the item deleted, when there is no room.
+template <class Items, class Item> int Insert(Items& items, int index, std::unique_ptr<Item> item) {
+    const bool added =
+        index == items.GetSize() ? items.Add(item.get()) >= 0 : items.InsertAt(index, item.get());
+    if (!added) return -1;
+    item.release();
+    return index;
+}
+
+template <class Items> void SortItems(Items& items, int (*compare)(const void*, const void*)) {
+    if (items.GetSize() < 2) return;
+    std::qsort(items.m_pData, static_cast<std::size_t>(items.GetSize()), sizeof *items.m_pData, compare);
+}
+
+template <class Item> const Item& ItemAt(const void* slot) {
+    return **static_cast<Item* const*>(slot);
+}
+
+} // namespace
+
+int CzynStrMap::AddWord(const char* key, std::intptr_t value) {
+    CStringA sKey(key);
+    if (!m_bCaseSensitive) sKey.MakeLower();
+    const Place place =
+        m_bCaseSensitive ? PlaceOf(m_aItems, ByCase{sKey.View()}) : PlaceOf(m_aItems, IgnoringCase{sKey});
+    if (!place.found)
+        return Insert(m_aItems, place.index,
+                      std::unique_ptr<CzynStrMapItem>(new CzynStrMapItem{std::move(sKey), value}));
+    m_aItems.m_pData[place.index]->m_nValue = value;
+    return place.index;
+}
+
+void CzynStrMap::Sort() {
+    SortItems(m_aItems, m_bSortAsInt       ? compare_CzynStrMapItem_AsInt
+                        : m_bCaseSensitive ? compare_CzynStrMapItem
+                                           : compare_CzynStrMapItem_NoCase);
+}
+
+int CzynStrMap::Find(const char* key) const {
+    return m_bCaseSensitive ? FindIn(m_aItems, ByCase{Text(key)}) : FindIn(m_aItems, IgnoringCase{key});
+}
+
+int CzynStrMap::Find(int value) const {
+    for (int i = 0; i < m_aItems.GetSize(); ++i)
+        if (m_aItems.m_pData[i]->m_nValue == value) return i;
+    return -1;
+}
+
+long CzynStrMap::Get(const char* key) const {
+    const int index = Find(key);
+    return index < 0 ? -1 : m_aItems.m_pData[index]->m_nValue;
+}
+
+void* CzynStrMap::GetP(const char* key) const {
+    const int index = Find(key);
+    if (index < 0) return nullptr;
+    return reinterpret_cast<void*>(m_aItems.m_pData[index]->m_nValue); // NOLINT(performance-no-int-to-ptr)
+}
+
+bool CzynStrMap::SetAt(int index, int value) {
+    CzynStrMapItem* const item = GetAt(index);
+    if (item) item->m_nValue = value;
+    return item != nullptr;
+}
+
+int CzynStrMap::compare_CzynStrMapItem(const void* left, const void* right) {
+    return ItemAt<CzynStrMapItem>(left).m_sKey.Compare(ItemAt<CzynStrMapItem>(right).m_sKey);
+}
+
+int CzynStrMap::compare_CzynStrMapItem_NoCase(const void* left, const void* right) {
+    return ItemAt<CzynStrMapItem>(left).m_sKey.CompareNoCase(ItemAt<CzynStrMapItem>(right).m_sKey);
+}
+
+int CzynStrMap::compare_CzynStrMapItem_AsInt(const void* left, const void* right) {
+    const std::int32_t a = zyn::DecimalValue(ItemAt<CzynStrMapItem>(left).m_sKey);
+    const std::int32_t b = zyn::DecimalValue(ItemAt<CzynStrMapItem>(right).m_sKey);
+    return (a > b) - (a < b);
+}
+
+int CzynStrStrMap::Add(const char* key, const char* value) {
+    const Place place = PlaceOf(m_aItems, ByCase{Text(key)});
+    if (!place.found)
+        return Insert(m_aItems, place.index,
+                      std::unique_ptr<CzynStrStrMapItem>(new CzynStrStrMapItem{key, value}));
+    m_aItems.m_pData[place.index]->m_sValue = value;
+    return place.index;
+}
+
+void CzynStrStrMap::Sort() {
+    SortItems(m_aItems, compare_CzynStrStrMapItem);
+}
+
+int CzynStrStrMap::FindByIn(const char* key) const {
+    return FindIn(m_aItems, ByCase{Text(key)});
+}
+
+int CzynStrStrMap::FindByOut(const char* value) const {
+    for (int i = 0; i < m_aItems.GetSize(); ++i)
+        if (m_aItems.m_pData[i]->m_sValue == value) return i;
+    return -1;
+}
+
+CStringA CzynStrStrMap::Get(const char* key, bool bNoCase) const {
+    const int index = bNoCase && !m_bOwnSearch ? FindIn(m_aItems, IgnoringCase{key}) : FindByIn(key);
+    return index < 0 ? CStringA() : m_aItems.m_pData[index]->m_sValue;
+}
+
+bool CzynStrStrMap::SetAt(int index, const char* value) {
+    CzynStrStrMapItem* const item = GetAt(index);
+    if (item) item->m_sValue = value;
+    return item != nullptr;
+}
+
+int CzynStrStrMap::compare_CzynStrStrMapItem(const void* left, const void* right) {
+    return ItemAt<CzynStrStrMapItem>(left).m_sKey.Compare(ItemAt<CzynStrStrMapItem>(right).m_sKey);
+}
+
+int CzynStrStrMap::compareNoCase_CzynStrStrMapItem(const void* left, const void* right) {
+    return ItemAt<CzynStrStrMapItem>(left).m_sKey.CompareNoCase(ItemAt<CzynStrStrMapItem>(right).m_sKey);
+}
