@@ -1,25 +1,29 @@
 // inictl: reads and edits an INI file from the command line, and shows how a host program uses the library.
 //
 // Arguments and output are in the terminal's encoding, the library's texts in code page 1251: FromTerminal
-// and zynplatform::Write stand between the two.
+// and zynplatform::Write stand between the two. Messages are in the language of the user's locale, from the
+// dictionaries "translate#*.xml" beside the program, and Russian where there is none.
 
 #include <zynaggr/zynaggr.h>
+#include <zynhost/application.h>
 #include <zynplatform/console.h>
+#include <zynplatform/cp1251.h>
 
-#include <cstdio>
 #include <filesystem>
 #include <string>
 #include <vector>
 
+using namespace zynplatform::literals;
+
 namespace {
 
-constexpr const char* usage = "usage: inictl FILE list [SECTION]\n"
-                              "       inictl FILE get SECTION KEY [DEFAULT]\n"
-                              "       inictl FILE set SECTION KEY VALUE [COMMENT]\n"
-                              "       inictl FILE delete SECTION KEY\n"
-                              "       inictl FILE rename-section OLD NEW\n"
-                              "       inictl FILE rename-key SECTION OLD NEW\n"
-                              "       inictl FILE expand PATH\n";
+constexpr const char* usage = "использование: inictl ФАЙЛ list [СЕКЦИЯ]\n"
+                              "               inictl ФАЙЛ get СЕКЦИЯ КЛЮЧ [ПО-УМОЛЧАНИЮ]\n"
+                              "               inictl ФАЙЛ set СЕКЦИЯ КЛЮЧ ЗНАЧЕНИЕ [КОММЕНТАРИЙ]\n"
+                              "               inictl ФАЙЛ delete СЕКЦИЯ КЛЮЧ\n"
+                              "               inictl ФАЙЛ rename-section СТАРАЯ НОВАЯ\n"
+                              "               inictl ФАЙЛ rename-key СЕКЦИЯ СТАРЫЙ НОВЫЙ\n"
+                              "               inictl ФАЙЛ expand ПУТЬ"_cp1251;
 
 constexpr std::uint32_t errorStyle = 0x10;
 
@@ -48,6 +52,13 @@ bool Fail(const CStringA& message) {
     zynMessagePrint(message, errorStyle);
     zynplatform::Write("\n");
     return false;
+}
+
+// The same with a format in Russian that takes a file name.
+bool Fail(const char* format, const CStringA& fileName) {
+    CStringA message;
+    message.Format(CzynTranslate::Translate(format), fileName.GetString());
+    return Fail(message);
 }
 
 bool List(Settings& ini, const Arguments& arguments) {
@@ -114,11 +125,14 @@ bool Run(const Command& command, const char* fileName, const Arguments& argument
     Settings ini;
     // An absolute path, so that it is this file and not one that is searched for.
     ini.SetINI(std::filesystem::absolute(fileName).c_str(), false, 0);
-    if (!ini.isFileExist() && !command.edits) return Fail("no such file: " + ini.GetRealIniName());
+    if (!ini.isFileExist() && !command.edits)
+        return Fail("Нет такого файла: %s"_cp1251, ini.GetRealIniName());
     if (!ini.Load()) return Fail(ini.GetErrDescription());
     const bool done = command.run(ini, arguments);
     const CStringA error = ini.GetErrDescription();
-    if (!done) return Fail(error.IsEmpty() ? "nothing of that name in " + ini.GetRealIniName() : error);
+    if (!done)
+        return error.IsEmpty() ? Fail("Нет такой записи в файле %s"_cp1251, ini.GetRealIniName())
+                               : Fail(error);
     // A save that found the disk full is not refused, but leaves a text.
     return !command.edits || error.IsEmpty() || Fail(error);
 }
@@ -126,6 +140,8 @@ bool Run(const Command& command, const char* fileName, const Arguments& argument
 } // namespace
 
 int main(int argc, char** argv) {
+    const CWinApp app; // its folder is where the dictionaries are looked for
+    CzynTranslate::Init(true, nullptr);
     zynplatform::UseTerminalEncoding(true);
     Arguments arguments;
     for (int i = 3; i < argc; ++i)
@@ -137,6 +153,6 @@ int main(int argc, char** argv) {
         zynplatform::Flush();
         return done ? 0 : 1;
     }
-    std::fputs(usage, stderr);
+    zynplatform::ShowMessage(CzynTranslate::Translate(usage), nullptr);
     return 1;
 }

@@ -3,7 +3,8 @@
 // zynAggr: everything, in one header. Each unit's header is its manual and can be included by itself.
 
 #include "zynaggr/ini.h"              // the INI engine
-#include "zynaggr/zyn_translate.h"    // translation of the library's texts
+#include "zynaggr/zyn_langs.h"        // locales of interface languages
+#include "zynaggr/zyn_translate.h"    // translation dictionaries, the interface language
 #include "zynaggr/zynencoding.h"      // text encodings: detection, marks
 #include "zynaggr/zynerror.h"         // error records
 #include "zynaggr/zynfile.h"          // files and helpers for files by name
@@ -14,5 +15,6 @@
 #include "zynaggr/zynstringadapter.h" // one text in 8-bit and 16-bit form
 #include "zynaggr/zynstringfile.h"    // text files in any encoding
 #include "zynaggr/zynstringw.h"       // 16-bit string
+#include "zynaggr/zynstrmap.h"        // string-keyed maps
 #include "zynaggr/zynsync.h"          // counter, critical sections, stopwatch
 #include "zynaggr/zyntaggr.h"         // pointer array

@@ -1,12 +1,29 @@
 #include "zynhost/application.h"
 
 #include "zynplatform/console.h"
+#include "zynplatform/filesystem.h"
+#include "zynplatform/registry.h"
 
 #include <atomic>
+#include <string>
 
 namespace {
 
 std::atomic<CWinApp*> application{nullptr};
+
+// Without the extension; empty when the system does not tell.
+std::string ExecutablePath() {
+    std::string path;
+    if (!zynplatform::GetExecutableFileName(path)) return {};
+    const std::size_t dot = path.rfind('.');
+    if (dot != path.npos && path.find('\\', dot) == path.npos) path.resize(dot);
+    return path;
+}
+
+std::string ProfileKey(const char* section) {
+    const std::string path = ExecutablePath();
+    return "Software\\" + path.substr(path.rfind('\\') + 1) + "\\" + section;
+}
 
 } // namespace
 
@@ -22,6 +39,21 @@ CWinApp::~CWinApp() {
 int CWinApp::DoMessageBox(const char* text, std::uint32_t /*style*/, std::uint32_t /*helpContext*/) {
     zynplatform::ShowMessage(text, nullptr);
     return IDOK;
+}
+
+std::uint32_t CWinApp::GetProfileInt(const char* section, const char* entry, int defaultValue) {
+    const auto missing = static_cast<std::uint32_t>(defaultValue);
+    const auto key = zynplatform::RegistryKey::Open(ProfileKey(section));
+    return key ? key->GetNumber(entry).value_or(missing) : missing;
+}
+
+bool CWinApp::WriteProfileInt(const char* section, const char* entry, int value) {
+    const auto key = zynplatform::RegistryKey::OpenOrCreate(ProfileKey(section));
+    return key && key->SetNumber(entry, static_cast<std::uint32_t>(value));
+}
+
+CStringA CWinApp::GetHelpFilePath() const {
+    return CStringA(std::string_view(ExecutablePath() + ".hlp"));
 }
 
 CWinApp* AfxGetApp() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "zynhost/cstring.h"
 #include "zynplatform/export.h"
 
 #include <cstdint>
@@ -37,6 +38,16 @@ public:
     // never null, the style word is the caller's, 0 means no help context. Called on the thread that has
     // something to say. The default writes the text to standard error and answers IDOK.
     virtual int DoMessageBox(const char* text, std::uint32_t style, std::uint32_t helpContext);
+
+    // The host's own settings: numbers by section and entry. The default keeps them in the user's registry
+    // (zynplatform/registry.h), in the key "Software\<title of the executable>\<section>".
+    virtual std::uint32_t GetProfileInt(const char* section, const char* entry, int defaultValue);
+    // False when the number could not be stored.
+    virtual bool WriteProfileInt(const char* section, const char* entry, int value);
+
+    // The full path of the host's help file. The file need not be there: its folder is where the host's
+    // translation dictionaries are. The default is the executable's path with the extension ".hlp".
+    virtual CStringA GetHelpFilePath() const;
 };
 
 // The process's application object, or null.

@@ -1,5 +1,6 @@
 #include "zynplatform/filesystem.h"
 
+#include "zynplatform/cp1251.h"
 #include "zynplatform/file.h"
 #include "zynplatform/paths.h"
 #include "zynplatform/syserror.h"
@@ -7,6 +8,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <dirent.h>
 #include <fcntl.h>
 #include <memory>
 #include <sys/sendfile.h>
@@ -64,6 +66,26 @@ std::uint32_t MoveAcrossFileSystems(const char* from, const char* to) {
     AccessRights rights;
     if (GetAccessRights(from, rights) == 0) SetAccessRights(to, rights);
     return RemoveFile(from);
+}
+
+// '*' stands for any text.
+bool MatchesIgnoringCase(std::string_view pattern, std::string_view name) {
+    std::size_t p = 0, n = 0, star = pattern.npos, resume = 0;
+    while (n < name.size()) {
+        if (p < pattern.size() && pattern[p] == '*') {
+            star = p++;
+            resume = n;
+        } else if (p < pattern.size() && Cp1251Lower(pattern[p]) == Cp1251Lower(name[n])) {
+            ++p;
+            ++n;
+        } else if (star != pattern.npos) {
+            p = star + 1;
+            n = ++resume;
+        } else {
+            return false;
+        }
+    }
+    return pattern.find_first_not_of('*', p) == pattern.npos;
 }
 
 } // namespace
@@ -142,6 +164,22 @@ std::uint32_t SetAccessRights(const char* name, const AccessRights& rights) {
     if (removexattr(native.c_str(), accessListAttribute) == 0 || errno == ENODATA || errno == EOPNOTSUPP)
         return 0;
     return SystemErrorFromErrno(errno);
+}
+
+std::vector<std::string> FindFiles(std::string_view pattern) {
+    const std::size_t nameBegin = pattern.rfind('\\') + 1;
+    const std::string folder = nameBegin == 0 ? "." : ToNativePath(pattern.substr(0, nameBegin));
+    std::vector<std::string> names;
+    const std::unique_ptr<DIR, int (*)(DIR*)> entries(opendir(folder.c_str()), &closedir);
+    if (!entries) return names;
+    while (const dirent* entry = readdir(entries.get())) {
+        std::string name = FromNativePath(entry->d_name);
+        if (!MatchesIgnoringCase(pattern.substr(nameBegin), name)) continue;
+        struct stat file;
+        if (fstatat(dirfd(entries.get()), entry->d_name, &file, 0) == 0 && !S_ISDIR(file.st_mode))
+            names.push_back(std::move(name));
+    }
+    return names;
 }
 
 bool GetCurrentFolder(std::string& folder) {

@@ -4,6 +4,8 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
+#include <vector>
 
 // Files and folders by name. Names are library paths (see paths.h), results system error numbers (see
 // syserror.h) with 0 for success.
@@ -34,6 +36,11 @@ struct AccessRights {
 };
 ZYN_API std::uint32_t GetAccessRights(const char* name, AccessRights& rights);
 ZYN_API std::uint32_t SetAccessRights(const char* name, const AccessRights& rights);
+
+// The names, without the folder, of the files (not folders) of one folder that match a pattern, in the order
+// in which the file system reports them. The pattern is a path whose last part may hold '*', any text; letter
+// case does not matter in that part. Without a backslash the current folder is searched.
+ZYN_API std::vector<std::string> FindFiles(std::string_view pattern);
 
 // The process's current folder and the file name of its executable, in library form; false when the system
 // does not tell.

@@ -3,10 +3,16 @@
 #include "zynplatform/codepage.h"
 
 #include <cerrno>
+#include <charconv>
+#include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <functional>
 #include <string>
 
 #include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace zynplatform {
@@ -66,12 +72,173 @@ std::string_view Trimmed(std::string_view line) {
     return line.substr(first, line.find_last_not_of(blanks) - first + 1);
 }
 
-// Takes the next line off the text.
-std::string_view TakeLine(std::string_view& text) {
-    const std::size_t end = text.find('\n');
-    const std::string_view line = text.substr(0, end);
-    text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
-    return Trimmed(line);
+// What a text says of a key and of one of its values.
+struct Found {
+    bool key = false;
+    std::size_t insertAt = std::string::npos; // where a value of the key is added; none without a header
+    std::size_t valueBegin = std::string::npos, valueEnd = 0; // the line of the value
+    std::optional<std::uint32_t> number;
+};
+
+// Takes a quoted text with its escapes off the front of a line; false when there is none.
+bool TakeQuoted(std::string_view& line, std::string& text) {
+    if (!line.starts_with('"')) return false;
+    for (std::size_t i = 1; i < line.size(); ++i) {
+        if (line[i] == '"') {
+            line = line.substr(i + 1);
+            return true;
+        }
+        if (line[i] == '\\' && i + 1 < line.size()) ++i;
+        text += line[i];
+    }
+    return false;
+}
+
+std::optional<std::uint32_t> NumberOf(std::string_view text) {
+    constexpr std::string_view type = "dword:";
+    if (!text.starts_with(type) || text.size() > type.size() + 8) return {};
+    std::uint32_t number = 0;
+    const char* const end = text.data() + text.size();
+    const auto [last, error] = std::from_chars(text.data() + type.size(), end, number, 16);
+    if (error != std::errc() || last != end) return {};
+    return number;
+}
+
+Found Find(std::string_view text, std::string_view key, std::string_view name) {
+    const std::u16string wantedKey = FoldedName(ansiCodePage, key);
+    const std::u16string wantedName = FoldedName(ansiCodePage, name);
+    Found found;
+    bool inKey = false;
+    for (std::size_t begin = text.starts_with("\xEF\xBB\xBF") ? 3 : 0, end; begin < text.size();
+         begin = end) {
+        const std::size_t newline = text.find('\n', begin);
+        end = newline == text.npos ? text.size() : newline + 1;
+        std::string_view line = Trimmed(text.substr(begin, std::min(newline, text.size()) - begin));
+        if (line.starts_with('[') && line.ends_with(']')) {
+            const std::u16string opened = FoldedName(utf8CodePage, line.substr(1, line.size() - 2));
+            inKey = opened == wantedKey;
+            found.key |= inKey || opened.starts_with(wantedKey + u'\\');
+            if (inKey) found.insertAt = end;
+        } else if (inKey && !line.empty()) {
+            found.insertAt = end;
+            std::string valueName;
+            if (found.valueBegin != text.npos || !TakeQuoted(line, valueName)) continue;
+            if (FoldedName(utf8CodePage, valueName) != wantedName) continue;
+            line = Trimmed(line);
+            if (!line.starts_with('=')) continue;
+            found.valueBegin = begin;
+            found.valueEnd = end;
+            found.number = NumberOf(Trimmed(line.substr(1)));
+        }
+    }
+    return found;
+}
+
+std::string Utf8(std::string_view text) {
+    std::u16string wide(WideLength(ansiCodePage, text.data(), text.size()), u'\0');
+    ToWide(ansiCodePage, text.data(), text.size(), wide.data());
+    std::string result(NarrowLength(utf8CodePage, wide.data(), wide.size()), '\0');
+    ToNarrow(utf8CodePage, wide.data(), wide.size(), result.data());
+    return result;
+}
+
+std::string Quoted(std::string_view text) {
+    std::string result = "\"";
+    for (const char c : Utf8(text)) {
+        if (c == '"' || c == '\\') result += '\\';
+        result += c;
+    }
+    return result + '"';
+}
+
+void AddKey(std::string& text, std::string_view key) {
+    if (!text.empty()) text += text.ends_with('\n') ? "\n" : "\n\n";
+    text.append("[").append(Utf8(key)).append("]\n");
+}
+
+void SetValue(std::string& text, std::string_view key, std::string_view name, std::uint32_t value) {
+    Found found = Find(text, key, name);
+    if (found.insertAt == text.npos) {
+        AddKey(text, key);
+        found.insertAt = text.size();
+    }
+    char number[16];
+    std::snprintf(number, sizeof number, "dword:%08x", static_cast<unsigned>(value));
+    const std::string line = Quoted(name) + "=" + number + "\n";
+    if (found.valueBegin != text.npos) {
+        text.replace(found.valueBegin, found.valueEnd - found.valueBegin, line);
+        return;
+    }
+    if (text[found.insertAt - 1] != '\n') text.insert(found.insertAt++, 1, '\n');
+    text.insert(found.insertAt, line);
+}
+
+bool WriteWhole(const std::string& name, const std::string& text, mode_t permissions) {
+    const int file = open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, permissions);
+    if (file < 0) return false;
+    std::string_view rest = text;
+    while (!rest.empty()) {
+        const ssize_t count = write(file, rest.data(), rest.size());
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) break;
+        rest.remove_prefix(static_cast<std::size_t>(count));
+    }
+    const bool complete = rest.empty() && fsync(file) == 0;
+    return close(file) == 0 && complete;
+}
+
+// Held by whoever changes the registry, until the end of the scope.
+class WriterLock {
+public:
+    explicit WriterLock(const std::string& registryFile) {
+        m_file = open((registryFile + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+        while (m_file >= 0 && flock(m_file, LOCK_EX) != 0) {
+            if (errno == EINTR) continue;
+            close(m_file);
+            m_file = -1;
+        }
+    }
+    ~WriterLock() {
+        if (m_file >= 0) close(m_file);
+    }
+    WriterLock(const WriterLock&) = delete;
+    WriterLock& operator=(const WriterLock&) = delete;
+    bool IsHeld() const { return m_file >= 0; }
+
+private:
+    int m_file = -1;
+};
+
+bool MayWrite(const std::filesystem::path& path) {
+    return faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0;
+}
+
+// Puts a changed text in the place of the file; `change` tells whether there is something to write.
+bool ChangeRegistry(const std::function<bool(std::string& text)>& change) {
+    std::string name = RegistryFileName();
+    if (name.empty()) return false;
+    std::error_code error;
+    // The file itself is to be replaced, not a link to it.
+    if (const auto target = std::filesystem::canonical(name, error); !error) name = target.string();
+    const WriterLock lock(name);
+    std::string text;
+    if (!lock.IsHeld() || !ReadRegistry(text) || !change(text)) return false;
+
+    mode_t permissions = 0600;
+    if (struct stat old; stat(name.c_str(), &old) == 0) {
+        if (!MayWrite(name)) return false; // a rename would not ask
+        permissions = old.st_mode & 07777;
+    }
+    const std::string copy = name + ".new";
+    if (WriteWhole(copy, text, permissions) && std::rename(copy.c_str(), name.c_str()) == 0) return true;
+    unlink(copy.c_str());
+    return false;
+}
+
+bool MayChangeRegistry() {
+    const std::filesystem::path name = RegistryFileName();
+    const std::filesystem::path folder = name.has_parent_path() ? name.parent_path() : ".";
+    return MayWrite(name) && MayWrite(folder);
 }
 
 } // namespace
@@ -83,19 +250,39 @@ bool RegistryIsReadable() {
 
 bool RegistryKeyExists(std::string_view key) {
     std::string text;
-    if (!ReadRegistry(text)) return false;
-    const std::u16string wanted = FoldedName(ansiCodePage, key);
+    return ReadRegistry(text) && Find(text, key, {}).key;
+}
 
-    std::string_view rest = text;
-    if (rest.starts_with("\xEF\xBB\xBF")) rest.remove_prefix(3);
-    while (!rest.empty()) {
-        const std::string_view line = TakeLine(rest);
-        if (!line.starts_with('[') || !line.ends_with(']')) continue;
-        const std::u16string opened = FoldedName(utf8CodePage, line.substr(1, line.size() - 2));
-        if (!opened.starts_with(wanted)) continue;
-        if (opened.size() == wanted.size() || opened[wanted.size()] == u'\\') return true;
-    }
-    return false;
+std::optional<RegistryKey> RegistryKey::Open(std::string_view key) {
+    if (!MayChangeRegistry() || !RegistryKeyExists(key)) return {};
+    return RegistryKey(key);
+}
+
+std::optional<RegistryKey> RegistryKey::OpenOrCreate(std::string_view key) {
+    if (auto opened = Open(key)) return opened;
+    std::error_code ignored;
+    std::filesystem::create_directories(std::filesystem::path(RegistryFileName()).parent_path(), ignored);
+    const bool made = ChangeRegistry([&](std::string& text) {
+        const bool missing = !Find(text, key, {}).key;
+        if (missing) AddKey(text, key);
+        return missing;
+    });
+    // Another process may have made it meanwhile.
+    return made ? RegistryKey(key) : Open(key);
+}
+
+std::optional<std::uint32_t> RegistryKey::GetNumber(std::string_view name) const {
+    std::string text;
+    if (!ReadRegistry(text)) return {};
+    return Find(text, m_key, name).number;
+}
+
+bool RegistryKey::SetNumber(std::string_view name, std::uint32_t value) const {
+    return ChangeRegistry([&](std::string& text) {
+        const bool exists = Find(text, m_key, {}).key;
+        if (exists) SetValue(text, m_key, name, value);
+        return exists;
+    });
 }
 
 } // namespace zynplatform

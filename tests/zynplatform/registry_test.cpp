@@ -10,6 +10,7 @@
 #include <string>
 #include <thread>
 
+#include <sys/wait.h>
 #include <unistd.h>
 
 using namespace zynplatform;
@@ -24,6 +25,10 @@ protected:
     ~Registry() override {
         unsetenv("ZYN_REGISTRY");
         std::filesystem::remove_all(m_folder);
+    }
+    std::string Text() const {
+        std::ifstream file(m_file, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
     }
     static void Write(const std::filesystem::path& file, const std::string& text) {
         std::filesystem::create_directories(file.parent_path());
@@ -60,6 +65,70 @@ TEST_F(Registry, MissingFileIsEmptyAndUnreadableOneIsAFailure) {
     std::filesystem::create_directories(m_file); // a folder in the file's place can be opened but not read
     EXPECT_FALSE(RegistryIsReadable());
     EXPECT_FALSE(InitializeAutomation());
+}
+
+TEST_F(Registry, NumbersAreReadAndTheRestIsKept) {
+    Write(m_file, "; mine\n[A]\n \"N\" = dword:0000000a \r\n\"Text\"=\"dword:1\"\n\n"
+                  "[a\\b]\n\"A \\\"q\\\"\"=dword:FFFFFFFF\n\"Bad\"=dword:1x\n\"Long\"=dword:000000001");
+    const auto a = RegistryKey::Open("A"), b = RegistryKey::Open("A\\B");
+    ASSERT_TRUE(a && b);
+    EXPECT_EQ(a->GetNumber("n"), 10u);
+    EXPECT_EQ(b->GetNumber("a \"Q\""), 0xFFFFFFFFu);
+    for (const char* name : {"Text", "Bad", "Long", ""}) {
+        EXPECT_FALSE(a->GetNumber(name)) << name;
+        EXPECT_FALSE(b->GetNumber(name)) << name;
+    }
+    ASSERT_TRUE(a->SetNumber("Ё\\"_cp1251, 1) && a->SetNumber("TEXT", 2) && b->SetNumber("New", 3));
+    EXPECT_EQ(a->GetNumber("ё\\"_cp1251), 1u);
+    const auto made = RegistryKey::OpenOrCreate("A\\Я"_cp1251);
+    ASSERT_TRUE(made && RegistryKey::OpenOrCreate("a\\я"_cp1251));
+    EXPECT_EQ(Text(),
+              "; mine\n[A]\n \"N\" = dword:0000000a \r\n\"TEXT\"=dword:00000002\n\"Ё\\\\\"=dword:00000001\n\n"
+              "[a\\b]\n\"A \\\"q\\\"\"=dword:FFFFFFFF\n\"Bad\"=dword:1x\n\"Long\"=dword:000000001\n"
+              "\"New\"=dword:00000003\n\n[A\\Я]\n");
+    EXPECT_FALSE(RegistryKey::Open("B"));
+    std::filesystem::remove(m_file);
+    EXPECT_FALSE(a->SetNumber("N", 1)); // the key is gone
+    EXPECT_FALSE(std::filesystem::exists(m_file));
+}
+
+TEST_F(Registry, WhatMayNotBeWrittenIsNotThere) {
+    Write(m_file, "[A]\n");
+    std::filesystem::permissions(m_folder, std::filesystem::perms(0777));
+    std::filesystem::permissions(m_file, std::filesystem::perms(0444));
+    const bool root = geteuid() == 0; // who may do everything is not asked
+    ASSERT_TRUE(!root || seteuid(65534) == 0);
+    EXPECT_TRUE(RegistryKeyExists("A"));
+    EXPECT_FALSE(RegistryKey::Open("A"));
+    EXPECT_FALSE(RegistryKey::OpenOrCreate("A"));
+    EXPECT_FALSE(RegistryKey::OpenOrCreate("B"));
+    ASSERT_TRUE(!root || seteuid(0) == 0);
+    EXPECT_EQ(Text(), "[A]\n");
+}
+
+TEST_F(Registry, ProcessesWritingAtOnceLoseNothing) {
+    pid_t children[3];
+    for (int child = 0; child < 3; ++child) {
+        children[child] = fork();
+        if (children[child] != 0) continue;
+        bool done = true;
+        for (int i = 0; i < 50; ++i) {
+            const std::string name = std::to_string(child) + "/" + std::to_string(i);
+            const auto key = RegistryKey::OpenOrCreate("Key" + std::to_string(i % 5));
+            done = done && key && key->SetNumber(name, static_cast<std::uint32_t>(i));
+        }
+        _exit(done ? 0 : 1);
+    }
+    for (const pid_t child : children) {
+        int status = 0;
+        ASSERT_EQ(waitpid(child, &status, 0), child);
+        EXPECT_EQ(status, 0);
+    }
+    for (int child = 0; child < 3; ++child)
+        for (std::uint32_t i = 0; i < 50; ++i)
+            EXPECT_EQ(RegistryKey::Open("Key" + std::to_string(i % 5))
+                          ->GetNumber(std::to_string(child) + "/" + std::to_string(i)),
+                      i);
 }
 
 TEST_F(Registry, AutomationServersAreFoundOnThreadsThatInitialised) {
