@@ -9,7 +9,12 @@
 
 #include <atomic>
 #include <cstdint>
+#include <memory>
 #include <string_view>
+
+namespace zyn {
+struct IniIndex;
+}
 
 // One pair of CzynINI::GetListKeysVals.
 struct ZYN_API SKeyVal {
@@ -159,7 +164,9 @@ protected:
 
     // The entry, or null. With bCreate it is made when missing, its section too.
     SOption* FindCreateOption(const char* szSection, const char* szKey, bool bCreate, const char* szComment);
+    int FindSectionIndex(const char* szSection); // -1: none
     SSection* FindSection(const char* szSection);
+    SOption* FindOption(const char* szSection, const char* szKey);
     bool FailEntryCreation();
     bool FailSectionLookup();
     bool SaveEdit();
@@ -187,6 +194,7 @@ protected:
     SectionArray m_aSections{8}; // in file order
     CzynTimeMeter m_TimeMeter;   // time since the last load or save
     CZynCriticalSection m_CS;
+    std::unique_ptr<zyn::IniIndex> m_pIndex; // for look-ups; dropped whenever the model changes
 };
 
 // A line of a section.

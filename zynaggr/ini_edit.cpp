@@ -1,11 +1,13 @@
 #include "zynaggr/ini.h"
 
+#include "zynaggr/ini_index_impl.h"
 #include "zynaggr/zyn_translate.h"
 #include "zynaggr/zynhelpers.h"
 #include "zynplatform/cp1251.h"
 
 #include <memory>
 #include <string>
+#include <typeinfo>
 
 // Queries and edits.
 
@@ -15,25 +17,14 @@ namespace {
 
 constexpr const char* copyMark = "___copy";
 
-bool SameName(const CStringA& stored, const char* name) {
-    return stored.CompareNoCase(name) == 0;
-}
-
-// The first element of an array whose name is the given one. With `claim` it takes the caller's spelling, and
-// every later one of the same name is marked as a copy.
-template <class T, int N>
-T* FindNamed(const CzynTAggr<T*, T*, N>& array, CStringA T::*name, const char* wanted, bool claim) {
+// The first element of a name takes the caller's spelling, and every later one is marked as a copy.
+template <class T, int N> T* Claim(const CzynTAggr<T*, T*, N>& array, CStringA T::*name, const char* wanted) {
     T* found = nullptr;
     for (int i = 0; i < array.GetSize(); ++i) {
         T* const element = array.GetAt(i);
-        if (!element || !SameName(element->*name, wanted)) continue;
-        if (found) {
-            element->*name += copyMark;
-            continue;
-        }
-        found = element;
-        if (!claim) break;
-        found->*name = wanted;
+        if (!element || (element->*name).CompareNoCase(wanted) != 0) continue;
+        element->*name = found ? element->*name + copyMark : CStringA(wanted);
+        if (!found) found = element;
     }
     return found;
 }
@@ -55,15 +46,34 @@ int InsertOption(CzynINI::SSection& section, const char* key, const CStringA& va
 
 } // namespace
 
+int CzynINI::FindSectionIndex(const char* szSection) {
+    if (!m_pIndex)
+        m_pIndex = std::make_unique<zyn::IniIndex>();
+    else if (typeid(*this) != typeid(CzynINI)) // a derived class may have changed the model
+        *m_pIndex = {};
+    return m_pIndex->sections.Find(m_aSections, &SSection::m_sName, szSection ? szSection : "");
+}
+
 CzynINI::SSection* CzynINI::FindSection(const char* szSection) {
-    return FindNamed(m_aSections, &SSection::m_sName, szSection, false);
+    return m_aSections.GetAt(FindSectionIndex(szSection));
+}
+
+CzynINI::SOption* CzynINI::FindOption(const char* szSection, const char* szKey) {
+    const int index = FindSectionIndex(szSection);
+    if (index < 0) return nullptr;
+    if (m_pIndex->options.empty()) m_pIndex->options.resize(static_cast<std::size_t>(m_aSections.GetSize()));
+    OptionArray& options = m_aSections.GetAt(index)->m_aOptions;
+    zyn::NameIndex& names = m_pIndex->options[static_cast<std::size_t>(index)];
+    return options.GetAt(names.Find(options, &SOption::m_sKey, szKey ? szKey : ""));
 }
 
 CzynINI::SOption* CzynINI::FindCreateOption(const char* szSection, const char* szKey, bool bCreate,
                                             const char* szComment) {
-    SSection* section = FindNamed(m_aSections, &SSection::m_sName, szSection, bCreate);
-    SOption* option = section ? FindNamed(section->m_aOptions, &SOption::m_sKey, szKey, bCreate) : nullptr;
-    if (option || !bCreate) return option;
+    if (!bCreate) return FindOption(szSection, szKey);
+    m_pIndex.reset();
+    SSection* section = Claim(m_aSections, &SSection::m_sName, szSection);
+    SOption* option = section ? Claim(section->m_aOptions, &SOption::m_sKey, szKey) : nullptr;
+    if (option) return option;
     if (!section) {
         try {
             section = new SSection(m_aSections, szSection);
@@ -165,10 +175,11 @@ bool CzynINI::Delete(const char* szSection, const char* szKey) {
     const CzynEnterCriticalSection lock(&m_CS);
     SSection* const section = FindSection(szSection);
     if (!section) return true;
+    m_pIndex.reset();
     OptionArray& options = section->m_aOptions;
     for (int i = 0; i < options.GetSize();) {
         const SOption* const option = options.GetAt(i);
-        if (option && SameName(option->m_sKey, szKey))
+        if (option && option->m_sKey.CompareNoCase(szKey) == 0)
             options.Remove(i);
         else
             ++i;
@@ -182,6 +193,7 @@ void CzynINI::RenameGroupe(const char* szOldName, const char* szNewName) {
     SSection* const section = FindSection(szOldName);
     if (!section) return;
     const CStringA sOld(szOldName), sNew(szNewName); // either may be the stored name itself
+    m_pIndex.reset();
     section->m_sName = sNew;
     section->m_sComment.Format(
         CzynTranslate::Translate("Группа опций [%s] была переименована. Старое название группы [%s]"_cp1251),
@@ -197,8 +209,9 @@ void CzynINI::RenameParam(const char* szSection, const char* szOldName, const ch
     SSection* const section = FindSection(szSection);
     if (!section) return;
     OptionArray& options = section->m_aOptions;
-    SOption* const option = FindNamed(options, &SOption::m_sKey, szOldName, false);
+    SOption* const option = FindOption(szSection, szOldName);
     if (!option) return;
+    m_pIndex.reset();
     const CStringA sOld(szOldName), sNew(szNewName);
     option->m_sKey = sNew;
     CStringA sComment;

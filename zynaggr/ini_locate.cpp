@@ -1,5 +1,7 @@
 #include "zynaggr/ini.h"
 
+#include "zynaggr/ini_index_impl.h"
+
 #include "zynaggr/zynfile.h"
 #include "zynaggr/zynhelpers.h"
 #include "zynplatform/filesystem.h"

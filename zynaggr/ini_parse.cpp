@@ -1,5 +1,6 @@
 #include "zynaggr/ini.h"
 
+#include "zynaggr/ini_index_impl.h"
 #include "zynaggr/zyn_translate.h"
 #include "zynaggr/zynfile.h"
 #include "zynaggr/zynstringfile.h"
@@ -193,6 +194,7 @@ bool CzynINI::Parse() {
     }
     m_sErr.Empty();
     m_TimeMeter.Start();
+    m_pIndex.reset();
     m_aSections.RemoveAll();
     try {
         CStringA sText;
