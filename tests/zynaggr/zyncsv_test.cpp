@@ -1,0 +1,144 @@
+#include "zynaggr/zyncsv.h"
+
+#include "support/temp_folder.h"
+#include "zynhost/application.h"
+#include "zynplatform/cp1251.h"
+
+#include <gtest/gtest.h>
+#include <random>
+
+using namespace std::literals;
+using namespace zynplatform::literals;
+
+namespace {
+
+using Row = std::vector<std::string>;
+
+Row Texts(const CStringArray& fields) {
+    Row row;
+    for (int i = 0; i < fields.GetSize(); ++i)
+        row.emplace_back(fields[i].View());
+    return row;
+}
+
+std::string Trimmed(std::string text) {
+    return text.erase(0, text.find_first_not_of(' '));
+}
+
+// The rules, one character at a time, on copies of what is left. What is missing at the end reads as 0.
+Row SplitPlainly(const std::string& text, char separator, bool escapes) {
+    std::string rest = Trimmed(text);
+    Row row{""};
+    bool quoted = false;
+    for (char before = 0, c = 0; !rest.empty(); before = c) {
+        c = rest[0];
+        rest.erase(0, 1);
+        std::string& field = row.back();
+        const std::string follows = Trimmed(rest), behind = Trimmed(rest[0] ? rest.substr(1) : "");
+        if (c == separator && !quoted) {
+            row.emplace_back();
+            rest = follows;
+        } else if (c == '"' && c != separator && (!quoted || rest.empty())) {
+            quoted = true;
+        } else if (c == '"' && c != separator && before == '"' && field.empty()) {
+            quoted = follows[0] != separator;
+            if (quoted) field += '"';
+            if (quoted && rest[0] == '"') rest.erase(0, 1);
+        } else if (c == '"' && c != separator && follows[0] == ',') {
+            const std::string afterComma = Trimmed(follows.substr(1));
+            quoted = afterComma[0] == '"';
+            if (quoted) field += "\",\"";
+            if (quoted) rest = afterComma.substr(1);
+        } else if (c == '"' && c != separator) {
+            quoted = rest[0] == '"' && !behind.empty() && behind[0] != separator;
+            if (rest[0] != '"') continue;
+            field += '"';
+            rest = behind[0] == separator && !behind.empty() ? behind : rest.substr(1);
+        } else if (c == '\\' && escapes && c != separator) {
+            const bool isEscape = quoted && (rest[0] == '\\' || rest[0] == 'n');
+            if (isEscape) field += rest[0] == 'n' ? '\n' : '\\';
+            if (isEscape) rest.erase(0, 1);
+            quoted = !quoted || isEscape;
+        } else if (c != '\t' || quoted) {
+            field += c;
+        }
+    }
+    return row;
+}
+
+TEST(Csv, SplitsAsTheRulesDoOneCharacterAtATime) {
+    CStringArray fields;
+    const auto split = [&](const std::string& text, char separator, bool escapes) {
+        fields.Add("old");
+        EXPECT_TRUE(CzynCSV::StrToArray(text.c_str(), fields, separator, escapes));
+        return Texts(fields);
+    };
+    const std::pair<const char*, Row> cases[] = {
+        {"  a, b ,c,", {"a", "b ", "c", ""}}, {R"("a" , "b")", {R"(a","b)"}},
+        {R"(""  ,b)", {"  ", "b"}},           {R"("x""y""  ,"" z,c)", {R"(x"y")", "\" z,c"}},
+        {R"("a""  )", {R"(a"  )"}},           {"a\tb,\"c\td\"", {"ab", "c\td"}},
+    };
+    for (const auto& [text, expected] : cases)
+        EXPECT_EQ(split(text, ',', false), expected) << text;
+    EXPECT_EQ(split(R"("a\\b\nc\d")", ',', true), (Row{"a\\b\ncd"}));
+    EXPECT_FALSE(CzynCSV::StrToArray(nullptr, fields, ',', false) || fields.GetSize() != 0);
+
+    std::mt19937 random(42);
+    const std::string alphabet = "\"\"\"\"\",,,,;;   \t\\nab";
+    for (int i = 0; i < 100'000; ++i) {
+        std::string text(random() % 18, ' ');
+        for (char& c : text)
+            c = alphabet[random() % alphabet.size()];
+        const char separator = ",;,;,;\t\\ \""[i / 2 % 10];
+        ASSERT_EQ(split(text, separator, i % 2 != 0), SplitPlainly(text, separator, i % 2 != 0))
+            << text << "  separator " << separator;
+    }
+}
+
+TEST(Csv, ReadsRecordsThatRunOverSeveralLines) {
+    const TempFolder folder;
+    const CStringA name = folder.Path("f");
+    CzynCSV csv(';'), copy;
+    CStringArray fields;
+    EXPECT_FALSE(csv.OpenFile(nullptr) || csv.OpenFile(name) || csv.ReadString(fields));
+    folder.Write("f", "\"a\r\nb\"\r\n\n\\n;z\0;\r;x\n\"1\n2\",\"3\n4\",5\r\n6,\"\n7,\n8"sv);
+    ASSERT_TRUE(csv.OpenFile(name));
+    EXPECT_FALSE(CzynFile().Open(name, CFile::modeReadWrite | CFile::shareDenyNone, nullptr));
+    for (int round = 0; round < 2; ++round) {
+        copy = csv; // which reads on in the same file
+        for (const Row& record : {Row{"a b "}, {""}, {"\\n", {"z\0", 2}, "\r", "x"}, {"1 2\",\"3 4,5 "}})
+            EXPECT_TRUE(copy.ReadString(fields) && Texts(fields) == record) << record[0];
+        EXPECT_FALSE(csv.ReadString(fields) || fields.GetSize() != 0); // the last record is still open
+        csv.SeekToBegin();
+    }
+    csv.CloseFile();
+    EXPECT_FALSE(copy.ReadString(fields));
+}
+
+TEST(Csv, ReadsATableAndKeepsItWhenTheColumnsDiffer) {
+    static std::string shown;
+    struct : CWinApp {
+        int DoMessageBox(const char* text, std::uint32_t style, std::uint32_t) override {
+            return static_cast<int>((shown += std::to_string(style) + text).size());
+        }
+    } app;
+    const TempFolder folder;
+    const CStringA name = folder.Path("f");
+    CzynCSV csv;
+    std::vector<std::vector<CStringA>> rows(1);
+    EXPECT_FALSE(csv.ReadFile(name, rows) || csv.ReadFile(nullptr, rows) || rows.size() != 1);
+    const std::pair<const char*, decltype(rows)> cases[] = {
+        {"", {}},
+        {"a,b\n\"c\"\"\n,\",d\n", {{"a", "b"}, {"c\"", ",d "}}},
+        {"1,2\n3\n4,5", {{"1", "2"}, {"3"}, {"4", "5"}}}};
+    for (const auto& [text, expected] : cases) {
+        folder.Write("f", text);
+        EXPECT_TRUE(shown.empty());
+        EXPECT_EQ(csv.ReadFile(name, rows), expected.size() != 3);
+        EXPECT_EQ(rows, expected);
+        EXPECT_TRUE(CzynFile().Open(name, CFile::modeReadWrite | CFile::shareExclusive, nullptr));
+    }
+    EXPECT_EQ(shown, std::string("16") + "Количество колонок в строках неодинаково!"_cp1251);
+}
+
+} // namespace
