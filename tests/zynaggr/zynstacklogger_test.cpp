@@ -1,0 +1,196 @@
+#include "zynaggr/zynstacklogger.h"
+
+#include "zynaggr/zynerror.h"
+#include "zynplatform/beep.h"
+#include "zynplatform/cp1251.h"
+#include "zynplatform/tick.h"
+#include "zynplatform/timeofday.h"
+
+#include <barrier>
+#include <gtest/gtest.h>
+#include <thread>
+#include <vector>
+
+using namespace zynplatform::literals;
+using External = CzynStackLogger;
+
+namespace {
+
+using Texts = std::vector<std::string>;
+Texts traced, warned;
+std::string beeps;
+std::atomic<std::uint32_t> tick;
+std::atomic<int> timeReads;
+
+// Every thread has the same id, and the clocks go on by one with each look at them.
+struct StackLogger : testing::Test {
+    StackLogger() {
+        traced = warned = {};
+        beeps.clear();
+        tick = 7, timeReads = 0;
+        zynplatform::SetThreadIdSource([] { return 0xA1Cu; });
+        zynplatform::SetTickSource([] { return tick++; });
+        zynplatform::SetTimeOfDaySource([] { return zynplatform::TimeOfDay{17, 5, 9, timeReads++ % 1000}; });
+        zynplatform::SetBeep([](auto hz, auto ms) { beeps += std::to_string(hz * 1000 + ms) + " "; });
+        GlobalStackLogInit(
+            [](auto text, auto from, auto extra) {
+                warned.push_back(std::string(from) + (extra ? "" : " ") + text);
+            },
+            [](auto line) { traced.emplace_back(line); });
+    }
+    ~StackLogger() override {
+        GlobalStackLogDestroy();
+        zynplatform::SetThreadIdSource(nullptr);
+        zynplatform::SetTickSource(nullptr);
+        zynplatform::SetTimeOfDaySource(nullptr);
+        zynplatform::SetBeep(nullptr);
+    }
+    static StackLoggerThreadEl& Element() { return *g_pGlobalStackLog.load()->GetAt(0); }
+    static int Entries() { return Element().m_nDepth * 10'000 + Element().m_mapStack.GetSize(); }
+    static std::vector<CStringA> EnterAll(std::size_t count) {
+        std::vector<CStringA> keys(count, "F");
+        for (CStringA& key : keys)
+            External::ExternalEnter(key, true);
+        return keys;
+    }
+};
+using StackLoggerThreads = StackLogger;
+
+void Call(const char* name, const char* message = nullptr, bool logEveryCall = false) {
+    CzynStackLogger logger(name, logEveryCall);
+    if (message) logger.SetFunctionInfo(message);
+}
+
+TEST_F(StackLogger, WritesEveryStepOfANestedProgram) {
+    {
+        CzynStackLogger foo("Foo", false);
+        foo.SetFunctionInfo("one");
+        Call("Bar");
+        Call("Bar", "again");
+        Call("Bar");
+        EXPECT_STREQ(foo.GetCurrStackList(), "StackLog:\nt0x0A1C L000:00007 Fun Foo\n");
+        Call("Baz", nullptr, true);
+        Call("Baz", nullptr, true);
+        Call("Baz");
+        foo.SetFunctionInfo(nullptr);
+    }
+    tick = 0xFFFFFFF0;
+    Call("Baz"); // the function entered last
+    Call("Foo");
+    std::string lines;
+    for (std::size_t i = 0; i < traced.size(); ++i) {
+        const std::string time = "17:05:09." + std::to_string(1000 + i).substr(1) + " t0x0A1C L";
+        EXPECT_EQ(traced[i].find(time), traced[i].find("-: ") != std::string::npos) << traced[i]; // at 0 or 1
+        lines += traced[i].substr(traced[i].find('L')) + "|";
+    }
+    EXPECT_EQ(lines,
+              "L000:00007 Fun Foo-<|L000:00007 Fun Foo-: one|L001:00008 Fun Bar-<|L001:00008 Fun Bar->|"
+              "L001:00009 Fun Bar N 1-: again|"
+              "L001:00011 Fun BazFun Bar in repeated: 2 |L001:00011 Fun Baz-<|L001:00011 Fun Baz->|"
+              "L001:00012 Fun Baz-<|L001:00012 Fun Baz->|L000:00007 Fun Foo N 1-: |"
+              "L000:00007 Fun FooFun Baz out repeated: 1 |L000:00007 Fun Foo->|"
+              "L000:-0015 Fun FooFun Baz in repeated: 1 |L000:-0015 Fun Foo-<|L000:-0015 Fun Foo->|");
+    EXPECT_EQ(warned, Texts());
+}
+
+TEST_F(StackLogger, WarnsOnceOfDepthAndThenRefusesToGoDeeper) {
+    std::vector<CStringA> keys = EnterAll(1050);
+    External::ExternalSetFunctionInfo(keys[9], "ten");
+    timeReads = 0;
+    External::ExternalEnter(keys.emplace_back("deep"), true);
+    std::string expected =
+        "StackLoggerThreadEl::Enter 17:05:09.000 Глубина стека превысила 1050 !! Функция t0x0A1C L1050:01057 deep\r\nПервые 10 записей: "_cp1251;
+    for (std::size_t i = 0; i < 10; ++i)
+        expected.append("\r\n").append(keys[i]).append(i == 9 ? " (ten)" : "");
+    expected += "\r\nПоследние 10 записей: "_cp1251;
+    for (std::size_t i = 998; i > 988; --i)
+        expected.append("\r\n").append(keys[i]);
+    EXPECT_EQ(warned, (Texts{expected}));
+
+    while (keys.size() < 1105)
+        External::ExternalEnter(keys.emplace_back("deeper"), true);
+    EXPECT_EQ(Entries(), 1100'1105);
+    EXPECT_EQ(beeps.substr(0, 16) + std::to_string(beeps.size()), "1000100 1400100 80");
+    try {
+        Element().Enter(keys.emplace_back("thrown"), true);
+        FAIL();
+    } catch (const SzynErrorDescription& error) {
+        EXPECT_EQ(error.m_nCode * 10 + error.m_nModule, 1060);
+        EXPECT_EQ(error.m_strSrc + "|" + error.m_strFun, "zynaggr.cpp|StackLoggerThreadEl::Enter");
+        EXPECT_EQ(error.m_strDescr.Mid(13), "Глубина стека превысила 1100 !! Функция "_cp1251 + keys.back());
+    }
+    for (; !keys.empty(); keys.pop_back())
+        External::ExternalLeave(keys.back());
+    EXPECT_EQ(Entries(), 0);
+    EXPECT_EQ(warned.size(), 1u + 106u); // beyond 999 the deepest entry is not the last one
+}
+
+TEST_F(StackLogger, LeavesAnyEntryAndOnlyThose) {
+    std::vector<CStringA> keys = EnterAll(3);
+    CStringA plain("F"), unknown("unknown");
+    External::ExternalLeave(plain);
+    External::ExternalSetFunctionInfo(keys[1], "why");
+    External::ExternalLeave(keys[1]);
+    External::ExternalLeave(keys[1]);
+    const CStringA warning = keys[1] + "(why) Не последняя в стеке, а из нее произведен выход!"_cp1251;
+    EXPECT_EQ(warned, (Texts{"StackLoggerThreadEl::Leave 17:05:09.004 " + std::string(warning.View())}));
+    EXPECT_EQ(traced.size(), 5u);
+    External::ExternalSetFunctionInfo(unknown, "new");
+    EXPECT_EQ(Entries(), 2'0003);
+    EXPECT_EQ(Element().GetCurrStackList(), "StackLog:\n" + keys[0] + "\n" + keys[2] + "\n");
+}
+
+TEST_F(StackLogger, DoesNothingWhileOff) {
+    CzynStackLogger logger("Foo", false);
+    CStringA key("plain");
+    EXPECT_FALSE(SetStackLoggerMode(false));
+    CzynStackLogger inactive("Bar", false);
+    External::ExternalEnter(key, false);
+    EXPECT_TRUE(logger.GetCurrStackList().IsEmpty());
+    logger.Leave();
+    EXPECT_TRUE(SetStackLoggerMode(true));
+    inactive.SetFunctionInfo("x");
+    EXPECT_TRUE(inactive.GetCurrStackList().IsEmpty());
+    EXPECT_EQ(Entries() + static_cast<int>(traced.size()), 1'0002); // it is still in
+    GlobalStackLogInit(nullptr, nullptr);
+    Call("Foo");
+    logger.Leave();
+    logger.SetFunctionInfo("x");
+    EXPECT_EQ(Entries(), 0);
+    EXPECT_EQ(Element().m_nRepeat, 1); // the run is kept without a trace callback
+    const CzynStackLogger active("Foo", false);
+    GlobalStackLogDestroy();
+    External::ExternalEnter(key, false);
+    EXPECT_TRUE(active.GetCurrStackList().IsEmpty() && !SetStackLoggerMode(true) && key == "plain");
+}
+
+TEST_F(StackLoggerThreads, EachHasAStackOfItsOwnAlsoWithAnIdUsedBefore) {
+    constexpr int threads = 8, rounds = 20;
+    std::atomic<int> wrong{0};
+    std::barrier together(threads);
+    struct LogsAtItsEnd {
+        ~LogsAtItsEnd() { Call("the end"); }
+    };
+    const auto work = [&](int number) {
+        thread_local LogsAtItsEnd end; // made before the thread's first entry, so destroyed after it
+        (void)&end;
+        const std::string name = "worker" + std::to_string(number);
+        CzynStackLogger outer(name.c_str(), true), inner(name.c_str(), true);
+        CStringA left("left for good"), list = inner.GetCurrStackList();
+        wrong += list.Replace(("Fun " + name + "\n").c_str(), "") != 2 || list.Replace('\n', ' ') != 1;
+        External::ExternalEnter(left, true);
+        together.arrive_and_wait();
+    };
+    for (int round = 0; round < rounds; ++round) {
+        std::vector<std::thread> running;
+        for (int i = 0; i < threads; ++i)
+            running.emplace_back(work, i);
+        for (std::thread& thread : running)
+            thread.join();
+        EXPECT_EQ(g_pGlobalStackLog.load()->GetSize(), threads);
+    }
+    EXPECT_EQ(wrong, 0);
+    EXPECT_EQ(traced.size(), std::size_t{threads} * rounds * 7);
+}
+
+} // namespace

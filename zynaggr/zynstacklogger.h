@@ -1,0 +1,170 @@
+#pragma once
+
+#include "zynaggr/zynstrmap.h"
+#include "zynaggr/zynsync.h"
+#include "zynaggr/zyntaggr.h"
+#include "zynhost/cstring.h"
+#include "zynplatform/export.h"
+#include "zynplatform/thread.h"
+
+#include <atomic>
+#include <cassert>
+#include <cstdint>
+#include <initializer_list>
+#include <memory>
+#include <string>
+#include <string_view>
+
+// Traces the calls of a host program. A traced function makes a CzynStackLogger as its first object:
+//
+//     void Foo() {
+//         CzynStackLogger logger("Foo", false);
+//         logger.SetFunctionInfo("nothing to do");
+//         ...
+//
+// As long as nobody has called GlobalStackLogInit, or the mode is off, this costs next to nothing. Otherwise
+// each thread has a stack of the functions it is in, and each entry, exit and message is a line for the trace
+// callback:
+//
+//     17:05:09.123 t0x0A1C L000:1234567 Fun Foo-<
+//      17:05:09.123 t0x0A1C L000:1234567 Fun Foo-: nothing to do
+//     17:05:09.124 t0x0A1C L000:1234567 Fun Foo->
+//
+// Local time; then the entry's key: thread id, depth, tick count at entry, name; then what happened: -<
+// entered, -> left, -: a message, before which " N 2" counts the repeats so far.
+//
+// A function that is entered several times in a row is written once. The end of the run is told by a line
+// that ends in " in repeated: 2 ", from the next function entered, or " out repeated: 2 ", from the function
+// around it left; 2 is the number of entries that were not written. With "log every call" each one is
+// written.
+//
+// Told through the warning callback, with the name of the operation: a depth of 1050, and an exit from a
+// function that is not the last one in the stack. From a depth of 1100 on, each entry sounds two beeps and
+// writes nothing; the stack goes on. The stack is kept sorted by key, which is the order of depth up to 999;
+// exits from a greater depth are therefore told as being out of order.
+//
+// Threads: one lock serialises all of them, and is held while a callback runs. So a callback must not wait
+// for a thread that logs; nor may it log itself or throw. A logger belongs to the thread that made it.
+// GlobalStackLogDestroy takes no lock: no other thread may be logging.
+//
+// Memory: an entry that finds none throws std::bad_alloc and is not made; lines and warnings that find none
+// are left out.
+
+class StackLoggerThreadEl;
+
+using zynStackLogErrorFunction = void (*)(const char* szMessage, const char* szSource, const char* szExtra);
+using zynStackLogTraceFunction = void (*)(const char* szLine);
+
+// Starts logging, or goes on with other callbacks; null switches that kind of output off. The extra text of a
+// warning is null. False when there is no memory.
+ZYN_API bool GlobalStackLogInit(zynStackLogErrorFunction pfnError, zynStackLogTraceFunction pfnTrace);
+// Ends logging and forgets all stacks. Loggers that are still active do nothing any more; they must be gone
+// before logging is started again.
+ZYN_API void GlobalStackLogDestroy();
+// Switches logging off and on; returns whether it is on now: never before GlobalStackLogInit. What is
+// entered while it is on and left while it is off stays in its thread's stack.
+ZYN_API bool SetStackLoggerMode(bool bOn);
+
+// The state of the tracer, for the logger; hosts use the functions above.
+class ZYN_API CGlobalStackLog : public CzynTAggr<StackLoggerThreadEl*, StackLoggerThreadEl*, 6> {
+public:
+    CGlobalStackLog();
+    ~CGlobalStackLog() override;
+
+    // The one object, or null while there is none or its mode is off.
+    static CGlobalStackLog* Active();
+
+    // Takes a new element over, after deleting those whose threads have ended.
+    void AddThreadEl(StackLoggerThreadEl* pEl);
+    void RemoveFinishedThreads();
+    // The calling thread's element, or null.
+    StackLoggerThreadEl* FindThreadEl() const;
+
+    std::unique_ptr<CZynCriticalSection> m_pCS; // guards everything but the mode
+    zynStackLogErrorFunction m_pfnError = nullptr;
+    zynStackLogTraceFunction m_pfnTrace = nullptr;
+    CZynAtomicLong m_lMode; // logging is on while it is above 0
+};
+
+extern ZYN_API std::atomic<CGlobalStackLog*> g_pGlobalStackLog;
+
+inline CGlobalStackLog* CGlobalStackLog::Active() {
+    CGlobalStackLog* const pGlobal = g_pGlobalStackLog.load(std::memory_order_acquire);
+    return pGlobal && pGlobal->m_lMode.Get() > 0 ? pGlobal : nullptr;
+}
+
+// The stack of one thread, for the logger. Make it with new, on its thread: it adds itself to the tracer,
+// which deletes it. The operations do nothing while there is no tracer; the mode does not matter to them.
+class ZYN_API StackLoggerThreadEl {
+public:
+    StackLoggerThreadEl();
+    ~StackLoggerThreadEl();
+    StackLoggerThreadEl(const StackLoggerThreadEl&) = delete;
+    StackLoggerThreadEl& operator=(const StackLoggerThreadEl&) = delete;
+
+    // Puts thread id, depth and tick before the key and adds it to the stack. From a depth of 1100 on it
+    // throws a SzynErrorDescription with code 106; the key is in the stack all the same, the depth as it was.
+    void Enter(CStringA& strKey, bool bLogEveryCall);
+    // Takes a key out as Enter left it. Nothing happens when it isn't in the stack.
+    void Leave(CStringA& strKey);
+    // Replaces the message of a key; one that isn't in the stack is added, which does not raise the depth.
+    void SetMess(CStringA& strKey, const char* szMessage);
+    // "StackLog:" and the keys in their order, each on a line of its own, with a line feed at the end.
+    CStringA GetCurrStackList() const;
+
+    std::uint32_t m_dwThreadId;
+    zynplatform::ThreadHandle m_hThread;
+    std::int32_t m_nDepth = 0; // entries not yet left; never below 0
+    CzynStrStrMap m_mapStack;  // key and message of each entry
+    CStringA m_strLastFun;     // the function entered last: its key without what Enter puts before it
+    std::int32_t m_nRepeat = 0;
+    std::uint32_t m_nRepeatDepth = 0; // where the run of repeats is
+
+protected:
+    void WarnOfDepth(const CStringA& strKey) const;
+    void WarnOfOrder(const CzynStrStrMap::CzynStrStrMapItem& entry) const;
+    // Writes a line: the lead, the time, the pieces.
+    void Trace(const char* szLead, std::initializer_list<std::string_view> pieces);
+
+    std::string m_strLine; // keeps its room from line to line
+};
+
+// An entry in the stack of the thread, for as long as it lives or until Leave. Made while logging is off it
+// is inactive and does nothing, also when logging is switched on later.
+class ZYN_API CzynStackLogger {
+public:
+    // The name must not be null.
+    CzynStackLogger(const char* szFunction, bool bLogEveryCall) : m_strKey(" ") {
+        assert(szFunction);
+        if (CGlobalStackLog* const pGlobal = CGlobalStackLog::Active())
+            Enter(*pGlobal, szFunction, bLogEveryCall);
+    }
+    ~CzynStackLogger() { Leave(); }
+    CzynStackLogger(const CzynStackLogger&) = delete;
+    CzynStackLogger& operator=(const CzynStackLogger&) = delete;
+
+    // Leaves before the end of the scope; a second call does nothing.
+    void Leave() {
+        if (m_pThreadEl) LeaveStack();
+    }
+    // Attaches a message to the entry and writes it.
+    void SetFunctionInfo(const char* szMessage);
+    // The stack of this thread, as StackLoggerThreadEl has it; empty when inactive or logging is off.
+    CStringA GetCurrStackList() const;
+
+    // The same steps without a logger object. ExternalEnter takes the key as it is, without "Fun ", and puts
+    // thread id, depth and tick before it: pass this variable to the other two, which know the entry by it.
+    static void ExternalEnter(CStringA& strKey, bool bLogEveryCall);
+    static void ExternalLeave(CStringA& strKey);
+    static void ExternalSetFunctionInfo(CStringA& strKey, const char* szMessage);
+
+protected:
+    void Enter(CGlobalStackLog& global, const char* szFunction, bool bLogEveryCall);
+    void LeaveStack();
+    bool IsActive() const;
+
+    CStringA m_strKey; // " " while inactive
+    std::uint32_t m_dwThreadId = 0;
+    StackLoggerThreadEl* m_pThreadEl = nullptr; // null while inactive and after Leave
+    CGlobalStackLog* m_pGlobal = nullptr;
+};

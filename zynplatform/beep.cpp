@@ -1,0 +1,28 @@
+#include "zynplatform/beep.h"
+
+#include <atomic>
+#include <cstdio>
+
+#include <unistd.h>
+
+namespace {
+
+void RingTerminal(std::uint32_t /*frequency*/, std::uint32_t /*duration*/) {
+    if (isatty(STDERR_FILENO)) std::fputc('\a', stderr);
+}
+
+std::atomic<void (*)(std::uint32_t, std::uint32_t)> beeper{RingTerminal};
+
+} // namespace
+
+namespace zynplatform {
+
+void Beep(std::uint32_t frequency, std::uint32_t duration) {
+    beeper.load(std::memory_order_acquire)(frequency, duration);
+}
+
+void SetBeep(void (*beep)(std::uint32_t, std::uint32_t)) {
+    beeper.store(beep ? beep : RingTerminal, std::memory_order_release);
+}
+
+} // namespace zynplatform
