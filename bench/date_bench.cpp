@@ -1,0 +1,122 @@
+#include "zynaggr/zyndatetime.h"
+
+#include <benchmark/benchmark.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <cstring>
+#include <random>
+#include <vector>
+
+// Fields to value, value to fields, and there and back, against std::chrono's calendar: with a value in whole
+// seconds, its natural one, and with the same number of days as ours. Times are per date.
+
+namespace {
+
+using namespace std::chrono;
+using Days = duration<double, days::period>;
+
+constexpr sys_days epoch = 1899y / December / 30;
+
+struct Ours {
+    using Value = CzynDateTime;
+    static Value ToValue(const SYSTEMTIME& fields) { return CzynDateTime(fields); }
+    static void ToFields(const Value& value, SYSTEMTIME& fields) { value.GetAsSystemTime(fields); }
+};
+
+struct StdSeconds {
+    using Value = sys_seconds;
+    static Value ToValue(const SYSTEMTIME& f) {
+        const year_month_day date{year(f.wYear), month(f.wMonth), day(f.wDay)};
+        return date.ok() ? sys_days(date) + hours(f.wHour) + minutes(f.wMinute) + seconds(f.wSecond)
+                         : Value();
+    }
+    static void ToFields(Value value, SYSTEMTIME& fields) {
+        const auto day = floor<days>(value);
+        const year_month_day date(day);
+        const hh_mm_ss time(value - day);
+        const auto cut = [](auto number) { return static_cast<std::uint16_t>(number); };
+        fields = {cut(static_cast<int>(date.year())), cut(static_cast<unsigned>(date.month())),
+                  cut(weekday(day).c_encoding()),     cut(static_cast<unsigned>(date.day())),
+                  cut(time.hours().count()),          cut(time.minutes().count()),
+                  cut(time.seconds().count()),        0};
+    }
+};
+
+struct StdDays {
+    using Value = time_point<system_clock, Days>;
+    static Value ToValue(const SYSTEMTIME& fields) { return StdSeconds::ToValue(fields); }
+    static void ToFields(Value value, SYSTEMTIME& fields) {
+        StdSeconds::ToFields(round<seconds>(value), fields);
+    }
+};
+
+// Dates after the epoch, where the fraction of ours counts like any other.
+std::vector<SYSTEMTIME> Dates() {
+    std::mt19937_64 random(1);
+    std::uniform_int_distribution<std::int64_t> second(sys_seconds(epoch).time_since_epoch().count(),
+                                                       253402214400 - 1);
+    std::vector<SYSTEMTIME> dates(4096);
+    for (SYSTEMTIME& fields : dates)
+        StdSeconds::ToFields(sys_seconds(seconds(second(random))), fields);
+    return dates;
+}
+
+template <class Calendar> std::vector<typename Calendar::Value> Values(const std::vector<SYSTEMTIME>& dates) {
+    std::vector<typename Calendar::Value> values;
+    for (const SYSTEMTIME& fields : dates)
+        values.push_back(Calendar::ToValue(fields));
+    return values;
+}
+
+// Nothing is timed that gives another result.
+template <class Calendar> void Check(const std::vector<SYSTEMTIME>& dates) {
+    for (const SYSTEMTIME& fields : dates) {
+        SYSTEMTIME back{};
+        Calendar::ToFields(Calendar::ToValue(fields), back);
+        if (std::memcmp(&fields, &back, sizeof back) != 0) std::abort();
+    }
+}
+
+template <class Calendar> void FieldsToValue(benchmark::State& state) {
+    const auto dates = Dates();
+    Check<Calendar>(dates);
+    for (auto _ : state)
+        for (const SYSTEMTIME& fields : dates)
+            benchmark::DoNotOptimize(Calendar::ToValue(fields));
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(dates.size()));
+}
+
+template <class Calendar> void ValueToFields(benchmark::State& state) {
+    const auto dates = Dates();
+    const auto values = Values<Calendar>(dates);
+    for (auto _ : state)
+        for (const auto& value : values) {
+            SYSTEMTIME fields;
+            Calendar::ToFields(value, fields);
+            benchmark::DoNotOptimize(fields);
+        }
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(dates.size()));
+}
+
+template <class Calendar> void ThereAndBack(benchmark::State& state) {
+    const auto dates = Dates();
+    for (auto _ : state)
+        for (const SYSTEMTIME& fields : dates) {
+            SYSTEMTIME back;
+            Calendar::ToFields(Calendar::ToValue(fields), back);
+            benchmark::DoNotOptimize(back);
+        }
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(dates.size()));
+}
+
+} // namespace
+
+#define ALL(name)                                                                                            \
+    BENCHMARK(name<Ours>);                                                                                   \
+    BENCHMARK(name<StdSeconds>);                                                                             \
+    BENCHMARK(name<StdDays>)
+
+ALL(FieldsToValue);
+ALL(ValueToFields);
+ALL(ThereAndBack);

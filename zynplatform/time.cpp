@@ -1,0 +1,62 @@
+#include "zynplatform/time.h"
+
+#include "zynplatform/codepage.h"
+
+#include <algorithm>
+#include <atomic>
+#include <langinfo.h>
+#include <string_view>
+#include <time.h>
+
+namespace zynplatform {
+
+namespace {
+
+std::int64_t SystemTime() {
+    return std::time(nullptr);
+}
+
+std::atomic<std::int64_t (*)()> timeSource{SystemTime};
+
+std::string Recode(std::string_view text, unsigned from, unsigned to) {
+    std::u16string wide(WideLength(from, text.data(), text.size()), u'\0');
+    ToWide(from, text.data(), text.size(), wide.data());
+    std::string result(NarrowLength(to, wide.data(), wide.size()), '\0');
+    ToNarrow(to, wide.data(), wide.size(), result.data());
+    return result;
+}
+
+} // namespace
+
+std::int64_t CurrentTime() {
+    return timeSource.load(std::memory_order_acquire)();
+}
+
+void SetTimeSource(std::int64_t (*source)()) {
+    timeSource.store(source ? source : SystemTime, std::memory_order_release);
+}
+
+bool LocalTime(std::int64_t seconds, std::tm& local) {
+    const std::time_t time = seconds;
+    return localtime_r(&time, &local) != nullptr;
+}
+
+std::string FormatTime(const char* format, std::tm time) {
+    tzset();
+    time.tm_gmtoff = -timezone;
+    time.tm_zone = tzname[0];
+    const bool isUtf8 = std::string_view(nl_langinfo(_NL_TIME_CODESET)) == "UTF-8";
+    const std::string recoded = isUtf8 ? Recode(format, ansiCodePage, utf8CodePage) : format;
+    const std::size_t limit = std::max<std::size_t>(256, 64 * recoded.size());
+    std::string text;
+    std::size_t length = 0;
+    // 0 means no room or no text.
+    for (std::size_t room = 256; length == 0 && text.size() < limit; room *= 2) {
+        text.resize(std::min(room, limit));
+        length = std::strftime(text.data(), text.size() + 1, recoded.c_str(), &time);
+    }
+    text.resize(length);
+    return isUtf8 ? Recode(text, utf8CodePage, ansiCodePage) : text;
+}
+
+} // namespace zynplatform
