@@ -1,0 +1,168 @@
+#include "zynaggr/zyndatetime.h"
+
+#include "support/failing_new.h"
+#include "zynhost/memory.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <chrono>
+#include <clocale>
+#include <cmath>
+#include <cstdlib>
+#include <ctime>
+
+namespace {
+
+using namespace std::chrono;
+
+constexpr int firstDay = -657434, lastDay = 2958465;
+constexpr sys_days epoch = 1899y / December / 30;
+constexpr auto valid = CzynDateTime::valid, invalid = CzynDateTime::invalid, null = CzynDateTime::null;
+
+CzynDateTime WithStatus(double date, CzynDateTime::DateTimeStatus status) {
+    CzynDateTime value(date);
+    value.SetStatus(status);
+    return value;
+}
+
+// Year, month, day, day of week, day of year, hour, minute, second.
+using Fields = std::array<int, 8>;
+
+Fields FieldsOf(CzynDateTime v) {
+    return {v.GetYear(),      v.GetMonth(), v.GetDay(),    v.GetDayOfWeek(),
+            v.GetDayOfYear(), v.GetHour(),  v.GetMinute(), v.GetSecond()};
+}
+
+// By rule: units are split off one by one, more than half a second rounds up, the day of week stays behind.
+Fields FieldsByRule(double value) {
+    double day, hour, minute, second;
+    const double fraction = std::abs(std::modf(value, &day));
+    const double rest = std::modf(std::modf(std::modf(fraction * 24, &hour) * 60, &minute) * 60, &second);
+    const int s = static_cast<int>(hour * 3600 + minute * 60 + second) + (rest > 0.5 ? 1 : 0);
+    const sys_days own = epoch + days(static_cast<int>(day)), rounded = own + days(s / 86400);
+    const year_month_day date(rounded);
+    const int y = int(date.year()), m = int(unsigned(date.month())), d = int(unsigned(date.day()));
+    const int number = int((rounded - sys_days(year(y) / 1 / 1)).count()) + 1;
+    return {y, m, d, int(weekday(own).c_encoding()), number, s / 3600 % 24, s / 60 % 60, s % 60};
+}
+
+TEST(DateTime, EveryDayConvertsBothWaysAndNothingElse) {
+    CzynDateTime value;
+    int day = firstDay;
+    for (int y = 0; y < 10100; ++y)
+        for (unsigned m = 0; m < 14; ++m)
+            for (unsigned d = 0; d < 33; ++d) {
+                const bool isDate = y >= 100 && y <= 9999 && (year(y) / month(m) / std::chrono::day(d)).ok();
+                ASSERT_EQ(value.SetDate(y, int(m), int(d)), isDate ? valid : invalid);
+                ASSERT_EQ(double(value), isDate ? day : 0);
+                if (!isDate) continue;
+                const bool isInside = day != firstDay && day != lastDay; // else there at midnight only
+                const int s = isInside ? static_cast<int>(day * -7919LL % 86400 + 86400) % 86400 : 0;
+                Fields f = FieldsByRule(day);
+                f[5] = s / 3600, f[6] = s / 60 % 60, f[7] = s % 60;
+                value.SetDateTime(y, int(m), int(d), f[5], f[6], f[7]);
+                ASSERT_NEAR(double(value), day + (day < 0 ? -1 : 1) * s / 86400.0, 1e-9);
+                ASSERT_EQ(FieldsOf(value), f) << day;
+                ++day;
+            }
+    // The last days of months, years and the range, and leap days, with every half second and next to it.
+    for (const int start : {0, 31, 36584, 45350, 45351, 45657, 2958464, -1, -1400, -1401, -657433})
+        for (int i = 0; i < 86400 * 5; ++i) {
+            const double half = start + (start < 0 ? -1 : 1) * (i / 5 + 0.5) / 86400, to = i % 5 - 2;
+            const double moved = i % 2 ? std::nextafter(half, to * 1e9) : half + to * 2e-6;
+            ASSERT_EQ(FieldsOf(moved), FieldsByRule(moved)) << start << ' ' << i;
+        }
+}
+
+TEST(DateTime, TakesAnyTimeAndAnswersNothingOutOfRange) {
+    EXPECT_EQ(double(CzynDateTime(2020, 1, 1, 25, 0, 0)), 43832 + 1 / 24.0);
+    EXPECT_EQ(double(CzynDateTime(1899, 12, 29, 0, 360, 64800)), -2);
+    EXPECT_EQ(double(CzynDateTime(67556, 65537, 65537, -1, 0, 0)), 43831 + 65535 / 24.0); // 16 bits each
+    EXPECT_EQ(CzynDateTime(9999, 12, 31, 12, 0, 0).GetStatus(), valid);
+    for (const double number : {lastDay + 0.5, std::nextafter(lastDay, HUGE_VAL), HUGE_VAL, std::nan(""),
+                                firstDay - 0.5, std::nextafter(firstDay, -HUGE_VAL), -HUGE_VAL}) {
+        CzynDateTime value(number);
+        UDATE date{{1, 2, 3, 4, 5, 6, 7, 8}, 9};
+        EXPECT_TRUE(value.GetStatus() == invalid && !value.GetAsUDATE(date)) << number;
+        EXPECT_TRUE(date.st.wYear == 1 && date.wDayOfYear == 0) << number;
+        value.SetStatus(valid);
+        EXPECT_TRUE(!value.GetAsUDATE(date) && date.st.wYear == 0 && date.st.wMilliseconds == 0) << number;
+        EXPECT_TRUE(FieldsOf(value)[0] == -1 && value.Format("%Y") == "Invalid DateTime") << number;
+    }
+}
+
+TEST(DateTime, CountsSecondsInLocalTime) {
+    setenv("TZ", "EAST-5:30", 1);
+    tzset();
+    EXPECT_DOUBLE_EQ(CzynDateTime(std::int64_t{253402280999}), lastDay + 86399 / 86400.0);
+    for (const std::int64_t seconds : {-1L, 253402281000L, 2068146604800L /* the year 67536 */, INT64_MAX})
+        EXPECT_EQ(CzynDateTime(seconds).GetStatus(), invalid) << seconds;
+    zynplatform::SetTimeSource([]() -> std::int64_t { return 0; });
+    EXPECT_EQ(CzynDateTime::GetTickCount().Format("%F %T %z %Z"), "1970-01-01 05:30:00 +0530 EAST");
+    zynplatform::SetTimeSource(nullptr);
+    EXPECT_LE(std::abs(std::time(nullptr) - zynplatform::CurrentTime()), 1);
+    unsetenv("TZ");
+    tzset();
+}
+
+TEST(DateTime, ComparesByStatusThenByTime) {
+    // In a negative date the fraction counts forward, too: there are two numbers for a time of day 0.
+    const CzynDateTime values[] = {WithStatus(9, null), WithStatus(9, invalid), -2.25, -2.75, 0.25};
+    for (int i = 0; i < 5; ++i)
+        for (int k = 0; k < 5; ++k) {
+            const CzynDateTime &a = values[i], &b = values[k];
+            const bool isEqual = i == k && i != 1, isLess = i > 1 && i < k;
+            EXPECT_TRUE((a == b) == isEqual && (a != b) != isEqual && (a < b) == isLess && (b > a) == isLess);
+            EXPECT_TRUE((a <= b) == (isLess || isEqual) && (b >= a) == (isLess || isEqual)) << i << k;
+        }
+    EXPECT_FALSE(values[4] == CzynDateTime(-0.25) || values[4] > CzynDateTime(-0.25));
+}
+
+TEST(DateTime, AddsSpansLinearly) {
+    const double cases[][3] = {
+        {-1.25, 0.5, -1.75}, {-1.25, 1, 0.25}, {0.25, -0.5, -1.75}, {2, -4.5, -3.5}, {-5, -1, -6}};
+    for (const auto& [date, days, sum] : cases) {
+        const CzynDateTimeSpan span(days);
+        CzynDateTime value(date);
+        EXPECT_TRUE(double(value + span) == sum && double(value - -span) == sum) << date;
+        EXPECT_TRUE(CzynDateTime(sum) - value == span && double(value -= -span) == sum) << date;
+    }
+    const CzynDateTimeSpan day(1.0);
+    CzynDateTime last(double{lastDay}), lost = WithStatus(5, null);
+    EXPECT_EQ((last + day).GetStatus(), invalid);
+    EXPECT_TRUE((last += day).GetStatus() == valid && (lost += day).GetStatus() == null);
+}
+
+TEST(DateTime, KeepsItsFieldsUntilTheValueChanges) {
+    CzynDateTime v(2024, 2, 29, 1, 2, 3);
+    EXPECT_EQ(v.GetYear(), 2024);
+    for (FailingNew none(1, FailingNew::onwards); v.GetStatus() == valid; v.SetStatus(null)) {
+        EXPECT_EQ(v.GetDay(), 29); // what is kept needs no memory
+        EXPECT_THROW(CzynDateTime(v).GetDay(), CMemoryException);
+        v.SetStatus(invalid);
+        EXPECT_EQ(v.GetDay(), -1); // which gives it up
+        v.SetStatus(valid);
+        EXPECT_THROW(v.GetDay(), CMemoryException);
+    }
+    EXPECT_EQ((v = 2.0).GetDay(), 1);
+    EXPECT_EQ((v = UDATE{{2024, 5, 9, 31, 0, 0, 0, 9}, 400}).GetDay(), 31);
+    EXPECT_EQ((v = std::int64_t{1706616000}).GetDay(), 30);
+    EXPECT_EQ(v.SetDate(2024, 6, 1) + v.GetDay(), 1);
+    EXPECT_EQ((v -= CzynDateTimeSpan(1.0)).GetDay(), 31);
+}
+
+TEST(DateTime, FormatsByTheRuntimeLibrary) {
+    const CzynDateTime value(2024, 12, 31, 23, 5, 9);
+    for (const char* locale : {"C.UTF-8", "C"}) {
+        std::setlocale(LC_TIME, locale);
+        EXPECT_EQ(value.Format("\xE3 %F %T %j %w %a %B"), "\xE3 2024-12-31 23:05:09 366 2 Tue December");
+        EXPECT_EQ(value.Format("%300d").View(), std::string(298, '0') + "31");
+        EXPECT_EQ(value.Format("%2000000000d"), "");
+    }
+    for (const auto& text :
+         {value.Format(nullptr), WithStatus(1, null).Format("%Y"), WithStatus(1, invalid).Format("")})
+        EXPECT_STREQ(text, "");
+}
+
+} // namespace
