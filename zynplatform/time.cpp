@@ -44,7 +44,6 @@ bool LocalTime(std::int64_t seconds, std::tm& local) {
 std::string FormatTime(const char* format, std::tm time) {
     tzset();
     time.tm_gmtoff = -timezone;
-    time.tm_zone = tzname[0];
     const bool isUtf8 = std::string_view(nl_langinfo(_NL_TIME_CODESET)) == "UTF-8";
     const std::string recoded = isUtf8 ? Recode(format, ansiCodePage, utf8CodePage) : format;
     const std::size_t limit = std::max<std::size_t>(256, 64 * recoded.size());

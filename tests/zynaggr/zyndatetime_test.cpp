@@ -108,7 +108,7 @@ TEST(DateTime, CountsSecondsInLocalTime) {
 
 TEST(DateTime, ComparesByStatusThenByTime) {
     // In a negative date the fraction counts forward, too: there are two numbers for a time of day 0.
-    const CzynDateTime values[] = {WithStatus(9, null), WithStatus(9, invalid), -2.25, -2.75, 0.25};
+    const CzynDateTime values[] = {WithStatus(0, null), WithStatus(0, invalid), -2.25, -2.75, 0.25};
     for (int i = 0; i < 5; ++i)
         for (int k = 0; k < 5; ++k) {
             const CzynDateTime &a = values[i], &b = values[k];

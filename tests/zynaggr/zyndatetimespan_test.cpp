@@ -47,7 +47,7 @@ TEST(DateTimeSpan, IsInvalidOutOfRange) {
 }
 
 TEST(DateTimeSpan, AddsAndComparesByStatusThenByNumber) {
-    const Span spans[] = {WithStatus(9, Span::null), WithStatus(9, Span::invalid), -3e6, -0.5, 3e6};
+    const Span spans[] = {WithStatus(1, Span::null), WithStatus(1, Span::invalid), -3e6, -0.5, 3e6};
     for (const Span& a : spans)
         for (const Span& b : spans) {
             const int status = std::max(a.GetStatus(), b.GetStatus()); // null outlasts invalid
