@@ -40,7 +40,7 @@ public:
     CzynDateTime(double date) : m_dt(date) { CheckRange(); }
     // The fields of a record, but for day of week, milliseconds and day of the year; 0.0 and invalid when
     // CheckSystemTime refuses them. Hours, minutes and seconds of any size add up: 25:00 is 01:00 of the next
-    // day. On days before the epoch they take the time back instead, once they pass midnight.
+    // day, or of the day before on a date before the epoch.
     CzynDateTime(const SYSTEMTIME& fields) { Set(fields); }
     CzynDateTime(int year, int month, int day, int hour, int minute, int second) {
         SetDateTime(year, month, day, hour, minute, second);
@@ -113,7 +113,8 @@ public:
     bool operator<=(const CzynDateTime& other) const { return *this < other || *this == other; }
     bool operator>=(const CzynDateTime& other) const { return *this > other || *this == other; }
 
-    // Valid unless out of range.
+    // Valid unless out of range. A sum that falls short of a midnight before the epoch, or of day 0, by no
+    // more than the last bit of its number may come out two days early.
     CzynDateTime operator+(CzynDateTimeSpan span) const { return Moved(span); }
     CzynDateTime operator-(CzynDateTimeSpan span) const { return Moved(-span); }
     // The same number; the range is not checked and the status stays.

@@ -41,7 +41,8 @@ public:
     // The exact number of days.
     operator double() const { return m_dt; }
 
-    // Everything below goes by the span rounded to the nearest second, halves away from zero.
+    // The getters and Format go by the span rounded to the nearest second, halves away from zero. A number
+    // that 64 bits cannot hold counts as 0 there; no valid span is near it.
 
     // The whole span in one unit, without its fraction: 1.5 days are 1 day, 36 hours, 2160 minutes.
     double GetTotalDays() const { return static_cast<double>(GetTotal(1)); }
@@ -87,7 +88,7 @@ protected:
         return m_status == valid && other.m_status == valid;
     }
     CzynDateTimeSpan Sum(const CzynDateTimeSpan& other, double days) const;
-    std::int64_t GetTotal(int unitsPerDay) const; // 0 for what 64 bits cannot hold
+    std::int64_t GetTotal(int unitsPerDay) const;
 
     double m_dt = 0; // days
     DateTimeSpanStatus m_status = valid;

@@ -10,7 +10,6 @@
 #include <clocale>
 #include <cmath>
 #include <cstdlib>
-#include <ctime>
 
 namespace {
 
@@ -20,11 +19,9 @@ constexpr int firstDay = -657434, lastDay = 2958465;
 constexpr sys_days epoch = 1899y / December / 30;
 constexpr auto valid = CzynDateTime::valid, invalid = CzynDateTime::invalid, null = CzynDateTime::null;
 
-CzynDateTime WithStatus(double date, CzynDateTime::DateTimeStatus status) {
-    CzynDateTime value(date);
-    value.SetStatus(status);
-    return value;
-}
+struct WithStatus : CzynDateTime {
+    WithStatus(double date, DateTimeStatus status) : CzynDateTime(date) { m_status = status; }
+};
 
 // Year, month, day, day of week, day of year, hour, minute, second.
 using Fields = std::array<int, 8>;
@@ -58,11 +55,11 @@ TEST(DateTime, EveryDayConvertsBothWaysAndNothingElse) {
                 ASSERT_EQ(double(value), isDate ? day : 0);
                 if (!isDate) continue;
                 const bool isInside = day != firstDay && day != lastDay; // else there at midnight only
-                const int s = isInside ? static_cast<int>(day * -7919LL % 86400 + 86400) % 86400 : 0;
-                Fields f = FieldsByRule(day);
-                f[5] = s / 3600, f[6] = s / 60 % 60, f[7] = s % 60;
+                const auto s = isInside ? static_cast<int>(day * -7919LL % 86400 + 86400) % 86400 : 0;
+                const double date = day + (day < 0 ? -1 : 1) * s / 86400.0;
+                const Fields f = FieldsByRule(date);
                 value.SetDateTime(y, int(m), int(d), f[5], f[6], f[7]);
-                ASSERT_NEAR(double(value), day + (day < 0 ? -1 : 1) * s / 86400.0, 1e-9);
+                ASSERT_NEAR(double(value), date, 1e-9);
                 ASSERT_EQ(FieldsOf(value), f) << day;
                 ++day;
             }
@@ -76,7 +73,6 @@ TEST(DateTime, EveryDayConvertsBothWaysAndNothingElse) {
 }
 
 TEST(DateTime, TakesAnyTimeAndAnswersNothingOutOfRange) {
-    EXPECT_EQ(double(CzynDateTime(2020, 1, 1, 25, 0, 0)), 43832 + 1 / 24.0);
     EXPECT_EQ(double(CzynDateTime(1899, 12, 29, 0, 360, 64800)), -2);
     EXPECT_EQ(double(CzynDateTime(67556, 65537, 65537, -1, 0, 0)), 43831 + 65535 / 24.0); // 16 bits each
     EXPECT_EQ(CzynDateTime(9999, 12, 31, 12, 0, 0).GetStatus(), valid);
@@ -106,20 +102,17 @@ TEST(DateTime, CountsSecondsInLocalTime) {
     tzset();
 }
 
-TEST(DateTime, ComparesByStatusThenByTime) {
+TEST(DateTime, ComparesAndAddsByStatusThenLinearly) {
     // In a negative date the fraction counts forward, too: there are two numbers for a time of day 0.
     const CzynDateTime values[] = {WithStatus(0, null), WithStatus(0, invalid), -2.25, -2.75, 0.25};
-    for (int i = 0; i < 5; ++i)
-        for (int k = 0; k < 5; ++k) {
-            const CzynDateTime &a = values[i], &b = values[k];
-            const bool isEqual = i == k && i != 1, isLess = i > 1 && i < k;
-            EXPECT_TRUE((a == b) == isEqual && (a != b) != isEqual && (a < b) == isLess && (b > a) == isLess);
-            EXPECT_TRUE((a <= b) == (isLess || isEqual) && (b >= a) == (isLess || isEqual)) << i << k;
-        }
+    for (int i = 0; i < 25; ++i) {
+        const CzynDateTime &a = values[i / 5], &b = values[i % 5];
+        const bool isEqual = &a == &b && &a != values + 1, isLess = i >= 10 && &a < &b;
+        EXPECT_TRUE((a == b) == isEqual && (a != b) != isEqual && (a < b) == isLess && (b > a) == isLess);
+        EXPECT_TRUE((a <= b) == (isLess || isEqual) && (b >= a) == (isLess || isEqual)) << i;
+    }
     EXPECT_FALSE(values[4] == CzynDateTime(-0.25) || values[4] > CzynDateTime(-0.25));
-}
 
-TEST(DateTime, AddsSpansLinearly) {
     const double cases[][3] = {
         {-1.25, 0.5, -1.75}, {-1.25, 1, 0.25}, {0.25, -0.5, -1.75}, {2, -4.5, -3.5}, {-5, -1, -6}};
     for (const auto& [date, days, sum] : cases) {
@@ -147,22 +140,19 @@ TEST(DateTime, KeepsItsFieldsUntilTheValueChanges) {
     }
     EXPECT_EQ((v = 2.0).GetDay(), 1);
     EXPECT_EQ((v = UDATE{{2024, 5, 9, 31, 0, 0, 0, 9}, 400}).GetDay(), 31);
-    EXPECT_EQ((v = std::int64_t{1706616000}).GetDay(), 30);
     EXPECT_EQ(v.SetDate(2024, 6, 1) + v.GetDay(), 1);
     EXPECT_EQ((v -= CzynDateTimeSpan(1.0)).GetDay(), 31);
 }
 
 TEST(DateTime, FormatsByTheRuntimeLibrary) {
     const CzynDateTime value(2024, 12, 31, 23, 5, 9);
-    for (const char* locale : {"C.UTF-8", "C"}) {
-        std::setlocale(LC_TIME, locale);
-        EXPECT_EQ(value.Format("\xE3 %F %T %j %w %a %B"), "\xE3 2024-12-31 23:05:09 366 2 Tue December");
-        EXPECT_EQ(value.Format("%300d").View(), std::string(298, '0') + "31");
-        EXPECT_EQ(value.Format("%2000000000d"), "");
-    }
-    for (const auto& text :
-         {value.Format(nullptr), WithStatus(1, null).Format("%Y"), WithStatus(1, invalid).Format("")})
-        EXPECT_STREQ(text, "");
+    std::setlocale(LC_TIME, "C.UTF-8");
+    EXPECT_EQ(value.Format("\xE3 %F %T %j %w %a %B"), "\xE3 2024-12-31 23:05:09 366 2 Tue December");
+    std::setlocale(LC_TIME, "C");
+    EXPECT_EQ(value.Format("%300d\xE3").View(), std::string(298, '0') + "31\xE3");
+    EXPECT_EQ(value.Format("%2000000000d"), "");
+    EXPECT_TRUE(value.Format(nullptr).IsEmpty() && WithStatus(1, null).Format("%Y").IsEmpty());
+    EXPECT_STREQ(WithStatus(1, invalid).Format(""), "");
 }
 
 } // namespace
