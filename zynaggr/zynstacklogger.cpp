@@ -6,7 +6,7 @@
 #include "zynplatform/beep.h"
 #include "zynplatform/cp1251.h"
 #include "zynplatform/tick.h"
-#include "zynplatform/timeofday.h"
+#include "zynplatform/time.h"
 
 #include <algorithm>
 #include <array>

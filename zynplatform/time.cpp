@@ -13,7 +13,9 @@ namespace zynplatform {
 namespace {
 
 std::int64_t SystemTime() {
-    return std::time(nullptr);
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    return std::int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1'000'000;
 }
 
 std::atomic<std::int64_t (*)()> timeSource{SystemTime};
@@ -26,14 +28,34 @@ std::string Recode(std::string_view text, unsigned from, unsigned to) {
     return result;
 }
 
-} // namespace
-
-std::int64_t CurrentTime() {
+std::int64_t Milliseconds() {
     return timeSource.load(std::memory_order_acquire)();
 }
 
-void SetTimeSource(std::int64_t (*source)()) {
-    timeSource.store(source ? source : SystemTime, std::memory_order_release);
+} // namespace
+
+std::int64_t CurrentTime() {
+    return Milliseconds() / 1000;
+}
+
+TimeOfDay LocalTimeOfDay() {
+    // Breaking a time down costs more than reading the clock, so each thread does it once a second.
+    static constinit thread_local std::int64_t brokenDown = -1;
+    static constinit thread_local TimeOfDay time{};
+
+    const std::int64_t now = Milliseconds();
+    if (now / 1000 != brokenDown) {
+        std::tm local{};
+        LocalTime(now / 1000, local);
+        time = {local.tm_hour, local.tm_min, local.tm_sec, 0};
+        brokenDown = now / 1000;
+    }
+    time.millisecond = static_cast<int>(now % 1000);
+    return time;
+}
+
+void SetTimeSource(std::int64_t (*milliseconds)()) {
+    timeSource.store(milliseconds ? milliseconds : SystemTime, std::memory_order_release);
 }
 
 bool LocalTime(std::int64_t seconds, std::tm& local) {

@@ -31,9 +31,17 @@ namespace zynplatform {
 // Seconds since 1970-01-01 00:00 UTC by the system's clock. Safe from any thread.
 ZYN_API std::int64_t CurrentTime();
 
-// Replaces that clock, for a test that needs a certain time; null restores the system's. The function is
-// called from every thread that asks for the time.
-ZYN_API void SetTimeSource(std::int64_t (*source)());
+struct TimeOfDay {
+    int hour, minute, second, millisecond;
+};
+
+// The local time of the same clock, cheap enough for every line of a log. A change of the process's time zone
+// shows from the next full second on. Safe from any thread.
+ZYN_API TimeOfDay LocalTimeOfDay();
+
+// Replaces that clock, for a test that needs a certain time: milliseconds since 1970-01-01 00:00 UTC. Null
+// restores the system's. The function is called from every thread that asks for the time.
+ZYN_API void SetTimeSource(std::int64_t (*milliseconds)());
 
 // Breaks a count of seconds since 1970-01-01 00:00 UTC down into local time, by the time zone of the process
 // (the variable TZ, else the system's). False when the year does not fit the record. Safe from any thread.

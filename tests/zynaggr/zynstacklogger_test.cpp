@@ -4,9 +4,11 @@
 #include "zynplatform/beep.h"
 #include "zynplatform/cp1251.h"
 #include "zynplatform/tick.h"
-#include "zynplatform/timeofday.h"
+#include "zynplatform/time.h"
 
 #include <barrier>
+#include <cstdlib>
+#include <ctime>
 #include <gtest/gtest.h>
 #include <thread>
 #include <vector>
@@ -30,7 +32,10 @@ struct StackLogger : testing::Test {
         tick = 7, timeReads = 0;
         zynplatform::SetThreadIdSource([] { return 0xA1Cu; });
         zynplatform::SetTickSource([] { return tick++; });
-        zynplatform::SetTimeOfDaySource([] { return zynplatform::TimeOfDay{17, 5, 9, timeReads++ % 1000}; });
+        setenv("TZ", "UTC", 1);
+        tzset();
+        zynplatform::SetTimeSource(
+            []() -> std::int64_t { return 61'509'000 + timeReads++ % 1000; }); // 17:05:09
         zynplatform::SetBeep([](auto hz, auto ms) { beeps += std::to_string(hz * 1000 + ms) + " "; });
         GlobalStackLogInit(
             [](auto text, auto from, auto extra) {
@@ -42,7 +47,9 @@ struct StackLogger : testing::Test {
         GlobalStackLogDestroy();
         zynplatform::SetThreadIdSource(nullptr);
         zynplatform::SetTickSource(nullptr);
-        zynplatform::SetTimeOfDaySource(nullptr);
+        zynplatform::SetTimeSource(nullptr);
+        unsetenv("TZ");
+        tzset();
         zynplatform::SetBeep(nullptr);
     }
     static StackLoggerThreadEl& Element() { return *g_pGlobalStackLog.load()->GetAt(0); }
