@@ -13,7 +13,7 @@
 #include <string_view>
 
 namespace zyn {
-struct IniIndex;
+class IniIndex;
 }
 
 // One pair of CzynINI::GetListKeysVals.
@@ -164,7 +164,7 @@ protected:
 
     // The entry, or null. With bCreate it is made when missing, its section too.
     SOption* FindCreateOption(const char* szSection, const char* szKey, bool bCreate, const char* szComment);
-    int FindSectionIndex(const char* szSection); // -1: none
+    zyn::IniIndex& Index();
     SSection* FindSection(const char* szSection);
     SOption* FindOption(const char* szSection, const char* szKey);
     bool FailEntryCreation();

@@ -46,25 +46,20 @@ int InsertOption(CzynINI::SSection& section, const char* key, const CStringA& va
 
 } // namespace
 
-int CzynINI::FindSectionIndex(const char* szSection) {
+zyn::IniIndex& CzynINI::Index() {
     if (!m_pIndex)
         m_pIndex = std::make_unique<zyn::IniIndex>();
     else if (typeid(*this) != typeid(CzynINI)) // a derived class may have changed the model
         *m_pIndex = {};
-    return m_pIndex->sections.Find(m_aSections, &SSection::m_sName, szSection ? szSection : "");
+    return *m_pIndex;
 }
 
 CzynINI::SSection* CzynINI::FindSection(const char* szSection) {
-    return m_aSections.GetAt(FindSectionIndex(szSection));
+    return Index().FindSection(m_aSections, szSection ? szSection : "");
 }
 
 CzynINI::SOption* CzynINI::FindOption(const char* szSection, const char* szKey) {
-    const int index = FindSectionIndex(szSection);
-    if (index < 0) return nullptr;
-    if (m_pIndex->options.empty()) m_pIndex->options.resize(static_cast<std::size_t>(m_aSections.GetSize()));
-    OptionArray& options = m_aSections.GetAt(index)->m_aOptions;
-    zyn::NameIndex& names = m_pIndex->options[static_cast<std::size_t>(index)];
-    return options.GetAt(names.Find(options, &SOption::m_sKey, szKey ? szKey : ""));
+    return Index().FindOption(m_aSections, szSection ? szSection : "", szKey ? szKey : "");
 }
 
 CzynINI::SOption* CzynINI::FindCreateOption(const char* szSection, const char* szKey, bool bCreate,
@@ -113,7 +108,8 @@ bool CzynINI::SaveEdit() {
 
 CStringA CzynINI::GetString(const char* szSection, const char* szKey, const char* szDefault, bool bCreate) {
     CStringA sValue;
-    return GetString(szSection, szKey, sValue, szDefault, bCreate) ? sValue : CStringA(szDefault);
+    if (!GetString(szSection, szKey, sValue, szDefault, bCreate)) sValue = szDefault;
+    return sValue;
 }
 
 bool CzynINI::GetString(const char* szSection, const char* szKey, CStringA& sValue, const char* szDefault,

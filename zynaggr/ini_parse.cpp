@@ -7,6 +7,7 @@
 #include "zynhost/memory.h"
 #include "zynplatform/cp1251.h"
 
+#include <algorithm>
 #include <array>
 #include <memory>
 #include <string>
@@ -37,56 +38,101 @@ CStringA Trimmed(std::string_view text) {
     return CStringA(text.substr(first, text.find_last_not_of(whiteSpace) - first + 1));
 }
 
-// Walks the text of a file character by character and builds its sections.
+// Walks the text of a file and builds its sections. A text that does not end with a line feed is read as
+// if one followed.
 class Parser {
 public:
-    explicit Parser(CzynINI::SectionArray& sections) : m_sections(sections) {}
+    Parser(CzynINI::SectionArray& sections, std::string_view text)
+        : m_sections(sections), m_text(text), m_lineFeed(std::min(text.find('\n'), text.size())) {}
 
     // False when a header line ended without a section.
-    bool Run(std::string_view text) {
-        for (std::size_t i = 0; i < text.size(); ++i) {
-            const std::size_t run = i;
-            while (i < text.size() && !special[static_cast<unsigned char>(text[i])])
-                ++i;
-            m_token.append(text, run, i - run);
-            if (i == text.size()) break;
-            switch (text[i]) {
-            case ';':
-            case '#':
-                if (!m_isValue && !m_isHeader) m_isComment = true;
-                m_token += text[i];
-                break;
-            case '[':
-                TakeOpeningBracket();
-                break;
-            case ']':
-                TakeClosingBracket();
-                break;
-            case '=':
-                TakeEqualsSign();
-                break;
-            case '\r':
-                // Part of a line end of two characters; else a line end by itself.
-                if ((i + 1 < text.size() && text[i + 1] == '\n') || (i > 0 && text[i - 1] == '\n')) break;
-                [[fallthrough]];
-            default:
-                if (!EndLine()) return false;
-            }
+    bool Run() {
+        m_isLastLineOpen = !m_text.empty() && m_text.back() != '\n';
+        for (std::size_t i = 0; i < m_text.size();) {
+            if (IsAtLineStart() && TakePlainLine(i)) continue;
+            if (!TakeRun(i)) return false;
         }
-        return true;
+        return !m_isLastLineOpen || EndLine();
     }
 
 private:
-    CzynINI::SSection& NewSection(const std::string& name) {
+    bool IsAtLineStart() const { return m_token.empty() && !m_isHeader && !m_isValue && !m_isComment; }
+
+    // A CR that is part of a line end of two characters does not end the line.
+    bool IsPartOfLineEnd(std::size_t i) const {
+        return i + 1 == m_text.size() || m_text[i + 1] == '\n' || (i > 0 && m_text[i - 1] == '\n');
+    }
+
+    std::size_t FindSpecial(std::size_t i) const {
+        while (i < m_text.size() && !special[static_cast<unsigned char>(m_text[i])])
+            ++i;
+        return i;
+    }
+
+    // The first CR or LF, or the end of the text.
+    std::size_t FindLineEnd(std::size_t i) {
+        if (m_lineFeed < i) m_lineFeed = std::min(m_text.find('\n', i), m_text.size());
+        return std::min(m_text.substr(0, m_lineFeed).find('\r', i), m_lineFeed);
+    }
+
+    // Takes a whole line at once, with its end, unless it begins like a header: false, and nothing is taken.
+    bool TakePlainLine(std::size_t& i) {
+        const std::size_t begin = m_text[i] == '\r' && IsPartOfLineEnd(i) ? i + 1 : i;
+        const std::size_t mark = FindSpecial(begin);
+        if (mark < m_text.size() && (m_text[mark] == '[' || m_text[mark] == ']')) return false;
+        const std::size_t end = FindLineEnd(mark);
+        if (mark < end && m_text[mark] == '=') {
+            CzynINI::SOption& option = NewOption(m_text.substr(begin, mark - begin));
+            option.m_bEmptyKey = mark == begin;
+            option.m_sValue = Trimmed(m_text.substr(mark + 1, end - mark - 1));
+        } else {
+            NewOption({}).m_sValue = Trimmed(m_text.substr(begin, end - begin));
+        }
+        i = end + 1;
+        if (i < m_text.size() && m_text[end] == '\r' && m_text[i] == '\n') ++i;
+        if (i >= m_text.size()) m_isLastLineOpen = false;
+        return true;
+    }
+
+    // Takes what comes next, up to and with the next special character.
+    bool TakeRun(std::size_t& i) {
+        const std::size_t mark = FindSpecial(i);
+        m_token.append(m_text, i, mark - i);
+        i = mark + 1;
+        if (mark == m_text.size()) return true;
+        switch (m_text[mark]) {
+        case ';':
+        case '#':
+            if (!m_isValue && !m_isHeader) m_isComment = true;
+            m_token += m_text[mark];
+            return true;
+        case '[':
+            TakeOpeningBracket();
+            return true;
+        case ']':
+            TakeClosingBracket();
+            return true;
+        case '=':
+            TakeEqualsSign();
+            return true;
+        case '\r':
+            if (IsPartOfLineEnd(mark)) return true;
+            [[fallthrough]];
+        default:
+            return EndLine();
+        }
+    }
+
+    CzynINI::SSection& NewSection(std::string_view name) {
         m_section = new CzynINI::SSection(m_sections, nullptr);
-        m_section->m_sName = CStringA(std::string_view(name));
+        m_section->m_sName = CStringA(name);
         return *m_section;
     }
 
-    CzynINI::SOption& NewOption(const std::string& key) {
+    CzynINI::SOption& NewOption(std::string_view key) {
         if (!m_section) NewSection({});
         auto option = std::make_unique<CzynINI::SOption>(nullptr);
-        option->m_sKey = CStringA(std::string_view(key));
+        option->m_sKey = CStringA(key);
         m_section->Add(option.get());
         return *option.release();
     }
@@ -149,6 +195,9 @@ private:
     }
 
     CzynINI::SectionArray& m_sections;
+    std::string_view m_text;
+    std::size_t m_lineFeed; // the next one
+    bool m_isLastLineOpen = false;
     CzynINI::SSection* m_section = nullptr;
     CzynINI::SOption* m_option = nullptr;
     std::string m_token;
@@ -197,13 +246,12 @@ bool CzynINI::Parse() {
     m_pIndex.reset();
     m_aSections.RemoveAll();
     try {
-        CStringA sText;
+        const std::string_view text = file.ReadAllData();
         // Not to be taken for a file that cannot be decoded: the next save would leave nothing of it.
-        if (!file.ReadAllDataToString(sText) && file.LoadLackedMemory()) AfxThrowMemoryException();
-        if (sText.IsEmpty()) return true;
-        if (sText[sText.GetLength() - 1] != '\n') sText += '\n';
+        if (text.empty() && file.LoadLackedMemory()) AfxThrowMemoryException();
+        if (text.empty()) return true;
         m_nEncoding = file.GetFileEncoding();
-        return ParseText(sText.View());
+        return ParseText(text);
     } catch (...) {
         m_TimeMeter.Zero(); // half a model must not be saved over the file
         throw;
@@ -211,7 +259,7 @@ bool CzynINI::Parse() {
 }
 
 bool CzynINI::ParseText(std::string_view text) {
-    if (Parser(m_aSections).Run(text)) return true;
+    if (Parser(m_aSections, text).Run()) return true;
     m_sErr.Format(
         CzynTranslate::Translate(
             "Ошибка при разборе ini %s: строка помечена как содержащая секцию, но объекта секции нет"_cp1251),

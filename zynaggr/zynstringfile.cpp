@@ -223,14 +223,17 @@ int CzynStringFile::ReadString(CStringA& line) {
     return 1;
 }
 
-int CzynStringFile::ReadAllDataToString(CStringA& text) {
-    text.Empty();
-    if (!IsFileOpen() || !Load2Memory() || !m_bLoaded || m_nPosition >= m_nDataSize) return 0;
+std::string_view CzynStringFile::ReadAllData() {
+    if (!IsFileOpen() || !Load2Memory() || !m_bLoaded || m_nPosition >= m_nDataSize) return {};
     assert(m_nWorkEncoding == zynEncCP1251);
-    if (m_nWorkEncoding != zynEncCP1251) return 0;
-    text = CStringA(
-        std::string_view(reinterpret_cast<const char*>(m_pBuffer + m_nPosition), m_nDataSize - m_nPosition));
-    return 1;
+    if (m_nWorkEncoding != zynEncCP1251) return {};
+    return {reinterpret_cast<const char*>(m_pBuffer + m_nPosition), m_nDataSize - m_nPosition};
+}
+
+int CzynStringFile::ReadAllDataToString(CStringA& text) {
+    const std::string_view data = ReadAllData();
+    text = CStringA(data);
+    return !data.empty();
 }
 
 int CzynStringFile::WriteString(const char* text) {

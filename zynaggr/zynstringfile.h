@@ -56,6 +56,8 @@ public:
     int ReadString(CStringA& line);
     // Everything from the position to the end; the position stays.
     int ReadAllDataToString(CStringA& text);
+    // The same in place: valid until the text in memory changes, empty at the end or when loading fails.
+    std::string_view ReadAllData();
 
     // Appends at the end of the text, wherever the position is; a LF without a CR before it gets one. 1 on
     // success, 0 for an empty text, without an open file or without memory.

@@ -79,26 +79,23 @@ CzynTimeMeter::CzynTimeMeter() {
 }
 
 unsigned long CzynTimeMeter::Start() {
-    CzynEnterCriticalSection lock(&m_CS);
     const auto half = static_cast<std::uint32_t>(GetHalfDWORD());
-    m_dwStart = zynplatform::TickCount();
-    m_dwShift = m_dwStart > half ? half : 0;
-    m_dwStart -= m_dwShift;
-    return m_dwStart;
+    const std::uint32_t tick = zynplatform::TickCount();
+    const std::uint32_t shift = tick > half ? half : 0;
+    m_times = {tick - shift, shift};
+    return tick - shift;
 }
 
 void CzynTimeMeter::Zero() {
-    CzynEnterCriticalSection lock(&m_CS);
-    m_dwStart = 0;
-    m_dwShift = 0;
+    m_times = {0, 0};
 }
 
 unsigned long CzynTimeMeter::GetTickDelta() {
-    CzynEnterCriticalSection lock(&m_CS);
-    return zynplatform::TickCount() - m_dwShift - m_dwStart;
+    const Times times = m_times;
+    return zynplatform::TickCount() - times.m_dwShift - times.m_dwStart;
 }
 
 bool CzynTimeMeter::CheckTimeOut(unsigned long dwMs) {
-    CzynEnterCriticalSection lock(&m_CS);
-    return m_dwStart + static_cast<std::uint32_t>(dwMs) < zynplatform::TickCount() - m_dwShift;
+    const Times times = m_times;
+    return times.m_dwStart + static_cast<std::uint32_t>(dwMs) < zynplatform::TickCount() - times.m_dwShift;
 }

@@ -150,7 +150,9 @@ public:
     static unsigned long GetHalfDWORD() { return 0x80000000; }
 
 protected:
-    std::uint32_t m_dwStart = 0; // tick of the start without the shift: at most 2^31
-    std::uint32_t m_dwShift = 0; // 0 or 2^31, taken off every tick: keeps sums with the start from wrapping
-    CZynCriticalSection m_CS;    // guards both
+    struct Times {
+        std::uint32_t m_dwStart; // tick of the start without the shift: at most 2^31
+        std::uint32_t m_dwShift; // 0 or 2^31, taken off every tick: keeps sums with the start from wrapping
+    };
+    std::atomic<Times> m_times{}; // both at once, so that asking needs no lock
 };

@@ -1,14 +1,16 @@
 #include "zynplatform/tick.h"
 
 #include <atomic>
-#include <chrono>
+
+#include <time.h>
 
 namespace {
 
+// Of the clock that costs least, which moves on every few milliseconds.
 std::uint32_t SystemTick() {
-    using namespace std::chrono;
-    const auto sinceStart = duration_cast<milliseconds>(steady_clock::now().time_since_epoch());
-    return static_cast<std::uint32_t>(sinceStart.count());
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+    return static_cast<std::uint32_t>(std::int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1'000'000);
 }
 
 std::atomic<std::uint32_t (*)()> tickSource{SystemTick};
