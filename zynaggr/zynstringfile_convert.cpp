@@ -52,6 +52,27 @@ bool CopySwapped(const unsigned char* src, int length, unsigned char*& out, int&
            CzynStringFile::BufConvert_Utf16_BE2LE(out, static_cast<unsigned>(outLength));
 }
 
+// Without the byte-order mark, if there is one.
+bool ConvertUtf8To1251(const unsigned char* src, int length, unsigned char*& out, int& outLength) {
+    const int mark = GetBomLength(zynEncUTF8, src, length);
+    const auto size = static_cast<std::size_t>(length - mark);
+    Buffer buffer = Allocate(size + 1);
+    auto* const target = reinterpret_cast<char*>(buffer.get());
+    const std::size_t count =
+        zynplatform::Utf8To1251(reinterpret_cast<const char*>(src) + mark, size, target);
+    target[count] = 0;
+    return count > 0 && Give(std::move(buffer), count, out, outLength);
+}
+
+bool Convert1251ToUtf8(const unsigned char* src, int length, unsigned char*& out, int& outLength) {
+    const auto size = static_cast<std::size_t>(length);
+    Buffer buffer = Allocate(3 * size + 1);
+    auto* const target = reinterpret_cast<char*>(buffer.get());
+    const std::size_t count = zynplatform::From1251ToUtf8(reinterpret_cast<const char*>(src), size, target);
+    target[count] = 0;
+    return FitsInt(count + 1) && Give(std::move(buffer), count, out, outLength);
+}
+
 // 16-bit units at any address, for the code page conversions, which want them aligned.
 class AlignedUnits {
 public:
@@ -83,6 +104,8 @@ bool CzynStringFile::ConvertEncoding(zynTextEncoding from, unsigned char* src, i
     outLength = 0;
     if (!src || length <= 0 || from == zynEncUnknown || to == zynEncUnknown) return false;
     if (from == to) return Copy(src, length, out, outLength);
+    if (from == zynEncUTF8 && to == zynEncCP1251) return ConvertUtf8To1251(src, length, out, outLength);
+    if (from == zynEncCP1251 && to == zynEncUTF8) return Convert1251ToUtf8(src, length, out, outLength);
     Buffer units;
     if (from != zynEncUCS2LE) {
         unsigned char* converted = nullptr;
@@ -109,12 +132,12 @@ bool CzynStringFile::ConvertEncoding2UCS2(zynTextEncoding from, unsigned char* s
     assert(codePage != 0 && "no converter for this encoding");
     if (codePage == 0) return false;
     const auto* const text = reinterpret_cast<const char*>(src);
-    const std::size_t count = zynplatform::WideLength(codePage, text, static_cast<std::size_t>(length));
-    const std::size_t size = count * sizeof(WCHAR);
-    if (count == 0 || !FitsInt(size + sizeof(WCHAR))) return false;
-    Buffer buffer = Allocate(size + sizeof(WCHAR));
-    zynplatform::ToWide(codePage, text, static_cast<std::size_t>(length),
-                        reinterpret_cast<WCHAR*>(buffer.get()));
+    // No character takes less bytes than it has units: this is room for all, without counting them first.
+    Buffer buffer = Allocate((static_cast<std::size_t>(length) + 1) * sizeof(WCHAR));
+    const std::size_t size =
+        sizeof(WCHAR) * zynplatform::ToWide(codePage, text, static_cast<std::size_t>(length),
+                                            reinterpret_cast<WCHAR*>(buffer.get()));
+    if (size == 0 || !FitsInt(size + sizeof(WCHAR))) return false;
     buffer[size] = buffer[size + 1] = 0;
     return Give(std::move(buffer), size, out, outLength);
 }

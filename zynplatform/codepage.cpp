@@ -1,5 +1,6 @@
 #include "zynplatform/codepage.h"
 
+#include "zynplatform/avx512.h"
 #include "zynplatform/cp1251.h"
 #include "zynplatform/utf8.h"
 
@@ -187,7 +188,49 @@ std::size_t SystemToNarrow(unsigned codePage, const WCHAR* units, std::size_t le
     return converter.Written();
 }
 
+// What the vector instructions leave goes by way of so many 16-bit units.
+constexpr std::size_t stepLength = 256;
+
+// How much of a UTF-8 text, at most a step, ends between two characters.
+std::size_t WholeCharacters(const char* text, std::size_t length) {
+    if (length <= stepLength) return length;
+    const auto isContinuation = [&](std::size_t at) { return (Byte(text[at]) & 0xC0) == 0x80; };
+    std::size_t end = stepLength;
+    while (end > stepLength - 3 && isContinuation(end))
+        --end;
+    return isContinuation(end) ? stepLength : end; // more than three of them are no character
+}
+
 } // namespace
+
+std::size_t Utf8To1251(const char* text, std::size_t length, char* target) {
+    std::size_t written = 0;
+    for (std::size_t at = 0; at < length;) {
+        const avx512::Progress done = avx512::Utf8To1251(text + at, length - at, target + written);
+        at += done.read;
+        written += done.written;
+        WCHAR units[stepLength];
+        const std::size_t count = WholeCharacters(text + at, length - at);
+        written += Convert1251(units, Utf8ToWide(text + at, count, units), target + written);
+        at += count;
+    }
+    return written;
+}
+
+std::size_t From1251ToUtf8(const char* text, std::size_t length, char* target) {
+    std::size_t written = 0;
+    for (std::size_t at = 0; at < length;) {
+        const avx512::Progress done = avx512::From1251ToUtf8(text + at, length - at, target + written);
+        at += done.read;
+        written += done.written;
+        WCHAR units[stepLength];
+        const std::size_t count = std::min(length - at, stepLength);
+        Convert1251(text + at, count, units);
+        written += WideToUtf8(units, count, target + written);
+        at += count;
+    }
+    return written;
+}
 
 std::size_t WideLength(unsigned codePage, const char* text, std::size_t length) {
     switch (codePage) {

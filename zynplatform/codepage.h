@@ -37,4 +37,9 @@ ZYN_API std::size_t NarrowLength(unsigned codePage, const WCHAR* text, std::size
 // Converts into `target`, which has room for NarrowLength() bytes; returns the bytes written.
 ZYN_API std::size_t ToNarrow(unsigned codePage, const WCHAR* text, std::size_t length, char* target);
 
+// From UTF-8 to code page 1251 and back, with the same result as by way of 16-bit text. Utf8To1251 writes up
+// to `length` bytes, From1251ToUtf8 up to three times as many; both return how many.
+ZYN_API std::size_t Utf8To1251(const char* text, std::size_t length, char* target);
+ZYN_API std::size_t From1251ToUtf8(const char* text, std::size_t length, char* target);
+
 } // namespace zynplatform

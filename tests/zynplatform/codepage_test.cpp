@@ -1,3 +1,4 @@
+#include "zynplatform/avx512.h"
 #include "zynplatform/codepage.h"
 
 #include <gtest/gtest.h>
@@ -7,6 +8,7 @@
 #include <map>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <iconv.h>
@@ -20,16 +22,36 @@ constexpr unsigned unknownPage = 12345;
 std::u16string Wide(unsigned page, std::string_view text) {
     const std::vector<char> source(text.begin(), text.end());
     const std::size_t length = zynplatform::WideLength(page, source.data(), source.size());
-    std::u16string target(length + 40, u'\x5A5A');
-    EXPECT_EQ(zynplatform::ToWide(page, source.data(), source.size(), target.data()), length);
-    EXPECT_EQ(target.find_first_not_of(u'\x5A5A', length), target.npos);
+    std::u16string target;
+    for (const bool fast : {false, true}) {
+        zynplatform::avx512::Enable(fast);
+        const std::u16string other = std::exchange(target, std::u16string(length + 40, u'\x5A5A'));
+        EXPECT_EQ(zynplatform::ToWide(page, source.data(), source.size(), target.data()), length);
+        EXPECT_EQ(target.find_first_not_of(u'\x5A5A', length), target.npos);
+        EXPECT_TRUE(!fast || other == target);
+    }
     return target.substr(0, length);
 }
 std::string Narrow(unsigned page, std::u16string_view text) {
     const std::vector<WCHAR> source(text.begin(), text.end());
     const std::size_t length = zynplatform::NarrowLength(page, source.data(), source.size());
-    std::string target(length + 40, '\x5A');
-    EXPECT_EQ(zynplatform::ToNarrow(page, source.data(), source.size(), target.data()), length);
+    std::string target;
+    for (const bool fast : {false, true}) {
+        zynplatform::avx512::Enable(fast);
+        const std::string other = std::exchange(target, std::string(length + 40, '\x5A'));
+        EXPECT_EQ(zynplatform::ToNarrow(page, source.data(), source.size(), target.data()), length);
+        EXPECT_EQ(target.find_first_not_of('\x5A', length), target.npos);
+        EXPECT_TRUE(!fast || other == target);
+    }
+    return target.substr(0, length);
+}
+
+// One of the conversions between the two pages, with room for so many bytes.
+std::string Direct(std::size_t (*convert)(const char*, std::size_t, char*), std::string_view text,
+                   std::size_t room) {
+    const std::vector<char> source(text.begin(), text.end());
+    std::string target(room + 40, '\x5A');
+    const std::size_t length = convert(source.data(), source.size(), target.data());
     EXPECT_EQ(target.find_first_not_of('\x5A', length), target.npos);
     return target.substr(0, length);
 }
@@ -142,12 +164,12 @@ TEST(CodePage, TextOf1251ConvertsAtEveryLengthAsItsBytesDo) {
 // Text mostly of one kind, so that whole blocks and single characters are converted, cut anywhere.
 std::string RandomUtf8(std::mt19937& random) {
     static const std::vector<std::string> pieces{
-        "a",    "z",    "я",        "Ж",        "\x7F", "\xDF\xBF",     "ё",   "№", "漢", "\xED", "😀",
-        "\xC0", "\x80", "\xF4\x8F", "\xE0\xA0", "\xC2", "\xED\xA0\x80", "\xFF"};
-    const std::size_t common = std::array<std::size_t, 4>{2, 7, 9, pieces.size()}[random() % 4];
+        "a", "z",    "я",    "Ж",        "Ё",        "\x7F", "\xDF\xBF",     "ё",   "№", "«", "漢", "\xED",
+        "😀", "\xC0", "\x80", "\xF4\x8F", "\xE0\xA0", "\xC2", "\xED\xA0\x80", "\xFF"};
+    const std::size_t common = std::array<std::size_t, 4>{2, 5, 8, pieces.size()}[random() % 4];
     const unsigned rareness = random() % 2 == 0 ? 100 : 1000;
     std::string text;
-    const std::size_t length = random() % 160;
+    const std::size_t length = random() % (random() % 20 == 0 ? 800 : 200);
     while (text.size() < length)
         text += pieces[random() % (random() % rareness == 0 ? pieces.size() : common)];
     text.resize(length);
@@ -160,11 +182,18 @@ TEST(CodePage, Utf8ConvertsAsTheTableOfWellFormedSequencesSays) {
     std::mt19937 random(2);
     for (int round = 0; round < 30000; ++round) {
         const std::string text = RandomUtf8(random);
-        const std::size_t offset = text.empty() ? 0 : random() % std::min<std::size_t>(text.size(), 17);
+        const std::size_t offset = text.empty() ? 0 : random() % std::min<std::size_t>(text.size(), 70);
         const std::string_view part = std::string_view(text).substr(offset);
         const std::u16string wide = ReferenceWide(part);
         ASSERT_EQ(Wide(65001, part), wide) << testing::PrintToString(text) << offset;
         ASSERT_EQ(Narrow(65001, wide), ReferenceUtf8(wide)) << testing::PrintToString(text) << offset;
+        const std::string bytes = Narrow(1251, wide), back = Narrow(65001, Wide(1251, bytes));
+        for (const bool fast : {false, true}) {
+            zynplatform::avx512::Enable(fast);
+            ASSERT_EQ(Direct(zynplatform::Utf8To1251, part, part.size()), bytes)
+                << testing::PrintToString(text);
+            ASSERT_EQ(Direct(zynplatform::From1251ToUtf8, bytes, 3 * bytes.size()), back) << bytes;
+        }
     }
 }
 
