@@ -1,10 +1,10 @@
+#include "keep_memory.h"
 #include "zynaggr/zyndatabuf.h"
 #include "zynaggr/zyndatabufex.h"
 
 #include <benchmark/benchmark.h>
 #include <cstdlib>
 #include <cstring>
-#include <malloc.h>
 #include <string>
 #include <vector>
 
@@ -108,12 +108,9 @@ void ReadItemsStd(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * 2 * itemPairs);
 }
 
-// What is compared must be the same work: same bytes written, same values read. And the allocator keeps freed
-// memory for all of them: left to itself it gives it back to the system or not by a few bytes of difference,
-// and page faults are all that is measured.
+// What is compared must be the same work: same bytes written, same values read.
 const bool isSameWork = [] {
-    mallopt(M_MMAP_THRESHOLD, 1 << 30);
-    mallopt(M_TRIM_THRESHOLD, 1 << 30);
+    KeepMemory();
     CzynDataBuf ours;
     CzynDataBufEx iterator;
     std::string plain;
@@ -130,8 +127,12 @@ const bool isSameWork = [] {
 
 } // namespace
 
-BENCHMARK(WriteItems<CzynDataBuf>)->Unit(benchmark::kMillisecond);
-BENCHMARK(WriteItems<CzynDataBufEx>)->Unit(benchmark::kMillisecond);
-BENCHMARK(WriteItems<std::string>)->Unit(benchmark::kMillisecond);
-BENCHMARK(ReadItems)->Unit(benchmark::kMillisecond);
-BENCHMARK(ReadItemsStd)->Unit(benchmark::kMillisecond);
+#define WORKLOAD(workload, function, implementation)                                                         \
+    BENCHMARK(function)->Name(workload "/" implementation)->Unit(benchmark::kMillisecond)
+
+WORKLOAD("buffer, write 1 M items", WriteItems<CzynDataBuf>, "ours");
+WORKLOAD("buffer, write 1 M items", WriteItems<std::string>, "append to std::string");
+WORKLOAD("buffer, write 1 M items at the iterator", WriteItems<CzynDataBufEx>, "ours");
+WORKLOAD("buffer, write 1 M items at the iterator", WriteItems<std::string>, "append to std::string");
+WORKLOAD("buffer, read 1 M items", ReadItems, "ours");
+WORKLOAD("buffer, read 1 M items", ReadItemsStd, "memcpy from std::string");

@@ -1,3 +1,4 @@
+#include "keep_memory.h"
 #include "zynaggr/zynencoding.h"
 #include "zynaggr/zynstringfile.h"
 #include "zynplatform/codepage.h"
@@ -5,7 +6,6 @@
 #include <benchmark/benchmark.h>
 #include <cstring>
 #include <iconv.h>
-#include <malloc.h>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -211,9 +211,7 @@ template <zynTextEncoding from, zynTextEncoding to> void Register(const std::str
 }
 
 const bool registered = [] {
-    // Memory once used is used again: else the time goes into the system's handing out fresh pages.
-    mallopt(M_MMAP_MAX, 0);
-    mallopt(M_TRIM_THRESHOLD, 1 << 30);
+    KeepMemory();
     Register<zynEncCP1251, zynEncUTF8>("CP1251 to UTF-8");
     Register<zynEncUTF8, zynEncCP1251>("UTF-8 to CP1251");
     Register<zynEncUTF8, zynEncUCS2LE>("UTF-8 to UCS-2");

@@ -103,11 +103,11 @@ template <class Calendar> void ThereAndBack(benchmark::State& state) {
 
 } // namespace
 
-#define ALL(name)                                                                                            \
-    BENCHMARK(name<Ours>);                                                                                   \
-    BENCHMARK(name<StdSeconds>);                                                                             \
-    BENCHMARK(name<StdDays>)
+#define ALL(workload, name)                                                                                  \
+    BENCHMARK(name<Ours>)->Name(workload "/ours");                                                           \
+    BENCHMARK(name<StdSeconds>)->Name(workload "/std::chrono, seconds");                                     \
+    BENCHMARK(name<StdDays>)->Name(workload "/std::chrono, double days")
 
-ALL(FieldsToValue);
-ALL(ValueToFields);
-ALL(ThereAndBack);
+ALL("date, 4096 fields to value", FieldsToValue);
+ALL("date, 4096 values to fields", ValueToFields);
+ALL("date, 4096 fields to value to fields", ThereAndBack);

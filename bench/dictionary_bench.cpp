@@ -1,11 +1,15 @@
+#include "keep_memory.h"
 #include "zynaggr/zyn_translate.h"
 #include "zynhost/application.h"
 #include "zynplatform/locale.h"
 #include "zynplatform/paths.h"
 
 #include <benchmark/benchmark.h>
+#include <clocale>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <libintl.h>
 #include <random>
 #include <string>
 #include <vector>
@@ -76,7 +80,62 @@ void Translate(benchmark::State& state) {
     Load(1049);
 }
 
-BENCHMARK(LoadDictionary)->Arg(5'000)->Arg(50'000)->Unit(benchmark::kMillisecond);
-BENCHMARK(Translate)->Arg(1'000)->Arg(10'000)->Arg(100'000);
+// The same texts in a message catalogue, made by msgfmt.
+class Catalogue {
+public:
+    explicit Catalogue(int entries) {
+        const fs::path messages = m_folder / "en_US" / "LC_MESSAGES";
+        fs::create_directories(messages);
+        std::ofstream file(m_folder / "texts.po");
+        file << "msgid \"\"\nmsgstr \"Content-Type: text/plain; charset=UTF-8\\n\"\n";
+        for (int i = 0; i < entries; ++i)
+            file << "msgid \"Сообщение об ошибке номер " << i << "\"\nmsgstr \"Fehlermeldung Nummer " << i
+                 << "\"\n";
+        file.close();
+        const std::string command =
+            "msgfmt " + (m_folder / "texts.po").string() + " -o " + (messages / "texts.mo").string();
+        m_isMade = std::system(command.c_str()) == 0;
+    }
+    ~Catalogue() { fs::remove_all(m_folder); }
+    // Catalogues are used in a locale other than "C" only.
+    bool Open() const {
+        return m_isMade && (std::setlocale(LC_ALL, "C.UTF-8") != nullptr) &&
+               setenv("LANGUAGE", "en_US", 1) == 0 && bindtextdomain("texts", m_folder.c_str()) &&
+               bind_textdomain_codeset("texts", "UTF-8") && textdomain("texts");
+    }
+
+private:
+    fs::path m_folder = fs::temp_directory_path() / "zynaggr_catalogue_bench";
+    bool m_isMade = false;
+};
+
+void Gettext(benchmark::State& state) {
+    const int entries = static_cast<int>(state.range(0));
+    const Catalogue catalogue(entries);
+    if (!catalogue.Open()) state.SkipWithError("no catalogue");
+    std::vector<std::string> texts;
+    std::mt19937 random(1);
+    for (int i = 0; i < 4096; ++i) {
+        const std::string number = std::to_string(random() % static_cast<unsigned>(entries));
+        texts.push_back("Сообщение об ошибке номер " + number);
+        if (gettext(texts.back().c_str()) != "Fehlermeldung Nummer " + number)
+            state.SkipWithError("wrong translation");
+    }
+    std::size_t next = 0;
+    for (auto _ : state)
+        benchmark::DoNotOptimize(gettext(texts[next++ % texts.size()].c_str()));
+    std::setlocale(LC_ALL, "C");
+}
+
+const bool keepsMemory = KeepMemory();
+
+BENCHMARK(LoadDictionary)
+    ->Name("dictionary, load/ours")
+    ->Arg(3'125)
+    ->Arg(12'500)
+    ->Arg(50'000)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(Translate)->Name("translate/ours")->Arg(1'000)->Arg(10'000)->Arg(100'000);
+BENCHMARK(Gettext)->Name("translate/gettext")->Arg(10'000);
 
 } // namespace

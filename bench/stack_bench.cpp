@@ -68,8 +68,9 @@ void PlainTracer(benchmark::State& state) {
 
 } // namespace
 
-BENCHMARK(NeverStarted);
-BENCHMARK(SwitchedOff);
-BENCHMARK(OnWithoutLines);
-BENCHMARK(OnWithTwoLines);
-BENCHMARK(PlainTracer);
+BENCHMARK(NeverStarted)->Name("stack logger, never started/ours");
+BENCHMARK(SwitchedOff)->Name("stack logger, switched off/ours");
+BENCHMARK(OnWithoutLines)->Name("stack logger, on without callbacks/ours");
+BENCHMARK(PlainTracer)->Name("stack logger, on without callbacks/mutex, vector, snprintf");
+BENCHMARK(OnWithTwoLines)->Name("stack logger, two lines/ours");
+BENCHMARK(PlainTracer)->Name("stack logger, two lines/mutex, vector, snprintf of one line");

@@ -183,22 +183,22 @@ void TrimStd(benchmark::State& state) {
 
 } // namespace
 
-#define BOTH(name)                                                                                           \
-    BENCHMARK(name<char>);                                                                                   \
-    BENCHMARK(name##Std<char>);                                                                              \
-    BENCHMARK(name<WCHAR>);                                                                                  \
-    BENCHMARK(name##Std<WCHAR>)
+#define BOTH(workload, name)                                                                                 \
+    BENCHMARK(name<char>)->Name("CzynStringA, " workload "/ours");                                           \
+    BENCHMARK(name##Std<char>)->Name("CzynStringA, " workload "/std::string");                               \
+    BENCHMARK(name<WCHAR>)->Name("CzynStringW, " workload "/ours");                                          \
+    BENCHMARK(name##Std<WCHAR>)->Name("CzynStringW, " workload "/std::u16string")
 
-BOTH(AppendCharacters);
-BOTH(AppendTexts);
-BOTH(Find);
-BOTH(Replace);
-BOTH(Tokenize);
-BOTH(Compare);
-BENCHMARK(CompareNoCase);
-BENCHMARK(CompareNoCaseStd);
-BENCHMARK(Fold<char>);
-BENCHMARK(FoldStd);
-BENCHMARK(Fold<WCHAR>);
-BENCHMARK(Trim);
-BENCHMARK(TrimStd);
+BOTH("append 1000 characters", AppendCharacters);
+BOTH("append 50 texts", AppendTexts);
+BOTH("find", Find);
+BOTH("replace", Replace);
+BOTH("tokenize", Tokenize);
+BOTH("compare", Compare);
+BENCHMARK(CompareNoCase)->Name("CzynStringA, compare without case/ours");
+BENCHMARK(CompareNoCaseStd)->Name("CzynStringA, compare without case/strcasecmp");
+BENCHMARK(Fold<char>)->Name("CzynStringA, fold both ways/ours");
+BENCHMARK(FoldStd)->Name("CzynStringA, fold both ways/toupper, tolower");
+BENCHMARK(Fold<WCHAR>)->Name("CzynStringW, fold both ways/ours");
+BENCHMARK(Trim)->Name("CzynStringA, trim/ours");
+BENCHMARK(TrimStd)->Name("CzynStringA, trim/std::string");

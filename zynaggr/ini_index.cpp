@@ -1,6 +1,7 @@
 #include "zynaggr/ini_index_impl.h"
 
-#include <cstring>
+#include "zynaggr/hash_impl.h"
+
 #include <new>
 
 namespace zyn {
@@ -18,12 +19,6 @@ std::string_view Name(const CStringA& stored) {
     return stored.GetString();
 }
 
-template <class T> std::uint64_t Load(const char* text) {
-    T block;
-    std::memcpy(&block, text, sizeof block);
-    return block;
-}
-
 // The same for blocks that differ in case only: without the bits in which upper and lower case differ, bit 5,
 // and for a byte from 0x80 to 0xBF bit 4.
 std::uint64_t Folded(std::uint64_t block) {
@@ -31,31 +26,13 @@ std::uint64_t Folded(std::uint64_t block) {
     return block & ~(0x2020202020202020 | thirdQuarter >> 3);
 }
 
-std::uint64_t Mixed(std::uint64_t hash, std::uint64_t block) {
-    hash = (hash ^ block) * 0x9E3779B97F4A7C15;
-    return hash ^ hash >> 32;
-}
-
 std::uint64_t Hash(std::string_view name) {
-    const std::size_t size = name.size();
-    const char* const text = name.data();
-    std::uint64_t hash = size, last = 0;
-    if (size >= 8) {
-        for (std::size_t i = 0; i + 8 < size; i += 8)
-            hash = Mixed(hash, Folded(Load<std::uint64_t>(text + i)));
-        last = Load<std::uint64_t>(text + size - 8);
-    } else if (size >= 4) {
-        last = Load<std::uint32_t>(text) << 32 | Load<std::uint32_t>(text + size - 4);
-    } else if (size > 0) {
-        last = Load<std::uint8_t>(text) << 16 | Load<std::uint8_t>(text + size / 2) << 8 |
-               Load<std::uint8_t>(text + size - 1);
-    }
-    return Mixed(hash, Folded(last));
+    return HashText(name, Folded);
 }
 
 // Of a line, given the hashes of its section's name and of its key.
 std::uint64_t Combined(std::uint64_t section, std::uint64_t key) {
-    return Mixed(section, key);
+    return MixHash(section, key);
 }
 
 std::uint32_t Tag(std::uint64_t hash) {

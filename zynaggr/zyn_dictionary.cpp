@@ -1,5 +1,6 @@
 // Building the dictionary from pairs of files.
 
+#include "zynaggr/hash_impl.h"
 #include "zynaggr/zyn_dictionary_impl.h"
 #include "zynaggr/zyn_translate.h"
 #include "zynhost/application.h"
@@ -152,6 +153,14 @@ bool IsEnglishEdition() {
     return sLanguage.MakeLower() == "english";
 }
 
+std::uint64_t Hash(std::string_view text) {
+    return zyn::HashText(text, [](std::uint64_t block) { return block; });
+}
+
+std::uint32_t Tag(std::uint64_t hash) {
+    return static_cast<std::uint32_t>(hash >> 32);
+}
+
 // Leaves the Russian interface in force, unless told that a dictionary is there.
 class LoadingDictionary {
 public:
@@ -173,6 +182,44 @@ private:
 };
 
 } // namespace
+
+void zyn::Dictionary::Add(const char* text, const char* translation) {
+    if (2 * static_cast<std::size_t>(m_map.GetSize() + 1) > m_entries.size()) Grow();
+    const int index = m_map.Add(text, translation);
+    const Item* const item = m_map.GetAt(index);
+    if (!item) return; // there was no memory for it
+    const std::uint64_t hash = Hash(item->m_sKey.View());
+    m_entries[Place(item->m_sKey.View(), hash)] = {Tag(hash), item};
+}
+
+void zyn::Dictionary::Clear() {
+    m_entries.clear();
+    m_map.Clear();
+}
+
+const zyn::Dictionary::Item* zyn::Dictionary::Find(std::string_view text) const {
+    return m_entries.empty() ? nullptr : m_entries[Place(text, Hash(text))].item;
+}
+
+// The place of the text's entry, or the free one where it belongs.
+std::size_t zyn::Dictionary::Place(std::string_view text, std::uint64_t hash) const {
+    const std::uint32_t tag = Tag(hash);
+    const std::size_t mask = m_entries.size() - 1;
+    std::size_t at = hash & mask;
+    while (m_entries[at].item && !(m_entries[at].tag == tag && m_entries[at].item->m_sKey.View() == text))
+        at = (at + 1) & mask;
+    return at;
+}
+
+void zyn::Dictionary::Grow() {
+    std::vector<Entry> entries(std::max<std::size_t>(64, 2 * m_entries.size()));
+    m_entries.swap(entries);
+    for (int i = 0; i < m_map.GetSize(); ++i) {
+        const Item* const item = m_map.GetAt(i);
+        const std::uint64_t hash = Hash(item->m_sKey.View());
+        m_entries[Place(item->m_sKey.View(), hash)] = {Tag(hash), item};
+    }
+}
 
 bool CzynTranslate::Init(bool bSilent, CStringA* /*psUnused*/) {
     auto lcid = static_cast<std::uint32_t>(GetSystemLocale());

@@ -13,7 +13,7 @@ bool CzynTranslate::m_bTranslate = false;
 bool CzynTranslate::m_bShowStringId = false;
 
 // Globals, not locals of functions: the host's own globals, which are destroyed before them, may translate.
-CzynStrStrMap zyn::dictionary;
+zyn::Dictionary zyn::dictionary;
 std::uint32_t zyn::dictionaryLocale = zyn::noLocale;
 
 namespace {
@@ -40,8 +40,8 @@ CzynTranslate::~CzynTranslate() = default;
 
 const char* CzynTranslate::Translate(const char* szText) {
     if (!m_bTranslate || !szText || !*szText) return szText;
-    const int index = zyn::dictionary.FindByIn(szText);
-    return index < 0 ? szText : zyn::dictionary.GetAt(index)->m_sValue.GetString();
+    const zyn::Dictionary::Item* const item = zyn::dictionary.Find(szText);
+    return item ? item->m_sValue.GetString() : szText;
 }
 
 void CzynTranslate::AddStringTranslationPair(const CStringA& sText, const CStringA& sTranslation) {

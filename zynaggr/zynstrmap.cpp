@@ -1,17 +1,36 @@
 #include "zynaggr/zynstrmap.h"
 
+#include "zynaggr/hash_impl.h"
 #include "zynaggr/zynhelpers.h"
 
+#include <algorithm>
+#include <bit>
 #include <cstdlib>
 #include <memory>
 #include <string_view>
 
 namespace {
 
+// Byte by byte, eight at a time: most keys are too short for a call to pay.
+int Compare(std::string_view left, std::string_view right) {
+    const std::size_t common = std::min(left.size(), right.size());
+    std::size_t i = 0;
+    if constexpr (std::endian::native == std::endian::little)
+        for (; i + 8 <= common; i += 8) {
+            const std::uint64_t a = zyn::LoadBlock<std::uint64_t>(left.data() + i);
+            const std::uint64_t b = zyn::LoadBlock<std::uint64_t>(right.data() + i);
+            if (a != b) return __builtin_bswap64(a) < __builtin_bswap64(b) ? -1 : 1;
+        }
+    for (; i < common; ++i)
+        if (left[i] != right[i])
+            return static_cast<unsigned char>(left[i]) < static_cast<unsigned char>(right[i]) ? -1 : 1;
+    return left.size() < right.size() ? -1 : left.size() > right.size();
+}
+
 // How an item's key stands to a key: negative when it comes before.
 struct ByCase {
     std::string_view key;
-    template <class Item> int operator()(const Item* item) const { return item->m_sKey.View().compare(key); }
+    template <class Item> int operator()(const Item* item) const { return Compare(item->m_sKey.View(), key); }
 };
 struct IgnoringCase {
     const char* key;
@@ -51,6 +70,9 @@ template <class Items, class Order> int FindIn(const Items& items, Order order) 
         const int before = middle;
         middle = (low + high) / 2;
         if (middle == before) break;
+        // One of these is next.
+        __builtin_prefetch(items.m_pData[(low + middle) / 2]);
+        __builtin_prefetch(items.m_pData[(middle + high) / 2]);
         const int at = order(items.m_pData[middle]);
         if (at == 0) return middle;
         (at < 0 ? low : high) = middle;

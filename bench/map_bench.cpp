@@ -1,0 +1,61 @@
+#include "zynaggr/zynstrmap.h"
+
+#include <algorithm>
+#include <benchmark/benchmark.h>
+#include <map>
+#include <random>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+// Looking a random one of so many keys up.
+
+namespace {
+
+std::vector<std::string> Keys(std::int64_t count) {
+    std::vector<std::string> keys;
+    for (std::int64_t i = 0; i < count; ++i)
+        keys.push_back("parameter " + std::to_string(i * 7919 % count));
+    std::shuffle(keys.begin(), keys.end(), std::mt19937(1));
+    return keys;
+}
+
+template <class Map> int Look(const Map& map, const std::string& key) {
+    return map.find(key)->second;
+}
+int Look(const CzynStrMap& map, const std::string& key) {
+    return static_cast<int>(map.Get(key.c_str()));
+}
+
+template <class Map> void Fill(Map& map, const std::vector<std::string>& keys) {
+    for (std::size_t i = 0; i < keys.size(); ++i)
+        map[keys[i]] = static_cast<int>(i);
+}
+void Fill(CzynStrMap& map, const std::vector<std::string>& keys) {
+    for (std::size_t i = 0; i < keys.size(); ++i)
+        map.Add(keys[i].c_str(), static_cast<int>(i));
+}
+
+template <class Map> void Lookup(benchmark::State& state) {
+    const std::vector<std::string> keys = Keys(state.range(0));
+    Map map;
+    Fill(map, keys);
+    for (std::size_t i = 0; i < keys.size(); ++i)
+        if (Look(map, keys[i]) != static_cast<int>(i)) state.SkipWithError("wrong value");
+    std::size_t next = 0;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(Look(map, keys[next]));
+        if (++next == keys.size()) next = 0;
+    }
+}
+
+#define WORKLOAD(map, implementation)                                                                        \
+    BENCHMARK(Lookup<map>)->Name("string map, look up/" implementation)->Arg(1'000)->Arg(10'000)->Arg(100'000)
+
+using StdMap = std::map<std::string, int>;
+using StdHashMap = std::unordered_map<std::string, int>;
+WORKLOAD(CzynStrMap, "ours");
+WORKLOAD(StdMap, "std::map");
+WORKLOAD(StdHashMap, "floor: std::unordered_map");
+
+} // namespace

@@ -1,0 +1,52 @@
+"""Prints one table from the results of several benchmark programs.
+
+A benchmark is named "workload/implementation", numbers that follow are the sizes. In a row stand the medians
+of ours, of each peer and of the floors, and ours against the best peer.
+"""
+
+import json
+import sys
+
+UNITS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
+
+
+def shown(nanoseconds):
+    for unit in ("s", "ms", "us"):
+        if nanoseconds >= UNITS[unit]:
+            return f"{nanoseconds / UNITS[unit]:.3g} {unit}"
+    return f"{nanoseconds:.3g} ns"
+
+
+def main(files):
+    rows = {}  # workload with its sizes: implementation: median
+    failed = []
+    for name in files:
+        with open(name, encoding="utf-8") as file:
+            benchmarks = json.load(file)["benchmarks"]
+        for benchmark in benchmarks:
+            workload, implementation, *sizes = benchmark["run_name"].split("/")
+            if benchmark.get("error_occurred"):
+                failed.append(f"{workload}/{implementation}: {benchmark['error_message']}")
+            if benchmark.get("aggregate_name") != "median":
+                continue
+            key = workload + (f" ({' x '.join(sizes)})" if sizes else "")
+            time = benchmark["cpu_time"] * UNITS[benchmark["time_unit"]]
+            rows.setdefault(key, {})[implementation] = time
+
+    print("| workload | ours | peers and floors | ours / best peer |")
+    print("|---|---|---|---|")
+    for workload, times in rows.items():
+        if "ours" not in times:
+            continue
+        peers = {k: v for k, v in times.items() if k != "ours"}
+        real = [v for k, v in peers.items() if not k.startswith("floor")]
+        ratio = f"{times['ours'] / min(real):.2f}" if real else ""
+        others = "; ".join(f"{name} {shown(time)}" for name, time in sorted(peers.items(), key=lambda p: p[1]))
+        print(f"| {workload} | {shown(times['ours'])} | {others} | {ratio} |")
+    for failure in sorted(set(failed)):
+        print(f"\nNot measured: {failure}")
+    return 1 if failed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1:]))
