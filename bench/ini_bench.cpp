@@ -1,3 +1,4 @@
+#include "keep_memory.h"
 #include "zynaggr/ini.h"
 #include "zynplatform/codepage.h"
 
@@ -191,6 +192,8 @@ void EditsSimple(benchmark::State& state) {
         }
 }
 #endif
+
+const bool keepsMemory = KeepMemory();
 
 // 1 MB has 500 sections.
 #define WORKLOAD(name, function, implementation)                                                             \

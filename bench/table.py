@@ -1,7 +1,7 @@
 """Prints one table from the results of several benchmark programs.
 
 A benchmark is named "workload/implementation", numbers that follow are the sizes. In a row stand the medians
-of ours, of each peer and of the floors, and ours against the best peer.
+of the elapsed time of ours, of each peer and of the floors, and ours against the best peer.
 """
 
 import json
@@ -30,7 +30,7 @@ def main(files):
             if benchmark.get("aggregate_name") != "median":
                 continue
             key = workload + (f" ({' x '.join(sizes)})" if sizes else "")
-            time = benchmark["cpu_time"] * UNITS[benchmark["time_unit"]]
+            time = benchmark["real_time"] * UNITS[benchmark["time_unit"]]
             rows.setdefault(key, {})[implementation] = time
 
     print("| workload | ours | peers and floors | ours / best peer |")

@@ -9,6 +9,7 @@
 #include "zynplatform/cp1251.h"
 
 #include <cstring>
+#include <limits>
 #include <utility>
 
 // Saving, the two modes, messages, and paths out of the file.
@@ -39,16 +40,10 @@ void AppendHeader(CStringA& text, CzynINI::SSection& section, bool afterPair) {
 // Appends the entries: numbered ones first. `lastIsKeyless` becomes whether the last one stored has no key.
 void AppendOptions(CStringA& text, const CzynINI::OptionArray& options, bool& lastIsKeyless) {
     CzynMap numbered;
-    CStringA others;
     for (int i = 0; i < options.GetSize(); ++i) {
         CzynINI::SOption* const option = options.GetAt(i);
         if (!option) continue;
-        if (IsNumber(option->m_sKey, false))
-            numbered.Add(zyn::DecimalValue(option->m_sKey), option);
-        else if (!option->m_sKey.IsEmpty() || option->m_bEmptyKey)
-            AppendPair(others, *option);
-        else
-            others.Append(option->m_sValue.View()).Append(lineEnd);
+        if (IsNumber(option->m_sKey, false)) numbered.Add(zyn::DecimalValue(option->m_sKey), option);
         lastIsKeyless = option->m_sKey.IsEmpty();
     }
     numbered.SortIn();
@@ -56,7 +51,24 @@ void AppendOptions(CStringA& text, const CzynINI::OptionArray& options, bool& la
         const auto* const option = reinterpret_cast<const CzynINI::SOption*>(numbered[i].out);
         if (!option->m_sValue.IsEmpty()) AppendPair(text, *option);
     }
-    text += others;
+    for (int i = 0; i < options.GetSize(); ++i) {
+        const CzynINI::SOption* const option = options.GetAt(i);
+        if (!option || (numbered.GetSize() > 0 && IsNumber(option->m_sKey, false))) continue;
+        if (!option->m_sKey.IsEmpty() || option->m_bEmptyKey)
+            AppendPair(text, *option);
+        else
+            text.Append(option->m_sValue.View()).Append(lineEnd);
+    }
+}
+
+// An upper bound of what the section's lines take.
+std::size_t Size(const CzynINI::SSection& section) {
+    std::size_t size =
+        section.m_sName.View().size() + section.m_sTail.View().size() + section.m_sComment.View().size() + 16;
+    for (int i = 0; i < section.m_aOptions.GetSize(); ++i)
+        if (const CzynINI::SOption* option = section.m_aOptions.GetAt(i))
+            size += option->m_sKey.View().size() + option->m_sValue.View().size() + 4;
+    return size;
 }
 
 bool StartsWith(const CStringA& text, std::string_view prefix) {
@@ -74,7 +86,12 @@ bool CutAtLastBackslash(CStringA& path) {
 } // namespace
 
 CStringA CzynINI::ComposeText() {
+    std::size_t size = 0;
+    for (int i = 0; i < m_aSections.GetSize(); ++i)
+        if (const SSection* section = m_aSections.GetAt(i)) size += Size(*section);
     CStringA sText;
+    if (size < std::numeric_limits<int>::max()) sText.GetBuffer(static_cast<int>(size));
+    sText.ReleaseBuffer(0);
     bool lastIsKeyless = true;
     for (int i = 0; i < m_aSections.GetSize(); ++i) {
         SSection* const section = m_aSections.GetAt(i);

@@ -186,10 +186,13 @@ private:
 void zyn::Dictionary::Add(const char* text, const char* translation) {
     if (2 * static_cast<std::size_t>(m_map.GetSize() + 1) > m_entries.size()) Grow();
     const int index = m_map.Add(text, translation);
-    const Item* const item = m_map.GetAt(index);
-    if (!item) return; // there was no memory for it
-    const std::uint64_t hash = Hash(item->m_sKey.View());
-    m_entries[Place(item->m_sKey.View(), hash)] = {Tag(hash), item};
+    if (const Item* item = m_map.GetAt(index)) Enter(item); // else there was no memory for it
+}
+
+void zyn::Dictionary::Enter(const Item* item) {
+    const std::string_view key = item->m_sKey.View();
+    const std::uint64_t hash = Hash(key);
+    m_entries[Place(key, hash)] = {Tag(hash), key, item};
 }
 
 void zyn::Dictionary::Clear() {
@@ -206,7 +209,7 @@ std::size_t zyn::Dictionary::Place(std::string_view text, std::uint64_t hash) co
     const std::uint32_t tag = Tag(hash);
     const std::size_t mask = m_entries.size() - 1;
     std::size_t at = hash & mask;
-    while (m_entries[at].item && !(m_entries[at].tag == tag && m_entries[at].item->m_sKey.View() == text))
+    while (m_entries[at].item && !(m_entries[at].tag == tag && m_entries[at].key == text))
         at = (at + 1) & mask;
     return at;
 }
@@ -214,11 +217,8 @@ std::size_t zyn::Dictionary::Place(std::string_view text, std::uint64_t hash) co
 void zyn::Dictionary::Grow() {
     std::vector<Entry> entries(std::max<std::size_t>(64, 2 * m_entries.size()));
     m_entries.swap(entries);
-    for (int i = 0; i < m_map.GetSize(); ++i) {
-        const Item* const item = m_map.GetAt(i);
-        const std::uint64_t hash = Hash(item->m_sKey.View());
-        m_entries[Place(item->m_sKey.View(), hash)] = {Tag(hash), item};
-    }
+    for (int i = 0; i < m_map.GetSize(); ++i)
+        Enter(m_map.GetAt(i));
 }
 
 bool CzynTranslate::Init(bool bSilent, CStringA* /*psUnused*/) {

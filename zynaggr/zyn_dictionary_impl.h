@@ -25,9 +25,11 @@ public:
 private:
     struct Entry {
         std::uint32_t tag = 0; // part of the hash
+        std::string_view key;  // of the item
         const Item* item = nullptr;
     };
     std::size_t Place(std::string_view text, std::uint64_t hash) const;
+    void Enter(const Item* item);
     void Grow();
 
     CzynStrStrMap m_map;

@@ -164,10 +164,11 @@ bool CzynStringFile::ConverUCS2Encoding(unsigned char* src, int length, zynTextE
     }
     const std::size_t units = static_cast<std::size_t>(length) / sizeof(WCHAR);
     const AlignedUnits text(src, units);
-    const std::size_t count = zynplatform::NarrowLength(codePage, text.Get(), units);
+    // A unit takes at most three bytes of UTF-8, or one: this is room for all, without counting them first.
+    Buffer buffer = Allocate((codePage == zynplatform::utf8CodePage ? 3 : 1) * units + 1);
+    const std::size_t count =
+        zynplatform::ToNarrow(codePage, text.Get(), units, reinterpret_cast<char*>(buffer.get()));
     if (count == 0 || !FitsInt(count + 1)) return false;
-    Buffer buffer = Allocate(count + 1);
-    zynplatform::ToNarrow(codePage, text.Get(), units, reinterpret_cast<char*>(buffer.get()));
     buffer[count] = 0;
     return Give(std::move(buffer), count, out, outLength);
 }

@@ -14,16 +14,13 @@ namespace {
 // Byte by byte, eight at a time: most keys are too short for a call to pay.
 int Compare(std::string_view left, std::string_view right) {
     const std::size_t common = std::min(left.size(), right.size());
-    std::size_t i = 0;
-    if constexpr (std::endian::native == std::endian::little)
-        for (; i + 8 <= common; i += 8) {
-            const std::uint64_t a = zyn::LoadBlock<std::uint64_t>(left.data() + i);
-            const std::uint64_t b = zyn::LoadBlock<std::uint64_t>(right.data() + i);
-            if (a != b) return __builtin_bswap64(a) < __builtin_bswap64(b) ? -1 : 1;
-        }
-    for (; i < common; ++i)
-        if (left[i] != right[i])
-            return static_cast<unsigned char>(left[i]) < static_cast<unsigned char>(right[i]) ? -1 : 1;
+    if (common < 8 || std::endian::native != std::endian::little) return left.compare(right);
+    for (std::size_t i = 0; i < common; i += 8) {
+        i = std::min(i, common - 8); // the last block overlaps the one before
+        const std::uint64_t a = zyn::LoadBlock<std::uint64_t>(left.data() + i);
+        const std::uint64_t b = zyn::LoadBlock<std::uint64_t>(right.data() + i);
+        if (a != b) return __builtin_bswap64(a) < __builtin_bswap64(b) ? -1 : 1;
+    }
     return left.size() < right.size() ? -1 : left.size() > right.size();
 }
 
