@@ -128,7 +128,7 @@ void IniIndex::Insert(std::uint64_t hash, std::int32_t section, SOption* option,
 template <class IsWanted> IniIndex::Entry& IniIndex::EntryAt(std::uint64_t hash, IsWanted isWanted) {
     const std::uint32_t tag = Tag(hash);
     const std::size_t mask = m_entries.size() - 1;
-    std::size_t at = hash & mask;
+    std::size_t at = static_cast<std::size_t>(hash) & mask;
     while (m_entries[at].tag != 0 && !(m_entries[at].tag == tag && isWanted(m_entries[at])))
         at = (at + 1) & mask;
     return m_entries[at];

@@ -208,7 +208,7 @@ const zyn::Dictionary::Item* zyn::Dictionary::Find(std::string_view text) const 
 std::size_t zyn::Dictionary::Place(std::string_view text, std::uint64_t hash) const {
     const std::uint32_t tag = Tag(hash);
     const std::size_t mask = m_entries.size() - 1;
-    std::size_t at = hash & mask;
+    std::size_t at = static_cast<std::size_t>(hash) & mask;
     while (m_entries[at].item && !(m_entries[at].tag == tag && m_entries[at].key == text))
         at = (at + 1) & mask;
     return at;

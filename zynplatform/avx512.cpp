@@ -3,7 +3,7 @@
 #include <atomic>
 #include <cstdint>
 
-#if defined(__x86_64__) || defined(__i386__)
+#ifdef __x86_64__
 
 // g++ 12 finds fault with its own header.
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"

@@ -90,7 +90,7 @@ std::size_t CountTwoByteBlock(const char* text) {
     for (const char* half = text; half < text + blockLength; half += 16)
         count += std::bit_cast<Bytes>((Load<Bytes>(half) & 0xC0) == 0x80);
     const auto words = Words(-count);
-    return blockLength - ((words[0] + words[1]) * 0x0101010101010101 >> 56);
+    return blockLength - static_cast<std::size_t>((words[0] + words[1]) * 0x0101010101010101 >> 56);
 }
 
 // The characters that begin in the block. May write one unit more than it returns, in the place of the
@@ -160,7 +160,7 @@ std::size_t CountTwoByteBlock(const WCHAR* text) {
     for (std::size_t i = 0; i < blockLength; i += 8)
         count += std::bit_cast<Units>(Load<Units>(text + i) >= 0x80);
     const auto words = Words(-count);
-    return blockLength + ((words[0] + words[1]) * 0x0001000100010001 >> 48);
+    return blockLength + static_cast<std::size_t>((words[0] + words[1]) * 0x0001000100010001 >> 48);
 }
 
 // May write two bytes more than it returns, in the place of the characters that follow.

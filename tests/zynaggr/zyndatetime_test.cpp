@@ -92,7 +92,8 @@ TEST(DateTime, CountsSecondsInLocalTime) {
     setenv("TZ", "EAST-5:30", 1);
     tzset();
     EXPECT_DOUBLE_EQ(CzynDateTime(std::int64_t{253402280999}), lastDay + 86399 / 86400.0);
-    for (const std::int64_t seconds : {-1L, 253402281000L, 2068146604800L /* the year 67536 */, INT64_MAX})
+    for (const std::int64_t seconds : {std::int64_t{-1}, std::int64_t{253402281000},
+                                       std::int64_t{2068146604800} /* the year 67536 */, INT64_MAX})
         EXPECT_EQ(CzynDateTime(seconds).GetStatus(), invalid) << seconds;
     zynplatform::SetTimeSource([]() -> std::int64_t { return 0; });
     EXPECT_EQ(CzynDateTime::GetTickCount().Format("%F %T %z %Z"), "1970-01-01 05:30:00 +0530 EAST");

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
 #include <random>
 
@@ -20,7 +21,8 @@ TEST(DateTimeSpan, SplitsIntoWholeUnitsOfTheNearestSecondWithinItsRange) {
         const std::int64_t limit = i % 2 ? 3615896LL * 86400 : 100000;
         const std::int64_t seconds = std::uniform_int_distribution(-limit, limit)(random);
         // Hours and minutes that cancel out, and up to half a second that is rounded off.
-        Span span(seconds / 86400, i % 100, i % 100 * -60, static_cast<int>(seconds % 86400));
+        Span span(static_cast<long>(seconds / 86400), i % 100, i % 100 * -60,
+                  static_cast<int>(seconds % 86400));
         span += (i % 3 - 1) * 0.49 / 86400;
         const double totals[] = {span.GetTotalSeconds(), span.GetTotalMinutes(), span.GetTotalHours()};
         const long parts[] = {span.GetSeconds(), span.GetMinutes(), span.GetHours()};
@@ -37,7 +39,7 @@ TEST(DateTimeSpan, SplitsIntoWholeUnitsOfTheNearestSecondWithinItsRange) {
     EXPECT_EQ(Span(max).GetStatus() + Span(-max).GetStatus(), Span::valid);
     for (const double days : {beyond, -beyond, 1e200, -HUGE_VAL, std::nan("")})
         EXPECT_TRUE(Span(days).GetStatus() == Span::invalid && Span(days).GetSeconds() == 0) << days;
-    EXPECT_EQ(Span(4294967296, 0, 0, 0).GetStatus(), Span::invalid);
+    EXPECT_EQ(Span(LONG_MAX, 0, 0, 0).GetStatus(), Span::invalid);
     EXPECT_EQ(-WithStatus(-2, Span::invalid), Span(2.0));
 }
 
