@@ -1,0 +1,36 @@
+# What is installed, in two components: "runtime" is what a finished program needs, "dev" what building one needs.
+# CPack makes a Debian package of each: libzynaggr1 and libzynaggr-dev.
+include(CMakePackageConfigHelpers)
+
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zynaggr)
+
+install(TARGETS zynaggr EXPORT zynaggrTargets
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT dev)
+
+# Every header is public but these. scripts/docs reads the list too.
+install(DIRECTORY zynaggr zynhost zynplatform DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev
+        FILES_MATCHING PATTERN "*.h"
+        PATTERN "*_impl.h" EXCLUDE
+        PATTERN "*_traits.h" EXCLUDE
+        PATTERN "avx512.h" EXCLUDE
+        PATTERN "locale_table.h" EXCLUDE
+        PATTERN "moduleentry.h" EXCLUDE
+        PATTERN "sharelock.h" EXCLUDE
+        PATTERN "utf8.h" EXCLUDE
+        PATTERN "vectors.h" EXCLUDE)
+
+install(EXPORT zynaggrTargets NAMESPACE zynaggr:: DESTINATION ${package_dir} COMPONENT dev)
+configure_package_config_file(cmake/zynaggrConfig.cmake.in zynaggrConfig.cmake INSTALL_DESTINATION ${package_dir})
+write_basic_package_version_file(zynaggrConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zynaggrConfig.cmake
+              ${CMAKE_CURRENT_BINARY_DIR}/zynaggrConfigVersion.cmake
+        DESTINATION ${package_dir} COMPONENT dev)
+
+# The file tells its prefix from where it stands itself, so that an installation can be moved.
+file(RELATIVE_PATH pkgconfig_prefix /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
+configure_file(cmake/zynaggr.pc.in zynaggr.pc @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zynaggr.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT dev)
+
+if(PROJECT_IS_TOP_LEVEL)
+  include(cmake/packages.cmake)
+endif()
