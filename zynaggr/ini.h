@@ -62,6 +62,7 @@ class ZYN_API CzynINI {
 public:
     struct SOption;
     struct SSection;
+    // What the object and its lists are made of.
     using SectionArray = CzynTAggr<SSection*, SSection*, 4>;
     using OptionArray = CzynTAggr<SOption*, SOption*, 6>;
     using KeyValArray = CzynTAggr<SKeyVal*, SKeyVal*, 4>;
@@ -88,11 +89,11 @@ public:
     virtual bool SetINI(const char* szIniName, bool bSearchModuleDir, int nUpLevels);
     void SetEnvForFind(const char* szEnvName); // for the next SetINI
 
-    CStringA GetRealIniName(); // full name of the file
-    void GetRealIniName(CStringA& sName);
-    CStringA GetRealIniPath(); // its directory with a backslash at the end; empty without one
-    bool isFileExist();        // SetINI found it, or it was read since
-    bool IsHomeDir();          // SetINI found it in the user's profile directory
+    CStringA GetRealIniName();            // full name of the file
+    void GetRealIniName(CStringA& sName); // the same
+    CStringA GetRealIniPath();            // its directory with a backslash at the end; empty without one
+    bool isFileExist();                   // SetINI found it, or it was read since
+    bool IsHomeDir();                     // SetINI found it in the user's profile directory
 
     // Whether the file can be opened for writing. A missing file is made, empty.
     bool CheckWrite();
@@ -117,8 +118,8 @@ public:
     // no such section; what the container held is gone in any case.
     bool GetListKeys(const char* szSection, CStringArray& keys);
     bool GetListKeysVals(const char* szSection, KeyValArray& list);
-    bool isParamSet(const char* szSection, const char* szKey);
-    bool isGroupeSet(const char* szSection);
+    bool isParamSet(const char* szSection, const char* szKey); // there is such an entry
+    bool isGroupeSet(const char* szSection);                   // there is such a section
 
     // ---- Edits
 

@@ -36,12 +36,13 @@
 // but running out of memory. An object is for one thread at a time; a copy reads on in the same open file.
 class ZYN_API CzynCSV {
 public:
+    // The separator of the files that this object reads.
     explicit CzynCSV(char separator = ',') : m_cSeparator(separator) {}
 
     // Opens a file for ReadString, in place of one that is open; others may meanwhile read it, not write.
     // False when there is none, or it can't be read.
     bool OpenFile(const char* name);
-    void CloseFile();
+    void CloseFile(); // nothing happens when none is open
     // The next record is the first one again.
     void SeekToBegin();
 

@@ -76,9 +76,11 @@ public:
     // Sets the capacity, also to less than it was. False, with nothing changed, for external memory and for n
     // below the size in use; true, with nothing changed, when n equals the size in use.
     bool SetSize(int n);
-    int GetMaxSize() const { return m_nMaxSize; }
+    int GetMaxSize() const { return m_nMaxSize; } // the capacity
 
+    // The data; null while nothing is allocated. Valid until the buffer grows or lets its memory go.
     void* GetBuffer() const { return m_pBuf; }
+    // The same from the position on, which is not checked.
     void* GetCurBuffer() const { return m_pBuf ? m_pBuf + m_nCurPos : nullptr; }
     // The next n bytes, in place, and moves behind them; null, without moving, when there are fewer or n is
     // negative.
@@ -142,9 +144,10 @@ public:
 
     // ---- Reading from the position
 
+    // In bytes from the start of the data.
     int GetCurPos() const { return m_nCurPos; }
     void SetCurPos(int position) { m_nCurPos = position; } // not checked
-    void Reset() { m_nCurPos = 0; }
+    void Reset() { m_nCurPos = 0; }                        // to the start
 
     // Reads an integer. When fewer than 4 bytes are left it becomes 0, the position stays, and the result is
     // false. Without a buffer `out` is not touched.
@@ -178,12 +181,12 @@ public:
     // becomes the line's last character, or the end of the data. False only when no byte is left.
     bool ReadString(CStringA& line);
 
-    char* m_pBuf = nullptr;      // null: nothing is allocated
-    std::int32_t m_nSize = 0;    // bytes in use
-    bool m_bStoreAnsi = true;    // strings are stored as 8-bit text; may be changed at any time
-    std::int32_t m_nMaxSize = 0; // capacity in bytes
-    std::int32_t m_nCurPos = 0;  // where the next read starts
-    bool m_bExternalData = false;
+    char* m_pBuf = nullptr;       // null: nothing is allocated
+    std::int32_t m_nSize = 0;     // bytes in use
+    bool m_bStoreAnsi = true;     // strings are stored as 8-bit text; may be changed at any time
+    std::int32_t m_nMaxSize = 0;  // capacity in bytes
+    std::int32_t m_nCurPos = 0;   // where the next read starts
+    bool m_bExternalData = false; // the memory is the caller's
 
 protected:
     // Whether n bytes can be read at the position.

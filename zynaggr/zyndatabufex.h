@@ -25,6 +25,7 @@ public:
     CzynDataBufEx() = default;
     ~CzynDataBufEx() override;
 
+    // Whether the memory is the caller's.
     bool IsExternalData() const { return m_bExternalData; }
     // Wraps external memory of `capacity` bytes, of which `size` are data; 0 stands for a capacity of `size`.
     void SetExternalData(void* data, int size, int capacity = 0);

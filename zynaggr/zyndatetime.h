@@ -30,11 +30,13 @@
 // throws CMemoryException there, std::bad_alloc in Format; nothing else throws.
 class ZYN_API CzynDateTime {
 public:
+    // See above.
     enum DateTimeStatus : std::int32_t { valid = 0, invalid = 1, null = 2 };
 
     // ---- Making and assigning
 
     CzynDateTime() = default; // 0.0, valid
+    // Number and status; what was worked out is not copied.
     CzynDateTime(const CzynDateTime& other) : m_dt(other.m_dt), m_status(other.m_status) {}
     // The number as it is; invalid when it is out of range or NaN.
     CzynDateTime(double date) : m_dt(date) { CheckRange(); }
@@ -65,6 +67,7 @@ public:
     // A time of day without a date: on day 0, 30 December 1899.
     int SetTime(int hour, int minute, int second) { return SetDateTime(1899, 12, 30, hour, minute, second); }
 
+    // What the value is.
     DateTimeStatus GetStatus() const { return m_status; }
     // The number stays.
     void SetStatus(DateTimeStatus status) { m_status = status; }
@@ -120,6 +123,7 @@ public:
     // The same number; the range is not checked and the status stays.
     CzynDateTime& operator+=(CzynDateTimeSpan span);
     CzynDateTime& operator-=(CzynDateTimeSpan span) { return *this += -span; }
+    // The time from the other to this.
     CzynDateTimeSpan operator-(const CzynDateTime& other) const {
         return DoubleFromDate(m_dt) - DoubleFromDate(other.m_dt);
     }

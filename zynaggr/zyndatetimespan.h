@@ -19,20 +19,24 @@
 // Nothing throws but Format, when memory runs out. One object is for one thread at a time.
 class ZYN_API CzynDateTimeSpan {
 public:
+    // See above.
     enum DateTimeSpanStatus : std::int32_t { valid = 0, invalid = 1, null = 2 };
 
     static constexpr double OLE_DATETIME_HALFSECOND = 0.5 / 86400; // in days
 
     CzynDateTimeSpan() = default; // 0, valid
+    // A number of days, or the sum of parts.
     CzynDateTimeSpan(double days) : m_dt(days) { CheckRange(); }
     CzynDateTimeSpan(long days, int hours, int minutes, int seconds) {
         SetDateTimeSpan(days, hours, minutes, seconds);
     }
 
+    // As the constructor.
     CzynDateTimeSpan& operator=(double days) { return *this = CzynDateTimeSpan(days); }
     // Parts of any size, which add up; negative ones subtract.
     void SetDateTimeSpan(long days, int hours, int minutes, int seconds);
 
+    // The number stays when the status is set.
     DateTimeSpanStatus GetStatus() const { return m_status; }
     void SetStatus(DateTimeSpanStatus status) { m_status = status; }
     // Makes the span invalid when its number is out of range; never valid.

@@ -24,8 +24,10 @@
 class ZYN_API SzynErrorDescription {
 public:
     SzynErrorDescription() = default;
+    // A record of these fields; its stack is empty.
     SzynErrorDescription(int nCode, const char* szSrc, const char* szSrcDate, int nLine, const char* szDescr,
                          int nModule, const char* szFun, const char* szCls, const char* szAdd);
+    // A copy, its stack included.
     SzynErrorDescription(const SzynErrorDescription& other);
     // A copy of `other` with one more record on its stack, as the second Set.
     SzynErrorDescription(const SzynErrorDescription& other, const char* szSrc, const char* szSrcDate,
@@ -54,9 +56,10 @@ public:
     CStringA m_strSrc;         // source file
     CStringA m_strSrcDate;     // its date as the compiler writes it: "May 22 2025"
     std::int32_t m_nLine = 0;  // 0: none
-    CStringA m_strFun;
-    CStringA m_strCls;
+    CStringA m_strFun;         // function
+    CStringA m_strCls;         // class
     CArray<SzynErrorDescription*, SzynErrorDescription*> m_aStack; // owned
+    // What went wrong, and more about it.
     CStringA m_strDescr;
     CStringA m_strAdd;
     std::int32_t m_nModule = -1; // 1 transport, 2 data layer, 3 transport client, 4 and 5 server; -1: none

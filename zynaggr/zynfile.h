@@ -27,6 +27,7 @@
 // An object is for one thread at a time.
 class ZYN_API CzynFile {
 public:
+    // The handle of no file.
     static const zynplatform::FileHandle hFileNull;
 
     CzynFile() = default;
@@ -36,6 +37,7 @@ public:
     CzynFile(const CzynFile&) = default;
     CzynFile& operator=(const CzynFile&) = default;
 
+    // Whether Open succeeded and no Close came since.
     bool IsFileOpen() const { return m_pStream && m_pStream->IsOpen(); }
 
     // Opens by flags of CFile::OpenFlags; flags 0 read, share with everybody, binary. 1 on success; 0 on
@@ -66,6 +68,7 @@ public:
     // The number of bytes read, 0 at the end; all ones when no file is open or `buffer` is null.
     virtual unsigned int Read(void* buffer, unsigned int count);
 
+    // SeekToEnd returns what Seek does.
     void SeekToBegin();
     std::uint64_t SeekToEnd();
 

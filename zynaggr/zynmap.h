@@ -42,7 +42,7 @@ public:
     // Sets the capacity to n pairs, at least 32. False, with nothing changed, when n is below the size in
     // use; true, with nothing changed, when it equals that.
     bool SetSize(int n);
-    int GetSize() const { return m_nSize; }
+    int GetSize() const { return m_nSize; } // pairs in use
 
     // Adds a pair; returns the index at which it stands now. The capacity runs 32, 66, 134, 270.
     int Add(int in, int out) { return AddPair({in, out}); }
@@ -89,7 +89,7 @@ public:
 
     zynMap_element* m_pData = nullptr; // the pairs, owned; null while nothing is allocated
     std::int32_t m_nSize = 0;          // pairs in use
-    bool m_bAutoSort = false;
+    bool m_bAutoSort = false;          // keep ascending, every key once; see above
     bool m_bNoLinearSearch = true; // when false, a halving that misses is followed by a search from the start
     std::int32_t m_nMaxSize = 0;   // pairs allocated
     bool m_bSorted = true; // known to be ordered by key; ascending, or descending if the caller made it so

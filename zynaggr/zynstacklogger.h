@@ -52,6 +52,7 @@
 
 class StackLoggerThreadEl;
 
+// The host's callbacks, for warnings and for lines. The texts are valid during the call.
 using zynStackLogErrorFunction = void (*)(const char* szMessage, const char* szSource, const char* szExtra);
 using zynStackLogTraceFunction = void (*)(const char* szLine);
 
@@ -76,16 +77,17 @@ public:
 
     // Takes a new element over, after deleting those whose threads have ended.
     void AddThreadEl(StackLoggerThreadEl* pEl);
-    void RemoveFinishedThreads();
+    void RemoveFinishedThreads(); // deletes those
     // The calling thread's element, or null.
     StackLoggerThreadEl* FindThreadEl() const;
 
-    std::unique_ptr<CZynCriticalSection> m_pCS; // guards everything but the mode
-    zynStackLogErrorFunction m_pfnError = nullptr;
-    zynStackLogTraceFunction m_pfnTrace = nullptr;
-    CZynAtomicLong m_lMode; // logging is on while it is above 0
+    std::unique_ptr<CZynCriticalSection> m_pCS;    // guards everything but the mode
+    zynStackLogErrorFunction m_pfnError = nullptr; // null: no warnings
+    zynStackLogTraceFunction m_pfnTrace = nullptr; // null: no lines
+    CZynAtomicLong m_lMode;                        // logging is on while it is above 0
 };
 
+// The one tracer, or null while there is none.
 extern ZYN_API std::atomic<CGlobalStackLog*> g_pGlobalStackLog;
 
 inline CGlobalStackLog* CGlobalStackLog::Active() {
@@ -112,12 +114,12 @@ public:
     // "StackLog:" and the keys in their order, each on a line of its own, with a line feed at the end.
     CStringA GetCurrStackList() const;
 
-    std::uint32_t m_dwThreadId;
-    zynplatform::ThreadHandle m_hThread;
-    std::int32_t m_nDepth = 0; // entries not yet left; never below 0
-    CzynStrStrMap m_mapStack;  // key and message of each entry
-    CStringA m_strLastFun;     // the function entered last: its key without what Enter puts before it
-    std::int32_t m_nRepeat = 0;
+    std::uint32_t m_dwThreadId;          // the thread it was made on
+    zynplatform::ThreadHandle m_hThread; // the same
+    std::int32_t m_nDepth = 0;           // entries not yet left; never below 0
+    CzynStrStrMap m_mapStack;            // key and message of each entry
+    CStringA m_strLastFun;            // the function entered last: its key without what Enter puts before it
+    std::int32_t m_nRepeat = 0;       // entries of the run that were not written
     std::uint32_t m_nRepeatDepth = 0; // where the run of repeats is
 
 protected:

@@ -34,6 +34,7 @@
 // There is no equality operator: compare with Compare. `a == b` compares the addresses of the buffers.
 namespace zyn {
 
+// The template behind CzynStringA and CzynStringW; C is the character, char or WCHAR.
 template <class C> class ZYN_API BasicString {
     static constexpr bool isNarrow = std::is_same_v<C, char>;
     using Other = std::conditional_t<isNarrow, WCHAR, char>; // the character of the other class
@@ -41,14 +42,17 @@ template <class C> class ZYN_API BasicString {
 public:
     // ---- Making and assigning
 
+    // An empty string, or a copy of a text.
     BasicString();
     BasicString(const BasicString& other);
     BasicString(const C* text);
     // Converts with the system's code page. Makes room for one character more than needed.
     BasicString(const Other* text);
+    // A character, so many times.
     BasicString(C character, unsigned count);
     virtual ~BasicString();
 
+    // As the constructors.
     BasicString& operator=(const BasicString& other);
     BasicString& operator=(const C* text);
     BasicString& operator=(C* text) { return *this = static_cast<const C*>(text); }
@@ -58,8 +62,10 @@ public:
 
     // ---- Looking at it
 
+    // The length in characters, without the zero behind them; whether it is 0.
     int GetLength() const { return static_cast<int>(m_nLength); }
     bool IsEmpty() const { return m_nLength == 0; }
+    // The text with its zero, valid until the string changes.
     const C* GetCString() const { return m_pBuffer; }
     operator const C*() const { return m_pBuffer; }
     // The character at an index, 0 outside the text.
@@ -80,7 +86,7 @@ public:
     C* GetBufferSetLength(int length);
     // Sets the length after writing. A negative one leaves it as it is: it is not looked for.
     void ReleaseBuffer(int length);
-    void Empty();
+    void Empty(); // gives the buffer up
 
     // ---- Editing; each returns the string
 
@@ -94,6 +100,7 @@ public:
     }
     // Appends `count` characters, all for a negative count, in any case only up to the text's first zero.
     BasicString& Append(const C* text, int count);
+    // Fold the letters, or turn the text round.
     BasicString& MakeUpper();
     BasicString& MakeLower();
     BasicString& MakeReverse(); // CzynStringA: only up to the first zero
@@ -149,6 +156,7 @@ public:
     int Compare(const C* text, bool caseSensitive) const;
     int CompareNoCase(const C* text) const { return Compare(text, false); }
 
+    // As Compare with case, but null is an empty text.
     bool operator<(const BasicString& other) requires isNarrow { return Order(other) < 0; }
     bool operator<(const C* text) requires isNarrow { return Order(text) < 0; }
     bool operator<=(const BasicString& other) requires isNarrow { return Order(other) <= 0; }
@@ -166,6 +174,7 @@ public:
     bool operator>=(const BasicString& other) const requires(!isNarrow) { return Order(other) >= 0; }
     bool operator>=(const C* text) const requires(!isNarrow) { return Order(text) >= 0; }
 
+    // The one text, then the other.
     friend BasicString operator+(const BasicString& left, const BasicString& right) {
         BasicString result(left);
         result += right;
@@ -220,4 +229,5 @@ extern template class BasicString<char>;
 
 } // namespace zyn
 
+// 8-bit text.
 using CzynStringA = zyn::BasicString<char>;

@@ -25,6 +25,7 @@
 class ZYN_API CzynStringAdapter {
 public:
     CzynStringAdapter() = default;
+    // Borrow a text; null is none.
     CzynStringAdapter(const char* text) { *this = text; }
     CzynStringAdapter(const WCHAR* text) { *this = text; }
     CzynStringAdapter(const CzynStringAdapter&) = delete;

@@ -42,7 +42,7 @@ public:
     int Open(const char* name, unsigned flags, zynTextEncoding encoding);
     // Writes what was not yet written, and closes, also when writing failed: call Flush first to know.
     void Close();
-    bool IsFileOpen() const;
+    bool IsFileOpen() const; // Open succeeded and no Close came since
 
     // Reads the file into memory: 1, also for an empty file; 0 when there is no open file, it is too long or
     // cannot be converted (the object then forgets everything but the open file), or when text was written
@@ -73,6 +73,7 @@ public:
     unsigned GetPosition() const { return m_nPosition; }
     unsigned SetPosition(unsigned position);
 
+    // What the file is written in: as given to Open or set here, or as a load found it.
     void SetFileEncoding(zynTextEncoding encoding) { m_nFileEncoding = encoding; }
     zynTextEncoding GetFileEncoding() const { return m_nFileEncoding; }
     // What a file without a mark is read as, instead of looking at its content; zynEncUnknown to look. May be
@@ -82,6 +83,7 @@ public:
     // Why the last Open failed; kept until the next failure.
     CStringA GetErrorMessage() const { return m_sErrorMessage; }
 
+    // The text in memory, its size in bytes and the position in it; null before the first load or write.
     const unsigned char* _GetBuf() const { return m_pBuffer; }
     unsigned _GetDataSize() const { return m_nDataSize; }
     unsigned _GetCurPos() const { return m_nPosition; }
@@ -104,7 +106,7 @@ public:
                                            unsigned& outLength);
     static bool BufConvert_UCS2_to_Utf32le(unsigned char* src, unsigned length, unsigned char*& out,
                                            unsigned& outLength);
-    static void FreeBuffer(unsigned char* buffer);
+    static void FreeBuffer(unsigned char* buffer); // a converter's output, or null
 
 protected:
     void Reset();

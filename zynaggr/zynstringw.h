@@ -8,4 +8,5 @@ namespace zyn {
 extern template class BasicString<WCHAR>;
 }
 
+// 16-bit text.
 using CzynStringW = zyn::BasicString<WCHAR>;

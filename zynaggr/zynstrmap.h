@@ -26,8 +26,10 @@
 // Running out of memory: where the item array cannot grow it reports that in its own way (zyntaggr.h), and
 // Add gives -1; anything else throws std::bad_alloc. The map stays as it was. One thread at a time.
 
+// A machine word for each key.
 class ZYN_API CzynStrMap {
 public:
+    // A key with its value.
     class CzynStrMapItem {
     public:
         CStringA m_sKey;            // lower-cased where case does not matter
@@ -35,6 +37,7 @@ public:
     };
 
     CzynStrMap() = default;
+    // Whether letter case matters in the keys.
     explicit CzynStrMap(bool bCaseSensitive) : m_bCaseSensitive(bCaseSensitive) {}
     CzynStrMap(const CzynStrMap&) = delete;
     CzynStrMap& operator=(const CzynStrMap&) = default;
@@ -43,6 +46,7 @@ public:
     int Add(const char* key, int value) { return AddWord(key, value); }
     int Add(const char* key, void* value) { return AddWord(key, reinterpret_cast<std::intptr_t>(value)); }
 
+    // In items.
     int GetSize() const { return m_aItems.GetSize(); }
     // Deletes all items; the capacity stays.
     void Clear() { m_aItems.RemoveAll(); }
@@ -87,20 +91,22 @@ protected:
 // As CzynStrMap, case always mattering, with a string for each key.
 class ZYN_API CzynStrStrMap {
 public:
+    // A key with its text.
     class CzynStrStrMapItem {
     public:
-        CStringA m_sKey;
-        CStringA m_sValue;
+        CStringA m_sKey;   // as given
+        CStringA m_sValue; // as given
     };
 
     CzynStrStrMap() = default;
     CzynStrStrMap(const CzynStrStrMap&) = delete;
     CzynStrStrMap& operator=(const CzynStrStrMap&) = default;
 
+    // As those of CzynStrMap.
     int Add(const char* key, const char* value);
-
     int GetSize() const { return m_aItems.GetSize(); }
     void Clear() { m_aItems.RemoveAll(); }
+
     // Changes nothing as long as the keys of the items are left alone.
     void Sort();
 
@@ -114,6 +120,7 @@ public:
     // example when all are in one case.
     CStringA Get(const char* key, bool bNoCase) const;
 
+    // By index: null or false for one outside the map.
     CzynStrStrMapItem* GetAt(int index) const { return m_aItems.GetAt(index); }
     bool SetAt(int index, const char* value);
     bool Remove(int index) { return m_aItems.Remove(index); }

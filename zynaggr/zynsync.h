@@ -20,8 +20,10 @@
 // it would convert through bool.
 class ZYN_API CZynAtomicLong {
 public:
+    // With the low 32 bits of a value.
     CZynAtomicLong(long lValue = 0) : m_lValue(static_cast<std::int32_t>(lValue)) {}
 
+    // The value now.
     long Get() const { return m_lValue.load(); }
     // Both return the value before.
     long Set(long lValue) { return m_lValue.exchange(static_cast<std::int32_t>(lValue)); }
@@ -36,6 +38,7 @@ public:
     long operator=(const long& lValue) { return Set(lValue); }
     long operator=(const bool& bValue) { return Set(bValue ? 1 : 0); }
 
+    // The value; whether it is greater than 0.
     operator long() const { return Get(); }
     operator bool() const { return Get() > 0; }
 
@@ -57,6 +60,7 @@ protected:
 // flag, not a count: of two on one counter the inner one's end leaves it 0.
 class ZYN_API CZynAtomicLongReseter {
 public:
+    // The counter must outlive it.
     explicit CZynAtomicLongReseter(CZynAtomicLong* pTarget) : m_pTarget(pTarget) {
         if (m_pTarget) m_pTarget->Set(1);
     }
@@ -84,6 +88,7 @@ public:
     CZynCriticalSection(const CZynCriticalSection&) = delete;
     CZynCriticalSection& operator=(const CZynCriticalSection&) = delete;
 
+    // Enter waits until the section is free or the thread's own; Leave undoes one Enter.
     void EnterZynCriticalSection();
     void LeaveZynCriticalSection();
 
@@ -150,6 +155,7 @@ public:
     static unsigned long GetHalfDWORD() { return 0x80000000; }
 
 protected:
+    // What it keeps.
     struct Times {
         std::uint32_t m_dwStart; // tick of the start without the shift: at most 2^31
         std::uint32_t m_dwShift; // 0 or 2^31, taken off every tick: keeps sums with the start from wrapping

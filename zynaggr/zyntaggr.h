@@ -52,12 +52,13 @@ template <class T> constexpr std::string_view TypeName() {
     return function.substr(first, last - first);
 }
 
+// What a failure report tells.
 struct ArrayFailure {
     std::string_view element; // name of the element's class
-    bool elementIsStruct;
-    int policy;
-    std::int32_t size;   // slots in use
-    std::int32_t wanted; // slots asked for
+    bool elementIsStruct;     // see isStruct
+    int policy;               // the mask of bits
+    std::int32_t size;        // slots in use
+    std::int32_t wanted;      // slots asked for
 };
 
 // Reports that an array could not grow: throws the record, or shows the message box and returns false.
@@ -66,6 +67,7 @@ ZYN_API bool ReportArrayFailure(const std::bad_alloc& failure, const ArrayFailur
 
 } // namespace zyn
 
+// The array.
 template <class T, class ARG, int N> class ZYN_API CzynTAggr {
     static_assert(std::is_pointer_v<T>, "an array of pointers");
 
@@ -162,14 +164,14 @@ public:
 
     // The element, or null for an index outside the array.
     T GetAt(int nIndex) const { return nIndex < 0 || nIndex >= m_nSize ? nullptr : m_pData[nIndex]; }
-    int GetSize() const { return m_nSize; }
+    int GetSize() const { return m_nSize; } // slots in use
 
-    T* m_pData = nullptr;     // the slots; the first m_nSize are in use
-    std::int32_t m_nSize = 0; // at most m_nMaxSize
-    bool m_bUnique = false;
-    bool m_bCanRemove = (N & 2) != 0;
-    bool m_bOwner = (N & 4) != 0;
-    std::int32_t m_nMaxSize = 0; // slots allocated
+    T* m_pData = nullptr;             // the slots; the first m_nSize are in use
+    std::int32_t m_nSize = 0;         // at most m_nMaxSize
+    bool m_bUnique = false;           // every element only once
+    bool m_bCanRemove = (N & 2) != 0; // policy bit 2
+    bool m_bOwner = (N & 4) != 0;     // policy bit 4
+    std::int32_t m_nMaxSize = 0;      // slots allocated
 
 protected:
     bool Resize(std::int64_t n) {

@@ -25,6 +25,7 @@ inline constexpr std::uint32_t MB_ICONQUESTION = 0x20;    // no class of its own
 inline constexpr std::uint32_t MB_ICONEXCLAMATION = 0x30; // warning
 inline constexpr std::uint32_t MB_ICONASTERISK = 0x40;    // information
 
+// The application object: one a process.
 class ZYN_API CWinApp {
 public:
     // Becomes the process's application object, in place of an earlier one.

@@ -9,6 +9,7 @@
 // Why a file could not be opened.
 class ZYN_API CFileException {
 public:
+    // What kind of failure it is.
     enum Cause {
         none,
         genericException,
@@ -27,9 +28,9 @@ public:
         endOfFile,
     };
 
-    int m_cause = none;
+    int m_cause = none;           // a Cause
     std::int32_t m_lOsError = -1; // system error number; -1 when the system was not asked
-    CStringA m_strFileName;
+    CStringA m_strFileName;       // as it was given
 
     // Records a system error number and the cause that it means.
     void SetOsError(std::uint32_t osError);
@@ -37,6 +38,7 @@ public:
     // room at all.
     bool GetErrorMessage(char* text, unsigned size) const;
 
+    // The cause that a system error number means.
     static Cause OsErrorToException(std::uint32_t osError);
 };
 
@@ -61,6 +63,7 @@ public:
         typeBinary = 0x8000,
     };
 
+    // The handle of no file.
     static constexpr zynplatform::FileHandle hFileNull = zynplatform::noFile;
 
     CFile() = default;
@@ -75,12 +78,12 @@ public:
 
     // -1 on failure.
     std::int64_t GetLength() const;
-    bool SetLength(std::int64_t length);
-    bool SeekToBegin();
+    bool SetLength(std::int64_t length); // cuts or extends with zero bytes; false on failure
+    bool SeekToBegin();                  // false on failure
     // The number of bytes read: fewer than asked for only at the end of the file or on an error.
     std::size_t Read(void* buffer, std::size_t count);
     // True when all bytes were written.
     bool Write(const void* buffer, std::size_t count);
 
-    zynplatform::FileHandle m_hFile = hFileNull;
+    zynplatform::FileHandle m_hFile = hFileNull; // hFileNull: no file is open
 };

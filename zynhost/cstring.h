@@ -18,15 +18,18 @@
 class ZYN_API CStringA {
 public:
     CStringA() = default;
+    // The text up to its zero, or so many bytes of it.
     CStringA(const char* text) : m_text(text ? text : "") {}
     CStringA(const char* text, int length)
         : m_text(text, length > 0 ? static_cast<std::size_t>(length) : 0) {}
     // Converts with the system's code page; what it cannot hold becomes '?'.
     CStringA(const WCHAR* text);
+    // A character, so many times, or a text with its length.
     explicit CStringA(char character, int count = 1)
         : m_text(count > 0 ? static_cast<std::size_t>(count) : 0, character) {}
     explicit CStringA(std::string_view text) : m_text(text) {}
 
+    // As the constructors.
     CStringA& operator=(const char* text) {
         m_text = text ? text : "";
         return *this;
@@ -37,9 +40,11 @@ public:
         return *this;
     }
 
+    // The length in bytes; whether it is 0.
     int GetLength() const { return static_cast<int>(m_text.size()); }
     bool IsEmpty() const { return m_text.empty(); }
-    void Empty() { m_text.clear(); }
+    void Empty() { m_text.clear(); } // the length is 0 afterwards
+    // The text with the zero behind it, valid until the string changes.
     const char* GetString() const { return m_text.c_str(); }
     operator const char*() const { return m_text.c_str(); }
     // The text with its length, zero bytes inside included; valid until the string changes.
@@ -50,6 +55,7 @@ public:
     char operator[](int index) const { return GetAt(index); }
     void SetAt(int index, char character) { m_text[static_cast<std::size_t>(index)] = character; }
 
+    // Append to the text.
     CStringA& operator+=(const CStringA& text) { return Append(text.m_text); }
     CStringA& operator+=(const char* text) { return Append(std::string_view(text ? text : "")); }
     CStringA& operator+=(char character) { return Append(std::string_view(&character, 1)); }
@@ -66,6 +72,7 @@ public:
     CStringA Mid(int first) const;
     CStringA Mid(int first, int count) const;
 
+    // Where it stands first, from `start` on, or last; -1 for nowhere.
     int Find(char character, int start = 0) const;
     int Find(const char* text, int start = 0) const;
     int ReverseFind(char character) const;
@@ -83,6 +90,7 @@ public:
     CStringA& TrimLeft(char character);
     CStringA& TrimRight(char character);
 
+    // Fold the letters; return the string.
     CStringA& MakeLower();
     CStringA& MakeUpper();
 
@@ -112,6 +120,7 @@ private:
     std::string m_text;
 };
 
+// The one text, then the other.
 inline CStringA operator+(const CStringA& left, const CStringA& right) {
     CStringA result(left);
     result += right;
@@ -133,6 +142,7 @@ inline CStringA operator+(const CStringA& left, char right) {
     return result;
 }
 
+// Byte by byte.
 inline bool operator==(const CStringA& left, const CStringA& right) {
     return left.View() == right.View();
 }

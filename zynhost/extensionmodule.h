@@ -28,6 +28,7 @@ ZYN_API void AfxTermExtensionModule(AFX_EXTENSION_MODULE& state);
 // AfxTermExtensionModule of its record deletes it.
 class ZYN_API CDynLinkLibrary {
 public:
+    // Puts itself at the head of the chain.
     explicit CDynLinkLibrary(const AFX_EXTENSION_MODULE& state);
     CDynLinkLibrary(const CDynLinkLibrary&) = delete;
     CDynLinkLibrary& operator=(const CDynLinkLibrary&) = delete;
@@ -35,6 +36,6 @@ public:
     // The head of the chain, or null.
     static const CDynLinkLibrary* First();
 
-    const AFX_EXTENSION_MODULE* m_pState;
-    CDynLinkLibrary* m_pNext;
+    const AFX_EXTENSION_MODULE* m_pState; // the module's record
+    CDynLinkLibrary* m_pNext;             // the module that came before, or null
 };

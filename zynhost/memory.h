@@ -10,6 +10,7 @@ class ZYN_API CMemoryException : public std::bad_alloc {
 public:
     ~CMemoryException() override;
 
+    // The text, in code page 1251.
     const char* what() const noexcept override;
     // Copies the text, cut to size - 1 characters, and a zero into `text`; false when there is no room at
     // all.
@@ -19,4 +20,5 @@ public:
     static const char* Text() noexcept;
 };
 
+// Throws a CMemoryException.
 [[noreturn]] ZYN_API void AfxThrowMemoryException();

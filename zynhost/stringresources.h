@@ -4,6 +4,7 @@
 
 // String resources: a table of texts, in code page 1251, for each module of the process.
 
+// A row of such a table.
 struct zynStringResource {
     unsigned id;
     const char* text;

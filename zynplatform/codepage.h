@@ -24,8 +24,8 @@
 
 namespace zynplatform {
 
-inline constexpr unsigned ansiCodePage = 1251; // the system's 8-bit code page: always this one
-inline constexpr unsigned utf8CodePage = 65001;
+inline constexpr unsigned ansiCodePage = 1251;  // the system's 8-bit code page: always this one
+inline constexpr unsigned utf8CodePage = 65001; // UTF-8
 
 // The number of 16-bit units that `length` bytes at `text` convert to: what ToWide writes.
 ZYN_API std::size_t WideLength(unsigned codePage, const char* text, std::size_t length);

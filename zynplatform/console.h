@@ -28,6 +28,7 @@ ZYN_API void SetTextAttribute(unsigned attribute);
 // Writes library text as it stands; nothing in it is expanded. Does not allocate.
 ZYN_API void Write(std::string_view text);
 
+// Hands over what Write has written, and what the host has pending in standard output.
 ZYN_API void Flush();
 
 // Shows a message where there is no window to show it in: "caption: text" and a line end, to standard error.

@@ -53,9 +53,11 @@ constexpr std::array<std::uint8_t, 256> MakeFoldTable(bool toLower) {
 }
 } // namespace detail
 
+// For each byte the lower-case or upper-case letter of its pair, else the byte itself.
 inline constexpr std::array<std::uint8_t, 256> cp1251ToLower = detail::MakeFoldTable(true);
 inline constexpr std::array<std::uint8_t, 256> cp1251ToUpper = detail::MakeFoldTable(false);
 
+// A character by those tables.
 constexpr char Cp1251Lower(char c) {
     return static_cast<char>(cp1251ToLower[static_cast<std::uint8_t>(c)]);
 }

@@ -20,11 +20,14 @@
 
 namespace zynplatform {
 
+// An open file; noFile is none.
 using FileHandle = std::intptr_t;
 inline constexpr FileHandle noFile = -1;
 
+// Bits for OpenMode.
 enum FileAccess : unsigned { accessNone = 0, accessRead = 1, accessWrite = 2 };
 
+// How to open.
 struct OpenMode {
     unsigned access = accessRead; // FileAccess bits: what this open does
     unsigned deny = accessNone;   // FileAccess bits: what others may not do meanwhile
@@ -45,6 +48,7 @@ ZYN_API std::uint32_t ReadFile(FileHandle handle, void* buffer, std::size_t coun
 // Writes all of them or reports an error; how much arrived before the error is not told.
 ZYN_API std::uint32_t WriteFile(FileHandle handle, const void* buffer, std::size_t count);
 
+// Where an offset counts from.
 enum class SeekFrom { begin, current, end };
 
 // The new position, or -1 with nothing moved.

@@ -32,8 +32,9 @@ ZYN_API std::uint32_t CopyFileContent(const char* from, const char* to, bool fai
 // Who may do what with a file: its permission bits and its access list, when it has one.
 struct AccessRights {
     unsigned permissions = 0;
-    std::string accessList;
+    std::string accessList; // as the system stores it; empty: none
 };
+// The rights of a file, to be read from one and given to another.
 ZYN_API std::uint32_t GetAccessRights(const char* name, AccessRights& rights);
 ZYN_API std::uint32_t SetAccessRights(const char* name, const AccessRights& rights);
 

@@ -16,16 +16,18 @@ namespace zynplatform {
 // freely: bytes read ahead are dropped and bytes not yet written are written out where they must be.
 class ZYN_API Stream {
 public:
+    // What becomes of the file.
     enum class Start {
         read,   // the file must exist
         write,  // made when missing, else emptied
         append, // made when missing; every write goes to the end
     };
+    // How to open.
     struct Mode {
         Start start = Start::read;
         bool update = false; // both reading and writing
         bool text = false;
-        unsigned deny = accessNone;
+        unsigned deny = accessNone; // FileAccess bits: what others may not do meanwhile
     };
 
     Stream() = default;
@@ -35,7 +37,7 @@ public:
 
     // A system error number, 0 for success. The stream must not be open.
     std::uint32_t Open(const char* name, const Mode& mode);
-    bool IsOpen() const { return m_handle != noFile; }
+    bool IsOpen() const { return m_handle != noFile; } // Open succeeded and no Close came since
     // Closed afterwards whatever is reported; false when buffered bytes could not be written or closing
     // failed.
     bool Close();

@@ -10,6 +10,7 @@
 
 namespace zynplatform {
 
+// The numbers that this system's failures become.
 inline constexpr std::uint32_t errorSuccess = 0;
 inline constexpr std::uint32_t errorFileNotFound = 2;
 inline constexpr std::uint32_t errorPathNotFound = 3;

@@ -22,9 +22,11 @@ ZYN_API void SetThreadIdSource(std::uint32_t (*source)());
 // any thread.
 class ZYN_API ThreadHandle {
 public:
+    // A handle on the calling thread.
     static ThreadHandle OpenCurrent();
 
     bool IsCurrent() const; // the calling thread is the one that was opened
+    // Whether the thread has ended, see above.
     bool IsEnded() const { return m_ended->load(std::memory_order_acquire); }
 
 private:

@@ -31,8 +31,12 @@ namespace zynplatform {
 // Seconds since 1970-01-01 00:00 UTC by the system's clock. Safe from any thread.
 ZYN_API std::int64_t CurrentTime();
 
+// Parts of a time of day, in the ranges usual for them.
 struct TimeOfDay {
-    int hour, minute, second, millisecond;
+    int hour;
+    int minute;
+    int second;
+    int millisecond;
 };
 
 // The local time of the same clock, cheap enough for every line of a log. A change of the process's time zone
