@@ -1,0 +1,15 @@
+# Runs a program of the guide in a folder of its own and compares what it prints, blanks at the ends of lines apart.
+set(folder ${program}.run)
+file(REMOVE_RECURSE ${folder})
+file(MAKE_DIRECTORY ${folder})
+set(ENV{HOME} ${folder})
+set(ENV{XDG_DATA_HOME} ${folder})
+set(ENV{LC_ALL} C.UTF-8)
+unset(ENV{ZYN_REGISTRY})
+execute_process(COMMAND ${program} WORKING_DIRECTORY ${folder} OUTPUT_VARIABLE printed ERROR_VARIABLE printed
+                RESULT_VARIABLE result)
+string(REGEX REPLACE "[ \t]+\n" "\n" printed "${printed}")
+file(READ ${expected} text)
+if(NOT result EQUAL 0 OR NOT printed STREQUAL text)
+  message(FATAL_ERROR "result ${result}; printed:\n${printed}\ninstead of:\n${text}")
+endif()
