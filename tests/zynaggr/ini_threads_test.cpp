@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <sys/wait.h>
 #include <thread>
+#include <unistd.h>
 
 namespace {
 
@@ -23,6 +24,7 @@ int EditAll(const CStringA& name, char prefix, int edits) {
         if (ini.WriteString("own", key, std::to_string(i).c_str(), nullptr)) continue;
         ++refused;
         if (ini.GetErrDescription().IsEmpty()) return 100;
+        usleep(1000); // a refusal is quick: all of them may fall into one save of the other's
     }
     return refused == edits ? 101 : 0;
 }
