@@ -22,7 +22,7 @@ TEST(AtomicLong, AssignmentsReturnTheOldValue) {
     EXPECT_EQ((counter = 9L), 1);
     EXPECT_EQ((counter = other), 9);
     EXPECT_EQ((counter = false), -2);
-    EXPECT_EQ(counter.Set(0x1'7FFF'FFFFL), 0);
+    EXPECT_EQ(counter.Set(static_cast<long>(0x1'7FFF'FFFFLL)), 0);
     EXPECT_EQ(counter.Increment(), std::numeric_limits<std::int32_t>::min()); // 32 bits wide
 }
 
