@@ -4,6 +4,7 @@
 #include "zynaggr/zyn_dictionary_impl.h"
 #include "zynaggr/zyn_translate.h"
 #include "zynhost/application.h"
+#include "zynhost/memory.h"
 #include "zynhost/stringresources.h"
 #include "zynplatform/filesystem.h"
 #include "zynplatform/paths.h"
@@ -186,7 +187,8 @@ private:
 void zyn::Dictionary::Add(const char* text, const char* translation) {
     if (2 * static_cast<std::size_t>(m_map.GetSize() + 1) > m_entries.size()) Grow();
     const int index = m_map.Add(text, translation);
-    if (const Item* item = m_map.GetAt(index)) Enter(item); // else there was no memory for it
+    if (index < 0) AfxThrowMemoryException(); // the map has only shown it
+    Enter(m_map.GetAt(index));
 }
 
 void zyn::Dictionary::Enter(const Item* item) {

@@ -206,12 +206,20 @@ protected:
         char countBytes[4];
         zyn::StoreInt32(countBytes, static_cast<std::int32_t>(count));
         const std::int32_t text = Append(countBytes, sizeof(countBytes));
-        // Where memory has run out the size stands still; a count without its text must not stay.
-        if (n > 0 && text > start && Append(data, n) == text) {
-            m_nSize = start;
-            m_pBuf[start] = 0;
+        // Where memory has run out the size stands still, or the host's message box throws; a count without
+        // its text must not stay.
+        try {
+            if (n == 0 || text == start || Append(data, n) > text) return m_nSize;
+        } catch (...) {
+            CutTo(start);
+            throw;
         }
-        return m_nSize;
+        CutTo(start);
+        return start;
+    }
+    void CutTo(std::int32_t size) {
+        m_nSize = size;
+        m_pBuf[size] = 0;
     }
     int AddUnitsRecord(const char* text, std::size_t count);
 

@@ -24,6 +24,11 @@ constexpr std::int64_t sizeLimit = std::numeric_limits<std::int32_t>::max();
 constexpr int readErrorCode = 101;
 constexpr int moduleServer = 4;
 
+// The capacity for data up to `end`.
+std::int64_t GrownFor(std::int64_t end) {
+    return std::max(end + 1, std::min(end + spareOnGrowth, sizeLimit));
+}
+
 } // namespace
 
 CzynDataBufEx::~CzynDataBufEx() = default;
@@ -40,8 +45,7 @@ void CzynDataBufEx::Set2Begin() {
 
 int CzynDataBufEx::WriteGrowing(const void* data, std::int64_t n) {
     if (m_bExternalData) return 0;
-    const std::int64_t end = m_nCurPos + n;
-    const auto old = Reallocate(std::max(end + 1, std::min(end + spareOnGrowth, sizeLimit)));
+    const auto old = Reallocate(GrownFor(m_nCurPos + n));
     return WriteWithin(data, n);
 }
 
@@ -49,6 +53,16 @@ int CzynDataBufEx::WriteCount(std::int64_t count) {
     char bytes[countSize];
     zyn::StoreInt32(bytes, static_cast<std::int32_t>(count));
     return Write(bytes, countSize);
+}
+
+// Makes the room that writing a count and n bytes behind it comes to take, so that not just one of them finds
+// none.
+void CzynDataBufEx::ReserveRecord(std::int64_t n) {
+    if (m_bExternalData || m_nCurPos < 0) return;
+    std::int64_t capacity = m_nMaxSize;
+    for (const std::int64_t end : {m_nCurPos + std::int64_t{countSize}, m_nCurPos + countSize + n})
+        if (end + 1 >= capacity) capacity = GrownFor(end);
+    if (capacity > m_nMaxSize) Reallocate(capacity);
 }
 
 int CzynDataBufEx::ReadFromIterator(void* out, int n) {
@@ -65,6 +79,7 @@ int CzynDataBufEx::AddStrBuf_TCHAR_2Iterator(CStringA& text) {
         if (std::int64_t{m_nCurPos} + countSize > m_nMaxSize) return 0;
         count = 0;
     }
+    ReserveRecord(count);
     const int written = WriteCount(count);
     return count == 0 ? written : Write(text.GetString(), count);
 }
@@ -90,6 +105,7 @@ bool CzynDataBufEx::Utf8StringAdd2Iterator(CStringA text) {
     CzynStringAdapter utf8(static_cast<const WCHAR*>(wide));
     utf8.m_bUTF8 = true;
     const std::string_view bytes(static_cast<const char*>(utf8));
+    ReserveRecord(static_cast<std::int64_t>(bytes.size()));
     WriteCount(static_cast<std::int64_t>(bytes.size()));
     Write(bytes.data(), static_cast<std::int64_t>(bytes.size()));
     return true;

@@ -98,5 +98,6 @@ protected:
     }
     int WriteGrowing(const void* data, std::int64_t n);
     int WriteCount(std::int64_t count);
+    ZYN_LOCAL void ReserveRecord(std::int64_t n);
     bool IsWithin(int from, int n) const;
 };

@@ -216,12 +216,17 @@ void StackLoggerThreadEl::Enter(CStringA& strKey, bool bLogEveryCall) {
     std::memcpy(text, prefix, prefixLength);
     const std::string_view plainKey = strKey.View().substr(prefixLength);
 
-    // Room for the last function's name now: once the entry is in, nothing may fail.
-    const int lastLength = m_strLastFun.GetLength();
-    m_strLastFun.GetBuffer(static_cast<int>(plainLength));
-    m_strLastFun.ReleaseBuffer(lastLength);
-
-    if (m_mapStack.Add(strKey, "") < 0) AfxThrowMemoryException();
+    try {
+        // Room for the last function's name now: once the entry is in, nothing may fail.
+        const int lastLength = m_strLastFun.GetLength();
+        m_strLastFun.GetBuffer(static_cast<int>(plainLength));
+        m_strLastFun.ReleaseBuffer(lastLength);
+        if (m_mapStack.Add(strKey, "") < 0) AfxThrowMemoryException();
+    } catch (const std::bad_alloc&) { // the caller's key stays what it was
+        std::memmove(text, text + prefixLength, plainLength);
+        strKey.ReleaseBuffer(static_cast<int>(plainLength));
+        throw;
+    }
     if (m_nDepth == warningDepth) WarnOfDepth(strKey);
     if (static_cast<std::uint32_t>(m_nDepth) >= depthLimit) {
         std::string description(View(Now()));

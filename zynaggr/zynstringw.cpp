@@ -32,6 +32,10 @@ using View = std::u16string_view;
 
 constexpr std::size_t mostArguments = 100;
 
+// Widths and precisions beyond it are taken as this. It is so far beyond the room that what it pushes behind
+// the room stays behind it.
+constexpr int widest = 3 * static_cast<int>(detail::formatRoom);
+
 struct Directive {
     View literal;          // the text before it
     std::string flags;     // of "-+ #0"
@@ -309,7 +313,7 @@ std::u16string NumberOf(const Directive& directive, const Argument& value, int p
                                                                   : "ll";
     format += directive.conversion;
     const bool isLeft = directive.flags.find('-') != std::string::npos;
-    const int width = isLeft ? 0 : std::clamp(directive.width, 0, static_cast<int>(detail::formatRoom));
+    const int width = isLeft ? 0 : std::clamp(directive.width, 0, widest);
     const auto print = [&](char* buffer, std::size_t size) {
         const char* const f = format.c_str();
         switch (type) {
@@ -336,10 +340,10 @@ void Print(Output& output, Directive directive, const Arguments& arguments) {
     directive.width = arguments.SizeAt(directive.widthArgument, directive.width);
     if (directive.widthArgument != 0 && directive.width < 0) { // as a "-" flag
         directive.flags += '-';
-        directive.width = -std::max(directive.width, -static_cast<int>(detail::formatRoom));
+        directive.width = -std::max(directive.width, -widest);
     }
     int precision = arguments.SizeAt(directive.precisionArgument, directive.precision);
-    precision = std::min(precision, static_cast<int>(detail::formatRoom));
+    precision = std::min(precision, widest);
     const bool isNarrow = directive.length == "h" || (directive.length.empty() && directive.conversion < 'a');
     const Argument& value = arguments.At(directive.argument);
     switch (directive.conversion) {

@@ -82,20 +82,22 @@ unsigned long CzynTimeMeter::Start() {
     const auto half = static_cast<std::uint32_t>(GetHalfDWORD());
     const std::uint32_t tick = zynplatform::TickCount();
     const std::uint32_t shift = tick > half ? half : 0;
-    m_times = {tick - shift, shift};
+    m_nStartAndShift = std::uint64_t{shift} << 32 | (tick - shift);
     return tick - shift;
 }
 
 void CzynTimeMeter::Zero() {
-    m_times = {0, 0};
+    m_nStartAndShift = 0;
 }
 
 unsigned long CzynTimeMeter::GetTickDelta() {
-    const Times times = m_times;
-    return zynplatform::TickCount() - times.m_dwShift - times.m_dwStart;
+    const std::uint64_t both = m_nStartAndShift;
+    return zynplatform::TickCount() - static_cast<std::uint32_t>(both >> 32) -
+           static_cast<std::uint32_t>(both);
 }
 
 bool CzynTimeMeter::CheckTimeOut(unsigned long dwMs) {
-    const Times times = m_times;
-    return times.m_dwStart + static_cast<std::uint32_t>(dwMs) < zynplatform::TickCount() - times.m_dwShift;
+    const std::uint64_t both = m_nStartAndShift;
+    const auto start = static_cast<std::uint32_t>(both), shift = static_cast<std::uint32_t>(both >> 32);
+    return start + static_cast<std::uint32_t>(dwMs) < zynplatform::TickCount() - shift;
 }

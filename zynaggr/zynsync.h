@@ -142,7 +142,7 @@ public:
     CzynTimeMeter(const CzynTimeMeter&) = delete;
     CzynTimeMeter& operator=(const CzynTimeMeter&) = delete;
 
-    // Starts anew from now; returns the start as it is kept (see m_dwShift).
+    // Starts anew from now; returns the start as it is kept (see m_nStartAndShift).
     unsigned long Start();
     // Counts from tick 0: any limit that the tick count exceeds is then over.
     void Zero();
@@ -155,10 +155,8 @@ public:
     static unsigned long GetHalfDWORD() { return 0x80000000; }
 
 protected:
-    // What it keeps.
-    struct Times {
-        std::uint32_t m_dwStart; // tick of the start without the shift: at most 2^31
-        std::uint32_t m_dwShift; // 0 or 2^31, taken off every tick: keeps sums with the start from wrapping
-    };
-    std::atomic<Times> m_times{}; // both at once, so that asking needs no lock
+    // Both at once, so that asking needs no lock. Low half: tick of the start without the shift, at most
+    // 2^31; high half: the shift, 0 or 2^31, taken off every tick, which keeps sums with the start from
+    // wrapping.
+    std::atomic<std::uint64_t> m_nStartAndShift = 0;
 };

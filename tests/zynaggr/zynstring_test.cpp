@@ -307,6 +307,9 @@ TEST(StringFormatTest, IsCutAtItsLimitAndSaysSo) {
     EXPECT_EQ(0, wide.Format(u""));
     EXPECT_EQ(3, wide.GetLength());
     EXPECT_EQ(-1, wide.Format(u"%5000d", 1));
+    EXPECT_EQ(-1, wide.Find(u"1", 0)); // it stands behind the limit
+    EXPECT_EQ(-1, wide.Format(u"%.5000d", 12));
+    EXPECT_EQ(-1, wide.Find(u"1", 0));
     EXPECT_EQ(3999, wide.GetLength());
 }
 
