@@ -4,7 +4,9 @@
 #include "zynaggr/zynstringw.h"
 #include "zynhost/cstring.h"
 
+#include <array>
 #include <string>
+#include <tuple>
 #include <vector>
 
 // The input is a text and a program of edits on it, which are made on the 8-bit and the 16-bit string and on
@@ -59,6 +61,7 @@ void Edit(Strings& s, Input& input) {
         break;
     }
     case 2:
+        if (s.model.size() > 4096) break; // or it would grow eightfold at each step
         s.narrow.Replace(a.c_str(), b.c_str());
         s.wide.Replace(wideA.c_str(), wideB.c_str());
         ReplaceAll(s.model, a, b);
@@ -152,16 +155,16 @@ void Format(Input& input, std::string_view conversions, const char* length, Valu
     }
 }
 
-// Whatever a format without arguments holds: the 16-bit string looks at it itself.
+// Whatever a format holds, with as many zeros as arguments as the 16-bit string, which takes it apart itself,
+// ever looks for.
 void FormatAnything(std::string_view text) {
     std::u16string format;
     for (const char c : text)
         format += static_cast<char16_t>(static_cast<unsigned char>(c) * (c < 0 ? 255 : 1));
-    for (std::size_t at = 0; (at = format.find_first_of(u"sSn", at)) != format.npos; ++at)
+    for (std::size_t at = 0; (at = format.find_first_of(u"sSnL", at)) != format.npos; ++at)
         format[at] = u'd';
-    long long nothing = 0;
     CzynStringW wide;
-    wide.Format(format.c_str(), nothing, nothing, nothing, nothing);
+    std::apply([&](auto... zeros) { wide.Format(format.c_str(), zeros...); }, std::array<long long, 100>{});
 }
 
 } // namespace

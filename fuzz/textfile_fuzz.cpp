@@ -91,13 +91,18 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string text = InMemory(file);
     const zynTextEncoding writtenAs = file.GetFileEncoding();
     file.Close();
-    // A zero behind the shorter mark makes the longer one.
-    if (!written || text.empty() || (writtenAs == zynEncUCS2LE && text.starts_with('\0'))) return 0;
+    if (!written || text.empty()) return 0;
+
+    // The first characters may look like a mark in code page 1251, and a zero behind the shorter mark of
+    // UCS-2 makes the longer one of UCS-4: such a file is another one to its reader.
+    std::string bytes = folder.Read("f");
+    const zynTextEncoding marked = CzynStringFile::GetBufferEncode(
+        reinterpret_cast<unsigned char*>(bytes.data()), static_cast<int>(bytes.size()));
+    if (marked != zynEncUnknown && marked != writtenAs) return 0;
 
     CzynStringFile again;
     again.SetEncodingIfNotBOM(writtenAs);
     Check(again.Open(name, CFile::modeRead | base, zynEncUnknown) && again.Load2Memory());
-    if (again.GetFileEncoding() == writtenAs)
-        Check(InMemory(again) == text); // else the text begins with a mark
+    Check(again.GetFileEncoding() == writtenAs && InMemory(again) == text);
     return 0;
 }

@@ -231,7 +231,7 @@ bool CzynINI::GetListKeysVals(const char* szSection, KeyValArray& list) {
     return VisitPairs(szSection, [&](const SOption& option) {
         auto pair = std::make_unique<SKeyVal>(option.m_sKey, option.m_sValue);
         if (list.Add(pair.get()) < 0) throw std::bad_alloc();
-        pair.release();
+        static_cast<void>(pair.release());
     });
 }
 

@@ -8,9 +8,9 @@
 #include "zynaggr/zynstringfile.h"
 #include "zynplatform/cp1251.h"
 
+#include <atomic>
 #include <cstring>
 #include <limits>
-#include <utility>
 
 // Saving, the two modes, messages, and paths out of the file.
 
@@ -160,9 +160,14 @@ void CzynINI::PrintInfoWithSaveFlags(const char* szMsg) {
 }
 
 void CzynINI::PrintWarningWithSaveFlags(const char* szMsg) {
-    const bool shown = std::exchange(g_bShow_zynMessageBox_Warning, true);
-    zynMessagePrint(szMsg, 0x30);
-    g_bShow_zynMessageBox_Warning = shown;
+    {
+        static CZynCriticalSection oneAtATime; // or one thread would restore what another one has set
+        const CzynEnterCriticalSection lock(&oneAtATime);
+        const std::atomic_ref flag(g_bShow_zynMessageBox_Warning);
+        const bool shown = flag.exchange(true, std::memory_order_relaxed);
+        zynMessagePrint(szMsg, 0x30);
+        flag.store(shown, std::memory_order_relaxed);
+    }
     AppendToErr(szMsg);
 }
 

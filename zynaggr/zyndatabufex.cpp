@@ -100,7 +100,7 @@ int CzynDataBufEx::ReadStrBuf_TCHAR_(CStringA& text) {
     return count;
 }
 
-bool CzynDataBufEx::Utf8StringAdd2Iterator(CStringA text) {
+bool CzynDataBufEx::Utf8StringAdd2Iterator(CStringA text) { // NOLINT(performance-unnecessary-value-param)
     CzynStringAdapter wide(text.GetString());
     CzynStringAdapter utf8(static_cast<const WCHAR*>(wide));
     utf8.m_bUTF8 = true;

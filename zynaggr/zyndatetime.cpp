@@ -99,7 +99,7 @@ std::uint32_t SecondAtHalf(double fraction) {
 // it comes to the same elsewhere.
 std::uint32_t SecondOf(double fraction) {
     const double second = fraction * 86400;
-    const auto nearest = static_cast<std::int32_t>(second + 0.5);
+    const auto nearest = static_cast<std::int32_t>(second + 0.5); // NOLINT(bugprone-incorrect-roundings)
     if (std::abs(second - nearest) > 0.499999) [[unlikely]]
         return SecondAtHalf(fraction);
     return static_cast<std::uint32_t>(nearest);

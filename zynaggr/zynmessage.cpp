@@ -19,7 +19,7 @@ bool g_bShow_zynMessageBox_InRussian = false;
 namespace {
 
 struct MessageClass {
-    const bool* show; // null: always
+    bool* show; // null: always
     const char* prefix;
     const char* russianPrefix;
     unsigned attribute;
@@ -45,7 +45,7 @@ const MessageClass& Classify(std::uint32_t style) {
 }
 
 bool IsSwallowed(const MessageClass& messageClass) {
-    return messageClass.show && !*messageClass.show;
+    return messageClass.show && !std::atomic_ref(*messageClass.show).load(std::memory_order_relaxed);
 }
 
 } // namespace

@@ -19,7 +19,8 @@
 // percent sign. What a terminal shows in place of these bytes is said in zynplatform/console.h.
 //
 // Both functions may be called from any thread, and console messages of several threads do not mix. The flags
-// are not guarded: set them before other threads use the library.
+// are not guarded: set them before other threads use the library. (CzynINI sets the second one while it
+// warns: a warning of another thread is then shown as well.)
 
 // While its flag is false, a class is shown by neither function. Plain messages are always shown.
 ZYN_API extern bool g_bShow_zynMessageBox_Error;

@@ -21,8 +21,9 @@
 //
 // What is not kept: a character that code page 1251 does not have becomes '?', and is '?' when the text is
 // written back. Text written to a file that was not read replaces the file's content: read first to append.
-// Files of 1 GiB and more are not read, texts of 2 GiB and more not written. Files in code page 866 are named
-// but not converted.
+// A text in code page 1251 that begins with "яю" or "юя" looks to its reader as if it began with a mark of
+// UCS-2. Files of 1 GiB and more are not read, texts of 2 GiB and more not written. Files in code page 866
+// are named but not converted.
 //
 // A file opened to be emptied (modeCreate without modeNoTruncate) keeps its old content until the new text is
 // on its way: Flush makes sure that there is room, writes the text over the old one and cuts the file behind

@@ -176,7 +176,7 @@ bool CzynStringFile::ConverUCS2Encoding(unsigned char* src, int length, zynTextE
 bool CzynStringFile::BufConvert_Utf16_BE2LE(unsigned char* buffer, unsigned length) {
     if (length == 0) return true;
     if (!buffer) return false;
-    for (unsigned char *unit = buffer, *end = buffer + length / 2 * 2; unit != end; unit += 2)
+    for (unsigned char *unit = buffer, *end = buffer + length - length % 2; unit != end; unit += 2)
         std::swap(unit[0], unit[1]);
     return true;
 }
@@ -184,7 +184,7 @@ bool CzynStringFile::BufConvert_Utf16_BE2LE(unsigned char* buffer, unsigned leng
 bool CzynStringFile::BufConvert_Utf32_BE2LE(unsigned char* buffer, unsigned length) {
     if (length == 0) return true;
     if (!buffer) return false;
-    for (unsigned char *unit = buffer, *end = buffer + length / 4 * 4; unit != end; unit += 4) {
+    for (unsigned char *unit = buffer, *end = buffer + length - length % 4; unit != end; unit += 4) {
         std::swap(unit[0], unit[3]);
         std::swap(unit[1], unit[2]);
     }
@@ -197,16 +197,16 @@ bool CzynStringFile::BufConvert_Utf32le_to_UCS2(unsigned char* src, unsigned len
     outLength = 0;
     if (length == 0) return true;
     if (!src) return false;
-    const unsigned units = length / 4;
+    const std::size_t units = length / 4;
     Buffer buffer = Allocate(length / 2);
-    for (unsigned i = 0; i < units; ++i) {
-        const unsigned char* const unit = src + std::size_t{4} * i;
+    for (std::size_t i = 0; i < units; ++i) {
+        const unsigned char* const unit = src + 4 * i;
         if (unit[2] != 0 || unit[3] != 0) return false;
         buffer[2 * i] = unit[0];
         buffer[2 * i + 1] = unit[1];
     }
     out = buffer.release();
-    outLength = 2 * units;
+    outLength = static_cast<unsigned>(2 * units);
     return true;
 }
 
@@ -216,16 +216,16 @@ bool CzynStringFile::BufConvert_UCS2_to_Utf32le(unsigned char* src, unsigned len
     outLength = 0;
     if (length == 0) return true;
     if (!src || length > std::numeric_limits<int>::max() / 2) return false;
-    const unsigned units = length / 2;
-    Buffer buffer = Allocate(std::size_t{2} * length);
-    for (unsigned i = 0; i < units; ++i) {
-        unsigned char* const unit = &buffer[std::size_t{4} * i];
+    const std::size_t units = length / 2;
+    Buffer buffer = Allocate(4 * units);
+    for (std::size_t i = 0; i < units; ++i) {
+        unsigned char* const unit = &buffer[4 * i];
         unit[0] = src[2 * i];
         unit[1] = src[2 * i + 1];
         unit[2] = unit[3] = 0;
     }
     out = buffer.release();
-    outLength = 4 * units;
+    outLength = static_cast<unsigned>(4 * units);
     return true;
 }
 

@@ -291,7 +291,7 @@ std::u16string TextOf(const void* pointer, bool isNarrow, int precision) {
             ++length;
         return Widen({text, length});
     }
-    const WCHAR* const text = static_cast<const WCHAR*>(pointer);
+    const auto* const text = static_cast<const WCHAR*>(pointer);
     while (length < most && text[length] != 0)
         ++length;
     return std::u16string(text, length);

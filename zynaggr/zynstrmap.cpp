@@ -83,13 +83,13 @@ template <class Items, class Item> int Insert(Items& items, int index, std::uniq
     const bool added =
         index == items.GetSize() ? items.Add(item.get()) >= 0 : items.InsertAt(index, item.get());
     if (!added) return -1;
-    item.release();
+    static_cast<void>(item.release());
     return index;
 }
 
 template <class Items> void SortItems(Items& items, int (*compare)(const void*, const void*)) {
     if (items.GetSize() < 2) return;
-    std::qsort(items.m_pData, static_cast<std::size_t>(items.GetSize()), sizeof *items.m_pData, compare);
+    std::qsort(items.m_pData, static_cast<std::size_t>(items.GetSize()), sizeof(void*), compare);
 }
 
 template <class Item> const Item& ItemAt(const void* slot) {

@@ -97,7 +97,7 @@ protected:
     bool IsInit();
 
     _RTL_CRITICAL_SECTION m_section;
-    bool m_bInit; // the section may be left and deleted
+    bool m_bInit = false; // the section may be left and deleted
 };
 
 // Holds a critical section, of either kind or none, for the length of a scope and leaves it exactly once.

@@ -154,7 +154,8 @@ private:
 std::string PageName(unsigned codePage) {
     if (codePage == 20866) return "KOI8-R";
     if (codePage == 21866) return "KOI8-U";
-    if (codePage > 28590 && codePage < 28606) return std::string("ISO-8859-").append(std::to_string(codePage - 28590));
+    if (codePage > 28590 && codePage < 28606)
+        return std::string("ISO-8859-").append(std::to_string(codePage - 28590));
     return std::string("CP").append(std::to_string(codePage));
 }
 

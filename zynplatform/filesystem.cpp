@@ -52,7 +52,7 @@ std::uint32_t CopyBytes(FileHandle from, FileHandle to) {
         if (errno != EINVAL && errno != ENOSYS) return SystemErrorFromErrno(errno);
         break;
     }
-    constexpr std::size_t size = 64 * 1024;
+    constexpr std::size_t size = std::size_t{64} * 1024;
     const std::unique_ptr<char[]> buffer(new char[size]);
     for (std::size_t done = size; done == size;) {
         if (const std::uint32_t error = ReadFile(from, buffer.get(), size, done)) return error;

@@ -60,7 +60,7 @@ public:
     bool SetLength(std::int64_t length);
 
 private:
-    static constexpr std::size_t bufferSize = 16 * 1024;
+    static constexpr std::size_t bufferSize = std::size_t{16} * 1024;
 
     bool Fill();
     bool DropReadAhead();

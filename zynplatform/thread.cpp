@@ -13,7 +13,7 @@ constinit thread_local std::uint32_t currentId = 0;
 
 // Runs after the destructors of all thread-local objects, which may still use their handle.
 void EndThread(void* flag) {
-    Ended* const ended = static_cast<Ended*>(flag);
+    auto* const ended = static_cast<Ended*>(flag);
     (*ended)->store(true, std::memory_order_release);
     delete ended;
     current = nullptr;

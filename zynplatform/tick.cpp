@@ -1,8 +1,7 @@
 #include "zynplatform/tick.h"
 
 #include <atomic>
-
-#include <time.h>
+#include <ctime>
 
 namespace {
 

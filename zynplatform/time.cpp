@@ -4,9 +4,9 @@
 
 #include <algorithm>
 #include <atomic>
+#include <ctime>
 #include <langinfo.h>
 #include <string_view>
-#include <time.h>
 
 namespace zynplatform {
 
