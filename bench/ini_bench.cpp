@@ -1,5 +1,6 @@
 #include "keep_memory.h"
 #include "zynaggr/ini.h"
+#include "zynaggr/zynsync.h"
 #include "zynplatform/codepage.h"
 
 #include <benchmark/benchmark.h>
@@ -159,6 +160,20 @@ template <class Ini> void Lookup(benchmark::State& state) {
     }
 }
 
+// What every look-up owes to the interface: the lock, the stopwatch of the reload window, a copy of the
+// value.
+void LookupFloor(benchmark::State& state) {
+    CZynCriticalSection section;
+    CzynTimeMeter meter;
+    const CStringA value = Cp1251(u"значение параметра номер 123.12").c_str();
+    for (auto _ : state) {
+        const CzynEnterCriticalSection lock(&section);
+        benchmark::DoNotOptimize(meter.CheckTimeOut(1000));
+        const CStringA copy(value);
+        benchmark::DoNotOptimize(copy.GetString());
+    }
+}
+
 template <class Ini> void Save(benchmark::State& state) {
     const File file(static_cast<int>(state.range(0)), 40);
     Ini ini(file.Path());
@@ -224,5 +239,6 @@ WORKLOAD("INI 1000 edits of 100 lines", EditsSimple, "SimpleIni");
 LOADED(LoadInih, "inih");
 #endif
 LOADED(ReadFloor, "floor: read the file");
+LOOKED_UP(LookupFloor, "floor: lock, stopwatch, copy");
 
 } // namespace

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <benchmark/benchmark.h>
 #include <map>
+#include <memory>
 #include <random>
 #include <string>
 #include <unordered_map>
@@ -20,11 +21,20 @@ std::vector<std::string> Keys(std::int64_t count) {
     return keys;
 }
 
+// The shape that ours has by rule, a sorted array of pointers to the items, and nothing besides.
+struct SortedPointers {
+    std::vector<std::unique_ptr<std::pair<std::string, int>>> items;
+};
+
 template <class Map> int Look(const Map& map, const std::string& key) {
     return map.find(key)->second;
 }
 int Look(const CzynStrMap& map, const std::string& key) {
     return static_cast<int>(map.Get(key.c_str()));
+}
+int Look(const SortedPointers& map, const std::string& key) {
+    const auto isBefore = [](const auto& item, const std::string& wanted) { return item->first < wanted; };
+    return (*std::lower_bound(map.items.begin(), map.items.end(), key, isBefore))->second;
 }
 
 template <class Map> void Fill(Map& map, const std::vector<std::string>& keys) {
@@ -34,6 +44,11 @@ template <class Map> void Fill(Map& map, const std::vector<std::string>& keys) {
 void Fill(CzynStrMap& map, const std::vector<std::string>& keys) {
     for (std::size_t i = 0; i < keys.size(); ++i)
         map.Add(keys[i].c_str(), static_cast<int>(i));
+}
+void Fill(SortedPointers& map, const std::vector<std::string>& keys) {
+    for (std::size_t i = 0; i < keys.size(); ++i)
+        map.items.push_back(std::make_unique<std::pair<std::string, int>>(keys[i], static_cast<int>(i)));
+    std::sort(map.items.begin(), map.items.end(), [](const auto& a, const auto& b) { return *a < *b; });
 }
 
 template <class Map> void Lookup(benchmark::State& state) {
@@ -57,5 +72,6 @@ using StdHashMap = std::unordered_map<std::string, int>;
 WORKLOAD(CzynStrMap, "ours");
 WORKLOAD(StdMap, "std::map");
 WORKLOAD(StdHashMap, "floor: std::unordered_map");
+WORKLOAD(SortedPointers, "floor: std::lower_bound");
 
 } // namespace
