@@ -2,16 +2,14 @@
 #include "zynaggr/zynaggr.h"
 #include "zynplatform/registry.h"
 
+#include <functional>
 #include <thread>
 
 namespace {
 
-template <class Work> void InFourThreads(Work work) {
-    std::vector<std::thread> threads;
-    for (int number = 0; number < 4; ++number)
-        threads.emplace_back(work, number);
-    for (std::thread& thread : threads)
-        thread.join();
+void InFourThreads(const std::function<void(char)>& work) {
+    const std::jthread threads[] = {std::jthread(work, 'a'), std::jthread(work, 'b'), std::jthread(work, 'c'),
+                                    std::jthread(work, 'd')};
 }
 
 TEST(LibraryThreads, DoNotDisturbEachOther) {
@@ -28,11 +26,10 @@ TEST(LibraryThreads, DoNotDisturbEachOther) {
     CzynTranslate::AddStringTranslationPair("one", "two");
     CzynTranslate::SetShouldTranslate(true);
     testing::internal::CaptureStdout();
-    InFourThreads([&](int number) {
-        const CStringA name(std::to_string(number).c_str());
+    InFourThreads([&](char name) {
         for (int i = 0; i < rounds; ++i) {
             const CZynAtomicLongReseter reseter(&busy);
-            const CzynStackLogger logger(name, false);
+            const CzynStackLogger logger(CStringA(name), false);
             counter.Increment();
             meter.Start();
             wrong += meter.CheckTimeOut(60'000) || CzynTranslate::Translate("one") != std::string_view("two");
@@ -42,8 +39,8 @@ TEST(LibraryThreads, DoNotDisturbEachOther) {
                 ++guarded;
             }
             const auto key = zynplatform::RegistryKey::OpenOrCreate("Software\\Common");
-            wrong += !key || !key->SetNumber(name.View(), static_cast<unsigned>(i));
-            SetStackLoggerMode(i % 10 != number);
+            wrong += !key || !key->SetNumber({&name, 1}, static_cast<unsigned>(i));
+            SetStackLoggerMode(i % 10 != name % 10);
         }
     });
     testing::internal::GetCapturedStdout();
@@ -52,19 +49,29 @@ TEST(LibraryThreads, DoNotDisturbEachOther) {
     EXPECT_EQ(counter.Get() + guarded + busy.Get(), 8 * rounds);
     EXPECT_EQ(wrong, 0);
     const auto key = zynplatform::RegistryKey::Open("Software\\Common");
-    for (const char* name : {"0", "1", "2", "3"})
+    for (const char* name : {"a", "b", "c", "d"})
         EXPECT_EQ(key->GetNumber(name), rounds - 1u);
     unsetenv("ZYN_REGISTRY");
 }
 
+TEST(LibraryThreads, MessagesDoNotMix) {
+    testing::internal::CaptureStdout();
+    InFourThreads([](char letter) {
+        for (int i = 0; i < 150; ++i)
+            zynMessagePrint(std::string(300, letter).c_str(), 0);
+    });
+    const std::string all = testing::internal::GetCapturedStdout();
+    ASSERT_EQ(all.size(), 600u * 302);
+    for (std::size_t at = 0; at < all.size(); at += 302)
+        EXPECT_EQ(all.substr(at, 302), "\n\n" + std::string(300, all[at + 2]));
+}
+
 TEST(LibraryThreads, FileThatComesAndGoesIsReadWholeOrNotAtAll) {
     const TempFolder folder;
-    const CStringA name = folder.Path("f.ini");
-    std::atomic<bool> isOver{false};
-    std::thread other([&] {
+    std::jthread other([&](const std::stop_token& over) {
         std::error_code ignored;
-        const std::string path = folder.Native("f.ini");
-        while (!isOver) {
+        const auto path = folder.Native("f.ini");
+        while (!over.stop_requested()) {
             folder.Write("new", "[s]\nk=" + std::string(5000, 'x') + "\n");
             std::filesystem::rename(folder.Native("new"), path, ignored);
             std::this_thread::yield();
@@ -75,15 +82,13 @@ TEST(LibraryThreads, FileThatComesAndGoesIsReadWholeOrNotAtAll) {
         }
     });
     for (int read = 0, refused = 0; read < 100 || refused < 100;) {
-        OpenIni ini(name);
+        OpenIni ini(folder.Path("f.ini"));
         const bool parsed = ini.Parse();
         EXPECT_TRUE(parsed || !ini.GetErrDescription().IsEmpty());
         const CStringA value = ini.GetString("s", "k", "none", false);
         EXPECT_TRUE(value == "none" || value.GetLength() == 5000);
         (parsed ? read : refused) += 1;
     }
-    isOver = true;
-    other.join();
 }
 
 } // namespace

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
+#include <tuple>
 
 using namespace zynplatform::literals;
 
@@ -12,9 +12,7 @@ namespace {
 
 using Record = SzynErrorDescription;
 
-Record Full(int module) {
-    return {27, "S", "May 22 2025", 1024, "D", module, "F", "C", "A"};
-}
+const Record full(27, "S", "May 22 2025", 1024, "D", 0, "F", "C", "A");
 
 std::string Print(const Record& record, bool russian, const char* extra = nullptr) {
     return record.Print(extra, russian).GetString();
@@ -23,11 +21,11 @@ std::string Print(const Record& record, bool russian, const char* extra = nullpt
 TEST(ErrorRecord, PrintsBothForms) {
     EXPECT_EQ(Print(Record(), false), "Core:  -1; ");
     EXPECT_EQ(
-        Print(Full(0), false),
+        Print(full, false),
         "Core:  0;  Err:  27;\r\n\t\tFun: F\r\n\t\tDescr: D\r\n\t\tAdd: A\r\n\t\tCls: C\r\n\t\tSrc: S от May "
         "22 2025 str 1024"_cp1251);
     EXPECT_EQ(
-        Print(Full(0), true, "X%i"),
+        Print(full, true, "X%i"),
         "Модуль:  0;   27;\r\nФункция: F; X%i\r\nD\r\nA\r\nКласс: C\r\nИсходный код: S от May 22 2025 str "
         "1024"_cp1251);
     EXPECT_EQ(Print(Record(-1, nullptr, "date", -3, "", 7, nullptr, nullptr, nullptr), false, ""),
@@ -35,30 +33,24 @@ TEST(ErrorRecord, PrintsBothForms) {
 }
 
 TEST(ErrorRecord, ProvidersReplaceOrPrecedeTheNumber) {
-    const struct {
-        int module;
-        const char *name, *russianName, *described;
-    } cases[] = {
+    const std::tuple<int, const char*, const char*, const char*> cases[] = {
         {1, "Transport; ", "транспорт; "_cp1251, "T5 5;"},
         {2, "CzynData; ", "CzynData; ", "D5"},
         {3, "ZynTransportClient; ", "ZynTransportClient; ", " 5;"},
         {4, "Server; ", "сервер; "_cp1251, "S5"},
         {5, "Server; ", "сервер; "_cp1251, " 5;"},
-        {6, " 6; ", " 6; ", " 5;"},
-    };
-    const auto check = [&](bool described) {
-        for (const auto& c : cases) {
-            const Record record(5, "", "", 0, "", c.module, "", "", "");
-            const std::string code = described ? c.described : " 5;";
-            EXPECT_EQ(Print(record, false), std::string("Core: ") + c.name + " Err: " + code);
-            EXPECT_EQ(Print(record, true), std::string("Модуль: "_cp1251) + c.russianName + " " + code);
+        {6, " 6; ", " 6; ", " 5;"}};
+    for (const bool isDescribed : {false, true}) {
+        for (const auto& [module, name, russianName, described] : cases) {
+            const Record record(5, "", "", 0, "", module, "", "", "");
+            const std::string code = isDescribed ? described : " 5;";
+            EXPECT_EQ(Print(record, false), std::string("Core: ") + name + " Err: " + code);
+            EXPECT_EQ(Print(record, true), std::string("Модуль: "_cp1251) + russianName + " " + code);
         }
-    };
-    check(false);
-    SetGetTransportErrorDescription([](int code) { return "T" + CStringA(std::to_string(code)); });
-    SetGetStepDataErrorDescription([](int code) { return "D" + CStringA(std::to_string(code)); });
-    SetGetServerErrorDescription([](int code) { return "S" + CStringA(std::to_string(code)); });
-    check(true);
+        SetGetTransportErrorDescription([](int code) { return "T" + CStringA(std::to_string(code)); });
+        SetGetStepDataErrorDescription([](int code) { return "D" + CStringA(std::to_string(code)); });
+        SetGetServerErrorDescription([](int code) { return "S" + CStringA(std::to_string(code)); });
+    }
     SetGetTransportErrorDescription(nullptr);
     SetGetStepDataErrorDescription(nullptr);
     SetGetServerErrorDescription(nullptr);
@@ -66,19 +58,15 @@ TEST(ErrorRecord, ProvidersReplaceOrPrecedeTheNumber) {
 
 TEST(ErrorRecord, StackIsCopiedDeeplyAndPrintedOnlyInTheTechnicalForm) {
     Record copy;
-    {
-        const Record inner(Full(0), "s1", "d", 1, "first", "f1", nullptr);
-        const Record outer(inner, "s2", "d", 2, "second", "f2", "c2");
-        copy.Set(outer);
-        copy.Set(copy);
-    }
+    copy.Set(Record(Record(full, "s1", "d", 1, "first", "f1", nullptr), "s2", "d", 2, "second", "f2", "c2"));
+    copy.Set(copy);
     const std::string first =
         "\r\n\tCore:  0; \r\n\t\tFun: f1\r\n\t\tDescr: first\r\n\t\tSrc: s1 от d str 1"_cp1251;
     const std::string second =
         "\r\n\tCore:  0; \r\n\t\tFun: f2\r\n\t\tDescr: second\r\n\t\tCls: c2\r\n\t\tSrc: s2 от d str 2"_cp1251;
-    const std::string own = Print(Full(0), false) + "\r\n\t\tErr stack: ";
+    const std::string own = Print(full, false) + "\r\n\t\tErr stack: ";
     EXPECT_EQ(Print(copy, false), own + first + second + first + second);
-    EXPECT_EQ(Print(copy, true), Print(Full(0), true));
+    EXPECT_EQ(Print(copy, true), Print(full, true));
 
     Record nested;
     nested.m_aStack.Add(new Record(copy));

@@ -1,17 +1,12 @@
-#include "zynaggr/zynstacklogger.h"
-
-#include "zynaggr/zynerror.h"
+#include "zynaggr/zynaggr.h"
 #include "zynplatform/beep.h"
 #include "zynplatform/cp1251.h"
 #include "zynplatform/tick.h"
 #include "zynplatform/time.h"
 
 #include <barrier>
-#include <cstdlib>
-#include <ctime>
 #include <gtest/gtest.h>
 #include <thread>
-#include <vector>
 
 using namespace zynplatform::literals;
 using External = CzynStackLogger;
@@ -34,8 +29,7 @@ struct StackLogger : testing::Test {
         zynplatform::SetTickSource([] { return tick++; });
         setenv("TZ", "UTC", 1);
         tzset();
-        zynplatform::SetTimeSource(
-            []() -> std::int64_t { return 61'509'000 + timeReads++ % 1000; }); // 17:05:09
+        zynplatform::SetTimeSource([] { return std::int64_t{61'509'000} + timeReads++ % 1000; }); // 17:05:09
         zynplatform::SetBeep([](auto hz, auto ms) { beeps += std::to_string(hz * 1000 + ms) + " "; });
         GlobalStackLogInit(
             [](auto text, auto from, auto extra) {
@@ -123,7 +117,7 @@ TEST_F(StackLogger, WarnsOnceOfDepthAndThenRefusesToGoDeeper) {
         FAIL();
     } catch (const SzynErrorDescription& error) {
         EXPECT_EQ(error.m_nCode * 10 + error.m_nModule, 1060);
-        EXPECT_EQ(error.m_strSrc + "|" + error.m_strFun, "zynaggr.cpp|StackLoggerThreadEl::Enter");
+        EXPECT_EQ(error.m_strSrc + error.m_strFun, "zynaggr.cppStackLoggerThreadEl::Enter");
         EXPECT_EQ(error.m_strDescr.Mid(13), "Глубина стека превысила 1100 !! Функция "_cp1251 + keys.back());
     }
     for (; !keys.empty(); keys.pop_back())
@@ -135,10 +129,9 @@ TEST_F(StackLogger, WarnsOnceOfDepthAndThenRefusesToGoDeeper) {
 TEST_F(StackLogger, LeavesAnyEntryAndOnlyThose) {
     std::vector<CStringA> keys = EnterAll(3);
     CStringA plain("F"), unknown("unknown");
-    External::ExternalLeave(plain);
     External::ExternalSetFunctionInfo(keys[1], "why");
-    External::ExternalLeave(keys[1]);
-    External::ExternalLeave(keys[1]);
+    for (CStringA* key : {&plain, &keys[1], &keys[1]})
+        External::ExternalLeave(*key);
     const CStringA warning = keys[1] + "(why) Не последняя в стеке, а из нее произведен выход!"_cp1251;
     EXPECT_EQ(warned, (Texts{"StackLoggerThreadEl::Leave 17:05:09.004 " + std::string(warning.View())}));
     EXPECT_EQ(traced.size(), 5u);
@@ -163,8 +156,7 @@ TEST_F(StackLogger, DoesNothingWhileOff) {
     Call("Foo");
     logger.Leave();
     logger.SetFunctionInfo("x");
-    EXPECT_EQ(Entries(), 0);
-    EXPECT_EQ(Element().m_nRepeat, 1); // the run is kept without a trace callback
+    EXPECT_TRUE(Entries() == 0 && Element().m_nRepeat == 1); // the run is kept without a trace callback
     const CzynStackLogger active("Foo", false);
     GlobalStackLogDestroy();
     External::ExternalEnter(key, false);
@@ -172,13 +164,12 @@ TEST_F(StackLogger, DoesNothingWhileOff) {
 }
 
 TEST_F(StackLoggerThreads, EachHasAStackOfItsOwnAlsoWithAnIdUsedBefore) {
-    constexpr int threads = 8, rounds = 20;
-    std::atomic<int> wrong{0};
-    std::barrier together(threads);
+    static std::atomic<int> wrong{0};
+    static std::barrier together(8);
     struct LogsAtItsEnd {
         ~LogsAtItsEnd() { Call("the end"); }
     };
-    const auto work = [&](int number) {
+    const auto work = [](int number) {
         thread_local LogsAtItsEnd end; // made before the thread's first entry, so destroyed after it
         (void)&end;
         const std::string name = "worker" + std::to_string(number);
@@ -188,16 +179,15 @@ TEST_F(StackLoggerThreads, EachHasAStackOfItsOwnAlsoWithAnIdUsedBefore) {
         External::ExternalEnter(left, true);
         together.arrive_and_wait();
     };
-    for (int round = 0; round < rounds; ++round) {
-        std::vector<std::thread> running;
-        for (int i = 0; i < threads; ++i)
+    for (int round = 0; round < 20; ++round) {
+        std::vector<std::jthread> running;
+        for (int i = 0; i < 8; ++i)
             running.emplace_back(work, i);
-        for (std::thread& thread : running)
-            thread.join();
-        EXPECT_EQ(g_pGlobalStackLog.load()->GetSize(), threads);
+        running.clear();
+        EXPECT_EQ(g_pGlobalStackLog.load()->GetSize(), 8);
     }
     EXPECT_EQ(wrong, 0);
-    EXPECT_EQ(traced.size(), std::size_t{threads} * rounds * 7);
+    EXPECT_EQ(traced.size(), 8u * 20 * 7);
 }
 
 } // namespace

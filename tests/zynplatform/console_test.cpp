@@ -4,8 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <cstdlib>
+#include <array>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -30,41 +29,31 @@ void WriteInColours() {
     Flush();
 }
 
-// What the function writes to standard output when that is a terminal.
-std::string OnTerminal(void (*function)()) {
-    const int master = posix_openpt(O_RDWR | O_NOCTTY);
-    EXPECT_TRUE(master >= 0 && grantpt(master) == 0 && unlockpt(master) == 0);
-    const int terminal = open(ptsname(master), O_RDWR | O_NOCTTY);
-    std::fflush(stdout);
-    const int saved = dup(1);
-    dup2(terminal, 1);
-    function();
-    dup2(saved, 1);
-    char bytes[1024];
-    const ssize_t length = read(master, bytes, sizeof(bytes));
-    for (const int file : {saved, terminal, master})
-        close(file);
-    return std::string(bytes, length > 0 ? static_cast<std::size_t>(length) : 0);
-}
-
 TEST(Console, OnlyATerminalGetsColoursAndUnaskedItsEncoding) {
     SetLocale("", "", "ru_RU.UTF-8");
-    testing::internal::CaptureStdout();
+    for (const bool encoded : {true, false}) {
+        UseTerminalEncoding(encoded);
+        testing::internal::CaptureStdout();
+        WriteInColours();
+        EXPECT_EQ(testing::internal::GetCapturedStdout(),
+                  encoded ? "hostя%sя%sя%sя%s" : "host\xFF%s\xFF%s\xFF%s\xFF%s");
+    }
+    const int master = posix_openpt(O_RDWR | O_NOCTTY);
+    ASSERT_TRUE(master >= 0 && grantpt(master) == 0 && unlockpt(master) == 0);
+    const int terminal = open(ptsname(master), O_RDWR | O_NOCTTY), saved = dup(1);
+    dup2(terminal, 1);
     WriteInColours();
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "host\xFF%s\xFF%s\xFF%s\xFF%s");
-    UseTerminalEncoding(true);
-    testing::internal::CaptureStdout();
-    WriteInColours();
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "hostя%sя%sя%sя%s");
-    UseTerminalEncoding(false);
-    EXPECT_EQ(OnTerminal(WriteInColours), "host\x1b[93mя%s\x1b[91mя%s\x1b[94mя%s\x1b[0mя%s");
+    dup2(saved, 1);
+    std::string bytes(1024, 0);
+    bytes.resize(static_cast<std::size_t>(std::max<ssize_t>(0, read(master, bytes.data(), bytes.size()))));
+    for (const int file : {saved, terminal, master})
+        close(file);
+    EXPECT_EQ(bytes, "host\x1b[93mя%s\x1b[91mя%s\x1b[94mя%s\x1b[0mя%s");
 }
 
 TEST(Console, EncodingComesFromTheFirstVariableThatIsSet) {
-    const struct {
-        const char *all, *type, *lang, *bytes; // of a Cyrillic letter
-    } cases[] = {
-        {"", "", "", "я"},
+    const std::array<const char*, 4> cases[] = {
+        {"", "", "", "я"}, // the variables, and the bytes of a Cyrillic letter
         {"C", "", "ru_RU.KOI8-R", "я"},
         {"", "", "ru_RU.koi8-r", "\xD1"},
         {"", "ru_RU.CP866@x", "ru_RU.KOI8-R", "\xEF"},
@@ -72,13 +61,12 @@ TEST(Console, EncodingComesFromTheFirstVariableThatIsSet) {
         {"", "", "ru_RU.CP866x", "я"},
         {"", "", "ru_RU.CP65533", "\xFF"}, // unknown to the system
     };
-    for (const auto& c : cases) {
-        SetLocale(c.all, c.type, c.lang);
-        SCOPED_TRACE(testing::Message() << c.all << '/' << c.type << '/' << c.lang);
+    for (const auto& [all, type, lang, letter] : cases) {
+        SetLocale(all, type, lang);
         const std::string text(300, *"я"_cp1251); // longer than what is converted at a time
         const std::string bytes = ToTerminal(text);
-        EXPECT_EQ(bytes.substr(bytes.size() * 299 / 300), c.bytes);
-        EXPECT_EQ(FromTerminal(bytes), text);
+        EXPECT_EQ(bytes.substr(bytes.size() * 299 / 300), letter) << all << '/' << type << '/' << lang;
+        EXPECT_EQ(FromTerminal(bytes), text) << all << '/' << type << '/' << lang;
     }
 }
 
