@@ -44,14 +44,15 @@ struct Objects : Host {
         return state.str();
     }
     // A new value takes the old one's place once it is made.
-    bool Keep(std::string value) { return result.swap(value), true; }
+    bool Keep(const CStringA& value) { return std::string(value.View()).swap(result), true; }
 
     CStringA name = folder.Path("f"), key{text}, source{text};
     CzynStrMap numbers{false};
     CzynStrStrMap texts;
-    CzynFile binary;
+    CzynFile file;
     CzynCSV csv;
     CStringArray fields;
+    std::vector<std::vector<CStringA>> rows;
     CzynDataBufEx buffer;
     std::unique_ptr<SzynErrorDescription> record = std::make_unique<SzynErrorDescription>();
     std::string result;
@@ -61,19 +62,11 @@ const std::vector<bool (*)(Objects&)> steps{
     [](Objects& o) { return o.numbers.Add(text, 1) >= 0; },
     [](Objects& o) { return o.texts.Add("a", text) >= 0; },
     [](Objects& o) { return o.texts.Add("a", o.texts.GetAt(0)->m_sValue + "y") >= 0; },
+    [](Objects& o) { return CStringSplit(o.fields, "one,two", ','), o.Keep(CStringJoin(o.fields, text)); },
+    [](Objects& o) { return o.csv.OpenFile(o.name) && o.csv.ReadString(o.fields) && o.Keep(o.fields[1]); },
+    [](Objects& o) { return o.csv.ReadFile(o.name, o.rows), o.Keep(o.rows[1][0]); },
     [](Objects& o) {
-        return CStringSplit(o.fields, "one,two", ','), o.Keep(CStringJoin(o.fields, text).GetString());
-    },
-    [](Objects& o) {
-        return o.csv.OpenFile(o.name) && o.csv.ReadString(o.fields) && o.Keep(o.fields[1].GetString());
-    },
-    [](Objects& o) {
-        std::vector<std::vector<CStringA>> rows;
-        return o.csv.ReadFile(o.name, rows), o.Keep(rows[1][0].GetString());
-    },
-    [](Objects& o) {
-        return o.binary.Open(o.name, CFile::modeWrite, nullptr) && o.binary.Write(text, 9) &&
-               o.binary.Close();
+        return o.file.Open(o.name, CFile::modeWrite, nullptr) && o.file.Write(text, 9) && o.file.Close();
     },
     [](Objects& o) { return CzynFile::CreateBackupFile(o.name, 2); },
     [](Objects&) { return CzynTranslate::Init(true, nullptr); },
@@ -88,13 +81,11 @@ const std::vector<bool (*)(Objects&)> steps{
         CStringA read;
         o.buffer.SetCurPos(0);
         o.buffer.m_bStoreAnsi = true;
-        return o.buffer.ReadStrBuf(read) && o.Keep(read.GetString());
+        return o.buffer.ReadStrBuf(read) && o.Keep(read);
     },
     [](Objects& o) { return CzynStackLogger::ExternalEnter(o.key, false), true; },
     [](Objects& o) { return CzynStackLogger::ExternalSetFunctionInfo(o.key, text), true; },
-    [](Objects& o) {
-        return o.Keep(CzynStackLogger("function of a long name", true).GetCurrStackList().GetString());
-    },
+    [](Objects& o) { return o.Keep(CzynStackLogger("function of a long name", true).GetCurrStackList()); },
     [](Objects& o) { return CzynStackLogger::ExternalLeave(o.key), true; },
     [](Objects& o) {
         auto made = std::make_unique<SzynErrorDescription>(27, text, text, 1, text, 0, text, text, text);
@@ -109,6 +100,16 @@ std::string After(std::size_t count, Objects& objects) {
     return objects.State();
 }
 
+// How many allocations were refused to the call, from its n-th one on.
+template <class Call> long Refused(long n, FailingNew::Kind kind, Call call) {
+    const FailingNew failing(n, kind);
+    try {
+        call();
+    } catch (const std::bad_alloc&) {
+    }
+    return failing.Failures();
+}
+
 TEST(AllocationFailure, ChangesNothing) {
     for (std::size_t i = 0; i < 2 * steps.size(); ++i) {
         const std::string whole = After(i / 2 + 1, *std::make_unique<Objects>());
@@ -116,17 +117,12 @@ TEST(AllocationFailure, ChangesNothing) {
             Objects objects;
             const std::string before = After(i / 2, objects);
             bool done = false;
-            {
-                const FailingNew failing(n, i % 2 ? FailingNew::once : FailingNew::onwards);
-                try {
-                    done = steps[i / 2](objects);
-                } catch (const std::bad_alloc&) {
-                }
-                failures = failing.Failures();
-            }
-            ASSERT_TRUE(done || (failures > 0 && objects.State() == before)) << i / 2 << ", allocation " << n;
-            ASSERT_TRUE(done || steps[i / 2](objects)) << i / 2 << ", allocation " << n;
-            ASSERT_TRUE(objects.State() == whole) << i / 2 << ", allocation " << n;
+            failures = Refused(n, i % 2 ? FailingNew::once : FailingNew::onwards,
+                               [&] { done = steps[i / 2](objects); });
+            SCOPED_TRACE(std::to_string(i / 2) + ", allocation " + std::to_string(n));
+            ASSERT_TRUE(done || (failures > 0 && objects.State() == before));
+            ASSERT_TRUE(done || steps[i / 2](objects));
+            ASSERT_TRUE(objects.State() == whole);
         }
     }
 }
@@ -135,14 +131,8 @@ TEST(AllocationFailure, LosesNoTextOfTheDictionary) {
     const Objects objects;
     CzynTranslate::Init(true, nullptr);
     for (std::string key(1, 'a'); key[0] <= 'z'; ++key[0]) { // it grows now and then
-        bool done = false;
-        for (long n = 1; !done; ++n) {
-            const FailingNew failing(n);
-            try {
-                CzynTranslate::AddStringTranslationPair(key.c_str(), text);
-                done = true;
-            } catch (const std::bad_alloc&) {
-            }
+        const auto add = [&] { CzynTranslate::AddStringTranslationPair(key.c_str(), text); };
+        for (long n = 1; Refused(n, FailingNew::once, add) > 0; ++n) {
         }
         EXPECT_STREQ(CzynTranslate::Translate(key.c_str()), text);
     }

@@ -1,8 +1,7 @@
 #include "zynaggr/zyncsv.h"
 
 #include "support/csv_model.h"
-#include "support/temp_folder.h"
-#include "zynhost/application.h"
+#include "support/host.h"
 #include "zynplatform/cp1251.h"
 
 #include <gtest/gtest.h>
@@ -44,8 +43,8 @@ TEST(Csv, SplitsAsTheRulesDoOneCharacterAtATime) {
         for (char& c : text)
             c = alphabet[random() % alphabet.size()];
         const char separator = ",;,;,;\t\\ \""[i / 2 % 10];
-        ASSERT_EQ(split(text, separator, i % 2 != 0), SplitPlainly(text, separator, i % 2 != 0))
-            << text << "  separator " << separator;
+        SCOPED_TRACE(text + "  separator " + separator);
+        ASSERT_EQ(split(text, separator, i % 2 != 0), SplitPlainly(text, separator, i % 2 != 0));
     }
 }
 
@@ -70,14 +69,8 @@ TEST(Csv, ReadsRecordsThatRunOverSeveralLines) {
 }
 
 TEST(Csv, ReadsATableAndKeepsItWhenTheColumnsDiffer) {
-    static std::string shown;
-    struct : CWinApp {
-        int DoMessageBox(const char* text, std::uint32_t style, std::uint32_t) override {
-            return static_cast<int>((shown += std::to_string(style) + text).size());
-        }
-    } app;
-    const TempFolder folder;
-    const CStringA name = folder.Path("f");
+    const Host host(1049);
+    const CStringA name = host.folder.Path("f");
     CzynCSV csv;
     std::vector<std::vector<CStringA>> rows(1);
     EXPECT_FALSE(csv.ReadFile(name, rows) || csv.ReadFile(nullptr, rows) || rows.size() != 1);
@@ -86,13 +79,13 @@ TEST(Csv, ReadsATableAndKeepsItWhenTheColumnsDiffer) {
         {"a,b\n\"c\"\"\n,\",d\n", {{"a", "b"}, {"c\"", ",d "}}},
         {"1,2\n3\n4,5", {{"1", "2"}, {"3"}, {"4", "5"}}}};
     for (const auto& [text, expected] : cases) {
-        folder.Write("f", text);
-        EXPECT_TRUE(shown.empty());
+        host.folder.Write("f", text);
         EXPECT_EQ(csv.ReadFile(name, rows), expected.size() != 3);
         EXPECT_EQ(rows, expected);
+        EXPECT_EQ(host.boxes.size(), expected.size() / 3);
         EXPECT_TRUE(CzynFile().Open(name, CFile::modeReadWrite | CFile::shareExclusive, nullptr));
     }
-    EXPECT_EQ(shown, std::string("16") + "Количество колонок в строках неодинаково!"_cp1251);
+    EXPECT_STREQ(host.boxes.back().c_str(), "16 Количество колонок в строках неодинаково!"_cp1251);
 }
 
 } // namespace
