@@ -6,20 +6,10 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 using namespace zynplatform::literals;
 using zynplatform::RegistryKey;
-
-namespace {
-
-constexpr const char* languageEntry = "Settings/DefLangCode";
-
-// A registry of the test's own, at first with no key in it.
-struct UILanguage : testing::Test, CzynTranslate {
-    UILanguage() { setenv("ZYN_REGISTRY", m_folder.Native("registry").c_str(), 1); }
-    ~UILanguage() override { unsetenv("ZYN_REGISTRY"); }
-
-    TempFolder m_folder;
-};
 
 TEST(Translate, GivesTheTextItselfUnlessADictionaryHasIt) {
     const CStringA known = "Модуль: "_cp1251;
@@ -37,57 +27,59 @@ TEST(Translate, GivesTheTextItselfUnlessADictionaryHasIt) {
     CzynTranslate::SetShouldTranslate(false);
 }
 
-TEST_F(UILanguage, WithoutKeysComesFromTheProfileOrIsNotSet) {
-    EXPECT_EQ(GetSystemLocale(), 0xFFFFFFFFul);
-    SetGlobalUILang(1033, true);
-    SaveShowStringId(true);
-    EXPECT_EQ(GetGlobalUILang() + ReadUILangFromReg(), 0u);
-    EXPECT_FALSE(m_folder.Has("registry"));
-
+TEST(UILanguage, KeysComeFirstThenTheProfileAndZeroOrATextIsNotSet) {
+    const std::string own = "[SOFTWARE\\Orvant\\Settings]\n", german = "\"DefLangCode\"=dword:407\n";
+    const std::string fallback = "[Software\\Orvant\\Модуль Tessel\\Settings]\n\"DefLangCode\"=dword:40c\n";
+    const std::tuple<std::string, unsigned long, unsigned long> cases[] = {
+        {"", 1034, 1034},
+        {fallback, 1036, 1034},
+        {own + "\"DefLangCode\"=\"1031\"\n", 1034, 0}, // the key is there: no look at the profile
+        {own + "\"DefLangCode\"=dword:0\n" + fallback, 1036, 0},
+        {own + german + fallback, 1031, 1031},
+        {own + "\"bShowStringId\"=dword:5\n", 1034, 0},
+        {own + german, 1031, 1031},
+        {own + "\"bShowStringId\"=dword:0\n", 1034, 0},
+    };
     Host host(1049);
-    EXPECT_EQ(GetSystemLocale(), 1049u);
-    SetGlobalUILang(1033, false);
-    EXPECT_TRUE(host.profile.empty());
-    SetGlobalUILang(1033, true);
-    EXPECT_EQ(host.profile[languageEntry], 1033);
-    EXPECT_TRUE(GetGlobalUILang() == 1033 && ReadUILangFromReg() == 1033);
-    EXPECT_FALSE(SetCurLocaleFromReg(true, nullptr));
-}
-
-TEST_F(UILanguage, KeysComeFirstAndZeroOrATextIsNotSet) {
-    Host host(1049);
-    host.profile[languageEntry] = 1034;
-    SaveUILangToReg(1031); // makes the key
-    EXPECT_TRUE(ReadUILangFromReg() == 1031 && GetGlobalUILang() == 1031);
-    SetGlobalUILang(0xFFFFFFFF, false);
-    EXPECT_EQ(GetGlobalUILang(), 0xFFFFFFFFul);
-
-    m_folder.Write("registry", "[Software\\Orvant\\Settings]\n\"DefLangCode\"=\"1031\"\n");
-    EXPECT_EQ(GetGlobalUILang(), 0u); // the key is there: no look at the profile
-    EXPECT_EQ(ReadUILangFromReg(), 1034u);
-    const auto fallback = RegistryKey::OpenOrCreate("Software\\Orvant\\Модуль Tessel\\Settings"_cp1251);
-    ASSERT_TRUE(fallback && fallback->SetNumber("DefLangCode", 1036));
-    EXPECT_EQ(ReadUILangFromReg(), 1036u);
-    SaveUILangToReg(0);
-    EXPECT_EQ(ReadUILangFromReg(), 1036u);
-}
-
-TEST_F(UILanguage, ShowingIdsIsReadWithTheLanguage) {
-    SaveUILangToReg(1031);
-    const auto key = RegistryKey::Open("software\\orvant\\settings");
-    for (const unsigned shown : {5u, 0u, 1u}) {
-        const bool before = GetShowStringId();
-        if (shown == 5)
-            ASSERT_TRUE(key->SetNumber("bShowStringId", 5));
-        else
-            SaveShowStringId(shown != 0);
-        EXPECT_EQ(key->GetNumber("bShowStringId"), shown);
-        EXPECT_EQ(GetShowStringId(), before);
-        ReadUILangFromReg();
-        EXPECT_EQ(GetShowStringId(), shown != 0);
+    setenv("ZYN_REGISTRY", host.folder.Native("registry").c_str(), 1);
+    host.profile["Settings/DefLangCode"] = 1034;
+    std::string shown;
+    for (const auto& [registry, read, global] : cases) {
+        host.folder.Write("registry", registry);
+        EXPECT_EQ(CzynTranslate::GetGlobalUILang(), global) << registry;
+        shown += CzynTranslate::GetShowStringId() ? "1" : "0";
+        EXPECT_EQ(CzynTranslate::ReadUILangFromReg(), read) << registry;
     }
-    SaveShowStringId(false);
-    ReadUILangFromReg();
+    EXPECT_EQ(shown + (CzynTranslate::GetShowStringId() ? "1" : "0"), "000000110"); // read with the language
+    unsetenv("ZYN_REGISTRY");
 }
 
-} // namespace
+TEST(UILanguage, IsWrittenToTheKeyIfThatIsThereAndToTheProfileIfAsked) {
+    const TempFolder folder;
+    const auto own = [](const char* name) {
+        const auto key = RegistryKey::Open("software\\orvant\\settings");
+        return key ? key->GetNumber(name) : std::nullopt;
+    };
+    setenv("ZYN_REGISTRY", folder.Native("registry").c_str(), 1);
+    CzynTranslate::SetGlobalUILang(1033, true);
+    CzynTranslate::SaveShowStringId(true);
+    EXPECT_TRUE(CzynTranslate::GetGlobalUILang() == 0 && CzynTranslate::ReadUILangFromReg() == 0);
+    EXPECT_EQ(CzynTranslate::GetSystemLocale(), 0xFFFFFFFFul);
+    EXPECT_FALSE(folder.Has("registry"));
+
+    Host host(1049);
+    EXPECT_EQ(CzynTranslate::GetSystemLocale(), 1049u);
+    CzynTranslate::SaveUILangToReg(1031); // makes the key
+    EXPECT_EQ(own("DefLangCode"), 1031u);
+    CzynTranslate::SetGlobalUILang(0xFFFFFFFF, false);
+    EXPECT_TRUE(own("DefLangCode") == 0xFFFFFFFF && host.profile.empty());
+    CzynTranslate::SetGlobalUILang(1033, true);
+    EXPECT_TRUE(own("DefLangCode") == 1033u && host.profile["Settings/DefLangCode"] == 1033);
+    for (const unsigned show : {1u, 0u}) {
+        CzynTranslate::SaveShowStringId(show == 1);
+        EXPECT_EQ(own("bShowStringId"), show);
+        EXPECT_FALSE(CzynTranslate::GetShowStringId());
+    }
+    EXPECT_FALSE(CzynTranslate::SetCurLocaleFromReg(true, nullptr));
+    unsetenv("ZYN_REGISTRY");
+}

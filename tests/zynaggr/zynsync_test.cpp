@@ -4,7 +4,9 @@
 
 #include <gmock/gmock.h>
 
+#include <functional>
 #include <new>
+#include <utility>
 
 namespace {
 
@@ -51,36 +53,31 @@ TEST(ZynCriticalSection, CanBeEnteredBeforeConstructionAndAfterDestruction) {
 }
 
 TEST(EnterCriticalSection, HoldsOneSectionAtATimeAndLeavesItExactlyOnce) {
-    CZynCriticalSection* const nothing = nullptr;
-    Section first, second;
-    _RTL_CRITICAL_SECTION raw{}, otherRaw{};
+    Section first, second, *const none = nullptr;
+    _RTL_CRITICAL_SECTION raw{}, otherRaw{}, *const noRaw = nullptr;
     first.EnterZynCriticalSection(); // a leave too many would show
     zynplatform::EnterCriticalSection(&raw);
     const auto depths = [&] {
         return first.Depth() * 1000 + second.Depth() * 100 + Depth(raw) * 10 + Depth(otherRaw);
     };
     {
-        CzynEnterCriticalSection lock(&first);
-        EXPECT_EQ(depths(), 2010);
-        lock.Set(&second);
-        EXPECT_EQ(depths(), 1110);
-        lock.Set(nothing);
-        lock.Set(&otherRaw);
-        EXPECT_EQ(depths(), 1011);
-        lock.Set(&first); // the system section must not be taken for the one held
-        EXPECT_EQ(depths(), 2010);
-        lock.Leave();
-        lock.Leave();
-        lock.Set(&raw);
-        lock.Set(static_cast<_RTL_CRITICAL_SECTION*>(nullptr));
-        EXPECT_EQ(depths(), 1010);
-        CzynEnterCriticalSection atEnd(&first), rawAtEnd(&raw), none(nothing);
+        CzynEnterCriticalSection lock(&first), rawLock(&raw), nothing(none);
+        const std::pair<std::function<void()>, int> steps[] = {
+            {[&] { lock.Set(&second); }, 1120}, {[&] { nothing.Leave(); }, 1120},
+            {[&] { lock.Set(none); }, 1020},    {[&] { lock.Set(&otherRaw); }, 1021},
+            {[&] { lock.Set(&first); }, 2020}, // the system section must not be taken for the one held
+            {[&] { lock.Leave(); }, 1020},      {[&] { lock.Leave(); }, 1020},
+            {[&] { rawLock.Leave(); }, 1010},   {[&] { rawLock.Leave(); }, 1010},
+            {[&] { lock.Set(&raw); }, 1020},    {[&] { lock.Set(noRaw); }, 1010},
+            {[&] { lock.Set(&first); }, 2010},  {[&] { rawLock.Set(&otherRaw); }, 2011},
+        };
         EXPECT_EQ(depths(), 2020);
-        rawAtEnd.Leave();
-        rawAtEnd.Leave();
-        none.Leave();
+        for (const auto& [step, expected] : steps) {
+            step();
+            EXPECT_EQ(depths(), expected);
+        }
     }
-    EXPECT_EQ(depths(), 1010);
+    EXPECT_EQ(depths(), 1010); // left at the end
 }
 
 std::uint32_t tick;
