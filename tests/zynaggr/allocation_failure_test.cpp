@@ -131,9 +131,12 @@ TEST(AllocationFailure, LosesNoTextOfTheDictionary) {
     const Objects objects;
     CzynTranslate::Init(true, nullptr);
     for (std::string key(1, 'a'); key[0] <= 'z'; ++key[0]) { // it grows now and then
-        const auto add = [&] { CzynTranslate::AddStringTranslationPair(key.c_str(), text); };
-        for (long n = 1; Refused(n, FailingNew::once, add) > 0; ++n) {
-        }
+        bool done = false;
+        for (long n = 1; !done; ++n)
+            Refused(n, FailingNew::once, [&] {
+                CzynTranslate::AddStringTranslationPair(key.c_str(), text);
+                done = true;
+            });
         EXPECT_STREQ(CzynTranslate::Translate(key.c_str()), text);
     }
 }

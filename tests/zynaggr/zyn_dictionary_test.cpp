@@ -166,27 +166,23 @@ TEST_F(Dictionary, FilesOfOneRunShareTheirIds) {
 }
 
 TEST_F(Dictionary, LocaleDecidesWhichFileIsRead) {
+    const struct {
+        std::uint32_t lcid;
+        std::string fileToCome, translated;
+        std::uint32_t current;
+    } cases[] = {{9, "en-US", "A", 0},           {9, "en", "en", 9},    {englishUS, "", "en-US", englishUS},
+                 {1053, "sv-SE", "sv-SE", 1053}, {russian, "", "A", 0}, {1036, "", "A", 0}};
     host.folder.Write("translate#ru-RU.xml", List("<s>A</s>\n"));
-    host.folder.Write("translate#en-US.xml", List("<s>us</s>\n"));
-    host.folder.Write("translate#sv-SE.xml", List("<s>sv</s>\n"));
-    const auto translated = [](std::initializer_list<std::uint32_t> locales) {
-        std::string all;
-        for (const std::uint32_t lcid : locales) {
-            all += InitFor(lcid, true) ? "1" : "0";
-            all += Translated("A");
-        }
-        return all;
-    };
-    EXPECT_EQ(translated({9}), "0A");
-    host.folder.Write("translate#en.xml", List("<s>en</s>\n"));
-    EXPECT_EQ(translated({9, englishUS, 1053, russian}), "1en1us1sv1A");
-    EXPECT_EQ(CzynTranslate::GetGurLocale(), 0u);
-    EXPECT_EQ(translated({1036}), "0A");
-
+    for (const auto& [lcid, file, translated, current] : cases) {
+        if (!file.empty()) host.folder.Write("translate#" + file + ".xml", List("<s>" + file + "</s>\n"));
+        EXPECT_EQ(InitFor(lcid, true), current != 0 || lcid == russian) << lcid;
+        EXPECT_EQ(Translated("A"), translated);
+        EXPECT_EQ(CzynTranslate::GetGurLocale(), current) << lcid;
+    }
     static const zynStringResource englishEdition[] = {{3001, "ENGLISH"}, {0, nullptr}};
     static const zynStringResource russianEdition[] = {{3001, "Русский"_cp1251}, {0, nullptr}};
     zynSetStringResources(zynLibraryModule(), englishEdition);
-    EXPECT_EQ(translated({russian}), "1us");
+    EXPECT_TRUE(InitFor(russian, true) && Translated("A") == "en-US");
     EXPECT_EQ(CzynTranslate::GetGurLocale(), englishUS);
     zynSetStringResources(zynLibraryModule(), russianEdition);
 }

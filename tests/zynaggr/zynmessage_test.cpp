@@ -71,25 +71,21 @@ struct App : CWinApp {
     std::string shown;
 };
 
-TEST(MessageBox, GoesToTheApplicationObjectUnlessItsClassIsSwallowed) {
-    auto earlier = std::make_unique<CWinApp>();
-    App app;
-    earlier.reset();
-    EXPECT_EQ(AfxGetApp(), &app);
-    g_bShow_zynMessageBox_Information = false;
-    EXPECT_EQ(zynMessageBoxConsole("a", 0x40), 1);
-    g_bShow_zynMessageBox_Information = true;
-    EXPECT_EQ(zynMessageBoxConsole("b", 0x10) + zynMessageBoxConsole("", 0x1040), 6 + 6);
-    EXPECT_EQ(AfxCaptionMessageBox("c", "caption", 0), 6);
-    EXPECT_EQ(app.shown, "b/16/0;/4160/0;c/0/0;");
-}
-
-TEST(MessageBox, GoesToStandardErrorWhereNothingBetterIsThere) {
+TEST(MessageBox, GoesToTheApplicationObjectElseToStandardErrorUnlessItsClassIsSwallowed) {
     testing::internal::CaptureStderr();
     EXPECT_EQ(zynMessageBoxConsole("text", 0x30), 1);
+    auto plain = std::make_unique<CWinApp>();
+    EXPECT_EQ(AfxCaptionMessageBox("boxed", "caption", 0x10), 1);
     {
-        CWinApp plain;
-        EXPECT_EQ(AfxCaptionMessageBox("boxed", "caption", 0x10), 1);
+        App app;
+        plain.reset();
+        EXPECT_EQ(AfxGetApp(), &app);
+        g_bShow_zynMessageBox_Information = false;
+        EXPECT_EQ(zynMessageBoxConsole("a", 0x40), 1);
+        g_bShow_zynMessageBox_Information = true;
+        EXPECT_EQ(zynMessageBoxConsole("b", 0x10) + zynMessageBoxConsole("", 0x1040), 6 + 6);
+        EXPECT_EQ(AfxCaptionMessageBox("c", "caption", 0), 6);
+        EXPECT_EQ(app.shown, "b/16/0;/4160/0;c/0/0;");
     }
     EXPECT_EQ(AfxCaptionMessageBox("text", "caption", 0x10), 1);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "text\nboxed\ncaption: text\n");

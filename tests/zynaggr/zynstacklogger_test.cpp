@@ -29,13 +29,12 @@ struct StackLogger : testing::Test {
         zynplatform::SetTickSource([] { return tick++; });
         setenv("TZ", "UTC", 1);
         tzset();
-        zynplatform::SetTimeSource([] { return std::int64_t{61'509'000} + timeReads++ % 1000; }); // 17:05:09
+        zynplatform::SetTimeSource([] { return std::int64_t{61'509'000} + timeReads++; }); // 17:05:09
         zynplatform::SetBeep([](auto hz, auto ms) { beeps += std::to_string(hz * 1000 + ms) + " "; });
-        GlobalStackLogInit(
-            [](auto text, auto from, auto extra) {
-                warned.push_back(std::string(from) + (extra ? "" : " ") + text);
-            },
-            [](auto line) { traced.emplace_back(line); });
+        const auto warn = [](auto text, auto from, auto extra) {
+            warned.push_back(std::string(from) + (extra ? "" : " ") + text);
+        };
+        GlobalStackLogInit(warn, [](auto line) { traced.emplace_back(line); });
     }
     ~StackLogger() override {
         GlobalStackLogDestroy();
