@@ -2,13 +2,21 @@
 
 #include "support/temp_folder.h"
 #include "zynaggr/ini.h"
+#include "zynplatform/cp1251.h"
 #include "zynplatform/file.h"
+#include "zynplatform/syserror.h"
 #include "zynplatform/tick.h"
 
 #include <atomic>
 #include <gtest/gtest.h>
 #include <string>
 #include <string_view>
+
+using namespace zynplatform::literals;
+
+inline const CStringA readOnlyText("Файл ini доступен только для чтения"_cp1251);
+inline const CStringA openFailedText = CStringA("Ошибка при открытии файла: "_cp1251) +
+                                       zynplatform::DescribeSystemError(zynplatform::errorSharingViolation);
 
 // A clock that stands until the test moves it.
 class StandingClock {
@@ -17,8 +25,6 @@ public:
         zynplatform::SetTickSource([] { return m_now.load(); });
     }
     ~StandingClock() { zynplatform::SetTickSource(nullptr); }
-    StandingClock(const StandingClock&) = delete;
-    StandingClock& operator=(const StandingClock&) = delete;
 
     void Pass(std::uint32_t milliseconds) { m_now += milliseconds; }
 
@@ -51,16 +57,14 @@ public:
         for (int i = 0; i < m_aSections.GetSize(); ++i) {
             const SSection& section = *m_aSections.GetAt(i);
             model += "<" + std::string(section.m_sName.View()) + "|" + std::string(section.m_sTail.View());
-            if (state)
-                model +=
-                    "|" + std::to_string(section.m_nInsertPos) + "|" + std::to_string(section.m_nHeaderFlags);
+            for (const int number : {section.m_nInsertPos, int{section.m_nHeaderFlags}})
+                if (state) model += "|" + std::to_string(number);
             model += ">";
             for (int k = 0; k < section.m_aOptions.GetSize(); ++k) {
                 const SOption* const option = section.m_aOptions.GetAt(k);
-                model += option ? "{" + std::string(option->m_bEmptyKey ? "=" : "") +
-                                      std::string(option->m_sKey.View()) + ":" +
-                                      std::string(option->m_sValue.View()) + "}"
-                                : "{}";
+                model += option && option->m_bEmptyKey ? "{=" : "{";
+                if (option) model.append(option->m_sKey.View()).append(":").append(option->m_sValue.View());
+                model += "}";
             }
         }
         return model;
@@ -79,6 +83,7 @@ protected:
         EXPECT_TRUE(ini.Parse());
     }
     std::string File() const { return folder.Read("f.ini"); }
+    std::string Backup() const { return folder.Read("f.ini.bak"); }
 
     StandingClock clock;
     TempFolder folder;
@@ -92,8 +97,6 @@ public:
         EXPECT_EQ(0u, zynplatform::OpenFile(name, mode, m_handle));
     }
     ~OtherHandle() { zynplatform::CloseFile(m_handle); }
-    OtherHandle(const OtherHandle&) = delete;
-    OtherHandle& operator=(const OtherHandle&) = delete;
 
 private:
     zynplatform::FileHandle m_handle = zynplatform::noFile;

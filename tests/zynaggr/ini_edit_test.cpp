@@ -1,14 +1,11 @@
 #include "support/failing_new.h"
 #include "support/ini_model.h"
 #include "zynhost/application.h"
-#include "zynplatform/cp1251.h"
 
 #include <functional>
-#include <gtest/gtest.h>
 #include <new>
+#include <tuple>
 #include <vector>
-
-using namespace zynplatform::literals;
 
 namespace {
 
@@ -27,51 +24,39 @@ bool FailsAt(long n, FailingNew::Kind kind, const std::function<void()>& operati
     return failing.Failures() > 0;
 }
 
-const CStringA readOnlyText("Файл ini доступен только для чтения"_cp1251);
-
 } // namespace
 
 TEST_F(IniEditTest, QueriesFindTheFirstOfEqualNames) {
     Load("x=0\n[One]\n; note\nKey=1\n\nkey=2\nempty=\nspaced =3\n[ONE]\nkey=4\nlater=5\n[\xCF]\n\xCA=\xFF\n");
-    const struct {
-        const char* section;
-        const char* key;
-        bool isThere;
-        const char* value;
-    } cases[] = {
+    const std::tuple<const char*, const char*, bool, const char*> cases[] = {
         {"", "x", true, "0"},           {"one", "KEY", true, "1"},     {"One", "empty", true, ""},
         {"One", "spaced", false, "*"},  {"One", "spaced ", true, "3"}, {"One", "later", false, "*"},
         {"One", "", true, "; note"},    {" One", "key", false, "*"},   {"Two", "key", false, "*"},
         {"\xEF", "\xEA", true, "\xFF"},
     };
     const std::string model = ini.Model(), file = File();
-    for (const auto& c : cases) {
-        EXPECT_EQ(c.isThere, ini.isParamSet(c.section, c.key)) << c.section << "/" << c.key;
-        EXPECT_EQ(c.value, ini.GetString(c.section, c.key, "*", false)) << c.section << "/" << c.key;
-        CStringA value("old");
-        EXPECT_TRUE(ini.GetString(c.section, c.key, value, "*", false));
-        EXPECT_EQ(c.value, value);
+    for (const auto& [section, key, isThere, value] : cases) {
+        EXPECT_EQ(isThere, ini.isParamSet(section, key)) << section << "/" << key;
+        CStringA found("old");
+        EXPECT_TRUE(ini.GetString(section, key, found, "*", false));
+        EXPECT_EQ(value, found) << section << "/" << key;
     }
-    EXPECT_TRUE(ini.isGroupeSet("oNE"));
-    EXPECT_TRUE(ini.isGroupeSet(""));
-    EXPECT_FALSE(ini.isGroupeSet("One "));
+    EXPECT_TRUE(ini.isGroupeSet("oNE") && ini.isGroupeSet("") && !ini.isGroupeSet("One "));
     EXPECT_EQ(model, ini.Model());
     EXPECT_EQ(file, File());
 }
 
 TEST_F(IniEditTest, IntegersAreDecimalDigitsWithOrWithoutAMinus) {
-    const struct {
-        const char* stored;
-        int value;
-    } cases[] = {{"12", 12}, {"-7", -7},   {"007", 7}, {"-", 0},    {"", 99},
-                 {"1a", 99}, {"0x1F", 99}, {"+1", 99}, {"1 2", 99}, {"99999999999", 2147483647}};
-    for (const auto& c : cases) {
-        const std::string before = std::string("[s]\r\nk=") + c.stored + "\r\n";
+    const std::pair<std::string, int> cases[] = {
+        {"12", 12}, {"-7", -7},   {"007", 7}, {"-", 0},    {"", 99},
+        {"1a", 99}, {"0x1F", 99}, {"+1", 99}, {"1 2", 99}, {"99999999999", 2147483647}};
+    for (const auto& [stored, value] : cases) {
+        const std::string before = "[s]\r\nk=" + stored + "\r\n";
         Load(before);
-        EXPECT_EQ(c.value, ini.GetInt("s", "k", 99, false)) << c.stored;
+        EXPECT_EQ(value, ini.GetInt("s", "k", 99, false)) << stored;
         EXPECT_EQ(before, File());
-        EXPECT_EQ(c.value, ini.GetInt("s", "K", 99, true)) << c.stored;
-        EXPECT_EQ(c.value == 99 ? "[s]\r\nK=99\r\n" : before, File()) << c.stored;
+        EXPECT_EQ(value, ini.GetInt("s", "K", 99, true)) << stored;
+        EXPECT_EQ(value == 99 ? "[s]\r\nK=99\r\n" : before, File()) << stored;
     }
     EXPECT_EQ(-5, ini.GetInt("s", "new", -5, false));
     EXPECT_FALSE(ini.isParamSet("s", "new"));
@@ -80,24 +65,22 @@ TEST_F(IniEditTest, IntegersAreDecimalDigitsWithOrWithoutAMinus) {
 TEST_F(IniEditTest, ListsHoldThePairsInOrder) {
     Load("[s]\n; c\nb=1\n\n=no key\na=2\nB=3\n[S]\nz=9\n");
     CStringArray keys;
-    keys.Add("old");
     CzynINI::KeyValArray pairs(8);
-    pairs.Add(new SKeyVal("old", "old"));
-    EXPECT_TRUE(ini.GetListKeys("S", keys));
-    EXPECT_TRUE(ini.GetListKeysVals("s", pairs));
     std::string all;
-    for (int i = 0; i < keys.GetSize(); ++i)
-        all += std::string(keys[i]) + ",";
-    for (int i = 0; i < pairs.GetSize(); ++i)
-        all += std::string(pairs.GetAt(i)->m_sKey) + "=" + std::string(pairs.GetAt(i)->m_sVal) + ",";
-    EXPECT_EQ("b,a,B,b=1,a=2,B=3,", all);
+    for (int round = 0; round < 2; ++round) { // the second one replaces what the first one found
+        EXPECT_TRUE(ini.GetListKeys("S", keys) && ini.GetListKeysVals("s", pairs));
+        ASSERT_EQ(keys.GetSize(), pairs.GetSize());
+        for (int i = 0; i < keys.GetSize(); ++i)
+            all += keys[i] + " " + pairs.GetAt(i)->m_sKey + "=" + pairs.GetAt(i)->m_sVal + ",";
+    }
+    EXPECT_EQ("b b=1,a a=2,B B=3,b b=1,a a=2,B B=3,", all);
 
-    EXPECT_FALSE(ini.GetListKeys("none", keys));
-    EXPECT_EQ("Секция ini не найдена"_cp1251, ini.GetErrDescription());
-    ini.m_sErr.Empty();
-    EXPECT_FALSE(ini.GetListKeysVals("none", pairs));
-    EXPECT_EQ("Секция ini не найдена"_cp1251, ini.GetErrDescription());
-    EXPECT_EQ(0, keys.GetSize() + pairs.GetSize());
+    for (const bool values : {true, false}) {
+        ini.m_sErr.Empty();
+        EXPECT_FALSE(values ? ini.GetListKeysVals("none", pairs) : ini.GetListKeys("none", keys));
+        EXPECT_EQ("Секция ini не найдена"_cp1251, ini.GetErrDescription());
+        EXPECT_EQ(0, values ? pairs.GetSize() : keys.GetSize());
+    }
 }
 
 TEST_F(IniEditTest, EditsPutTheirLinesWhereTheyBelong) {
@@ -150,9 +133,8 @@ TEST_F(IniEditTest, EditsPutTheirLinesWhereTheyBelong) {
                 EXPECT_TRUE(value ? ini.WriteString(section, key, value, comment) : ini.Delete(section, key));
             EXPECT_EQ(c.model, ini.Model()) << c.text;
             const std::string written = File();
-            EXPECT_TRUE(ini.InternalSave());
+            EXPECT_TRUE(ini.InternalSave() && ini.Flush());
             EXPECT_EQ(direct ? File() : c.text, written) << c.text;
-            EXPECT_TRUE(ini.Flush());
         }
 }
 
@@ -190,25 +172,25 @@ TEST_F(IniEditTest, RenamesLeaveACommentAndSaveInBothModes) {
     const std::string group("Группа опций [New] была переименована. Старое название группы [S]"_cp1251);
     const std::string option("; Опция 'b' была переименована. Старое название опции 'A'"_cp1251);
     for (const bool direct : {true, false}) {
-        Load("[x]\r\nk=1\r\n\r\n[s] tail\r\na=1\r\n[s]\r\na=2\r\n");
+        Load("[x]\r\nk=1\r\n[s] tail\r\na=1\r\n[s]\r\na=2\r\n");
         ini.SetWriteMode(direct);
         ini.RenameParam("S", "A", "b");
-        const std::string file = "[x]\r\nk=1\r\n\r\n[s] tail\r\n" + option + "\r\nb=1\r\n\r\n[s]\r\na=2\r\n";
-        EXPECT_EQ(file, File());
+        const std::string top = "[x]\r\nk=1\r\n", end = option + "\r\nb=1\r\n\r\n[s]\r\na=2\r\n";
+        EXPECT_EQ(top + "\r\n[s] tail\r\n" + end, File());
         ini.RenameGroupe("S", "New");
-        EXPECT_EQ("[x]\r\nk=1\r\n\r\n;" + group + "\r\n[New] tail\r\n" + option +
-                      "\r\nb=1\r\n\r\n[s]\r\na=2\r\n",
-                  File());
+        const std::string renamed = top + ";" + group + "\r\n\r\n[New] tail\r\n" + end;
+        EXPECT_EQ(renamed, File());
         // Read back, the comment is a line of the section above; without reading it is not in the model.
-        EXPECT_EQ(direct ? "<x|>{k:1}{:}{:;" + group + "}<New| tail>{:" + option + "}{b:1}{:}<s|>{a:2}"
-                         : "<x|>{k:1}{:}<New| tail>{:" + option + "}{b:1}<s|>{a:2}",
+        const std::string comment = direct ? "{:;" + group + "}{:}" : "";
+        EXPECT_EQ("<x|>{k:1}" + comment + "<New| tail>{:" + option + "}{b:1}" + (direct ? "{:}" : "") +
+                      "<s|>{a:2}",
                   ini.Model());
-        const std::string before = File();
         ini.RenameGroupe("none", "x");
         ini.RenameParam("none", "b", "x");
         ini.RenameParam("New", "none", "x");
-        EXPECT_EQ(before, File());
+        EXPECT_EQ(renamed, File());
         ini.SetWriteMode(true);
+        EXPECT_EQ(direct ? renamed : top + "\r\n[New] tail\r\n" + end, File()); // written once
     }
 }
 
@@ -234,9 +216,9 @@ TEST_F(IniEditTest, ReadOnlyFileRefusesWriteIntAtOnceAndWriteStringAtTheSave) {
 }
 
 TEST_F(IniEditTest, FailedAllocationLosesNoLine) {
-    const char* const lines[] = {"; first", "[one] tail", "a=1", "free text", "[two]", "=x", "z=26"};
+    const std::string lines[] = {"; first", "[one] tail", "a=1", "free text", "[two]", "=x", "z=26"};
     std::string text;
-    for (const std::string line : lines)
+    for (const std::string& line : lines)
         text += line + "\r\n";
     for (const auto kind : {FailingNew::once, FailingNew::onwards}) {
         bool comesThrough = false;
@@ -260,8 +242,8 @@ TEST_F(IniEditTest, FailedAllocationLosesNoLine) {
             object.SetWriteMode(true);
             EXPECT_TRUE(object.WriteString("after", "k", "v", nullptr)) << n;
             const std::string file = "\r\n" + File();
-            for (const char* line : lines) {
-                const std::string wanted = std::string("\r\n") + line + "\r\n";
+            for (const std::string& line : lines) {
+                const std::string wanted = "\r\n" + line + "\r\n";
                 ASSERT_NE(file.npos, file.find(wanted)) << n << file;
                 EXPECT_EQ(file.find(wanted), file.rfind(wanted)) << n << file;
             }
@@ -272,18 +254,16 @@ TEST_F(IniEditTest, FailedAllocationLosesNoLine) {
 TEST_F(IniEditTest, FailedAllocationOfALineHasAText) {
     Load("[s]\n");
     ini.SetWriteMode(false);
-    const struct {
-        const char* section;
-        const char* error;
-    } cases[] = {{"new", "Ошибка при выделении памяти под объект секции ini"_cp1251},
-                 {"s", "Ошибка при выделении памяти под объект опции ini"_cp1251}};
+    const std::pair<const char*, const char*> cases[] = {
+        {"new", "Ошибка при выделении памяти под объект секции ini"_cp1251},
+        {"s", "Ошибка при выделении памяти под объект опции ini"_cp1251}};
     for (const auto& c : cases) {
         bool told = false;
         const auto create = [&] {
-            told = !ini.FindCreateOption(c.section, "k", true, nullptr) && ini.m_sErr.View() == c.error;
+            told = !ini.FindCreateOption(c.first, "k", true, nullptr) && ini.m_sErr.View() == c.second;
         };
         for (long n = 1; !told && FailsAt(n, FailingNew::once, create);)
             ++n;
-        EXPECT_TRUE(told) << c.section;
+        EXPECT_TRUE(told) << c.first;
     }
 }
