@@ -1,14 +1,12 @@
 #include "zynaggr/zynfile.h"
 
-#include "support/temp_folder.h"
-#include "zynhost/application.h"
+#include "support/host.h"
 #include "zynplatform/cp1251.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>
-#include <map>
 #include <sys/stat.h>
-#include <vector>
+#include <tuple>
 
 using namespace zynplatform::literals;
 namespace fs = std::filesystem;
@@ -40,50 +38,45 @@ TEST(ZynFile, OpenFlagsActAsTheModeStringTheyMean) {
                          : mode[0] == 'r' || update                     ? content
                                                                         : "");
         file.SeekToBegin();
-        EXPECT_EQ(file.WriteString("W\n"), mode[0] != 'r' || update);
+        EXPECT_EQ(file.WriteString("\nW\n\n"), mode[0] != 'r' || update);
         EXPECT_TRUE(file.Close());
+        const std::string written = text ? "\r\nW\r\n\r\n" : "\nW\n\n";
         if (mode[0] != 'r' || update)
-            content.replace(mode[0] == 'a' ? content.size() : 0, text ? 3 : 2, text ? "W\r\n" : "W\n");
+            content.replace(mode[0] == 'a' ? content.size() : 0, written.size(), written);
         EXPECT_EQ(folder.Read("f"), content);
     }
 }
 
 TEST(ZynFile, ShareBitsSayWhatOthersMayDo) {
     const TempFolder folder;
-    const struct {
-        unsigned share;
-        bool reads, writes; // what others may do
-    } cases[] = {
+    const std::tuple<unsigned, bool, bool> cases[] = {
         {0, true, true}, {0x10, false, false}, {0x20, true, false}, {0x30, false, true}, {0x40, true, true}};
-    for (const auto& c : cases)
+    for (const auto& [share, reads, writes] : cases)
         for (const unsigned access : {0u, 2u, 0x1001u}) {
             folder.Write("f", "old");
             CzynFile first, second;
             CFileException error;
-            ASSERT_TRUE(first.Open(folder.Path("f"), c.share, nullptr));
-            const bool allowed = (access == 0 || c.writes) && (access == 0x1001 || c.reads);
-            EXPECT_EQ(second.Open(folder.Path("f"), access, &error), allowed) << c.share << ' ' << access;
+            ASSERT_TRUE(first.Open(folder.Path("f"), share, nullptr));
+            const bool allowed = (access == 0 || writes) && (access == 0x1001 || reads);
+            EXPECT_EQ(second.Open(folder.Path("f"), access, &error), allowed) << share << ' ' << access;
             EXPECT_EQ(error.m_lOsError, allowed ? -1 : 32);
             EXPECT_EQ(folder.Read("f"), allowed && access == 0x1001 ? "" : "old");
             // What was open before is left behind only once that is decided.
             first.Open(folder.Path("f"), 0, nullptr);
-            EXPECT_EQ(first.IsFileOpen(), c.reads && (c.share & 0x10) == 0);
+            EXPECT_EQ(first.IsFileOpen(), reads && (share & 0x10) == 0);
         }
 }
 
 TEST(ZynFile, FailedOpenFillsTheRecord) {
     const TempFolder folder;
-    const struct {
-        const char* name;
-        int cause, osError;
-    } cases[] = {{"\\none", 2, 2}, {"\\none\\f", 3, 3}, {"", 5, 5}}; // the last one is the folder
     CzynFile file;
     CFileException error;
-    for (const auto& c : cases) {
-        EXPECT_EQ(file.Open(folder.Path() + c.name, 0, &error), 0);
-        EXPECT_EQ(error.m_cause, c.cause);
-        EXPECT_EQ(error.m_lOsError, c.osError);
-        EXPECT_STREQ(error.m_strFileName, folder.Path() + c.name);
+    const std::pair<const char*, int> cases[] = {{"\\none", 2}, {"\\none\\f", 3}, {"", 5}}; // the folder
+    for (const auto& [name, number] : cases) {
+        EXPECT_EQ(file.Open(folder.Path() + name, 0, &error), 0);
+        EXPECT_EQ(error.m_cause, number);
+        EXPECT_EQ(error.m_lOsError, number);
+        EXPECT_STREQ(error.m_strFileName, folder.Path() + name);
     }
     EXPECT_EQ(file.Open(nullptr, 0, &error) + file.Open(nullptr, 0, nullptr), 0);
     EXPECT_EQ(error.m_cause, CFileException::fileNotFound);
@@ -95,17 +88,13 @@ TEST(ZynFile, PositionsAndLengthsAreThoseOfTheFile) {
     CzynFile file;
     ASSERT_TRUE(file.Open(folder.Path("f"), 0x1000, nullptr));
     EXPECT_TRUE(file.Write("0123456789", 10));
-    const struct {
-        std::int64_t offset;
-        unsigned from;
-        std::uint64_t result;
-        std::int64_t position;
-    } seeks[] = {{4, 0, 4, 4}, {2, 1, 6, 6},         {-3, 1, 3, 3},         {-1, 2, 9, 9},
-                 {0, 7, 0, 9}, {-1, 0, failed64, 9}, {-11, 2, failed64, 9}, {5, 2, 15, 15}};
-    for (const auto& s : seeks) {
-        EXPECT_EQ(file.Seek(s.offset, s.from), s.result);
+    const std::tuple<std::int64_t, unsigned, std::uint64_t, std::int64_t> seeks[] = {
+        {4, 0, 4, 4}, {2, 1, 6, 6},         {-3, 1, 3, 3},         {-1, 2, 9, 9},
+        {0, 7, 0, 9}, {-1, 0, failed64, 9}, {-11, 2, failed64, 9}, {5, 2, 15, 15}};
+    for (const auto& [offset, from, result, position] : seeks) {
+        EXPECT_EQ(file.Seek(offset, from), result);
         EXPECT_EQ(file.GetLength(), 10);
-        EXPECT_EQ(file.GetPosition(), s.position) << s.offset << ' ' << s.from;
+        EXPECT_EQ(file.GetPosition(), position) << offset << ' ' << from;
     }
     EXPECT_TRUE(file.SetLength(4) && file.SetLength(6));
     EXPECT_FALSE(file.SetLength(std::uint64_t{1} << 63));
@@ -136,6 +125,10 @@ TEST(ZynFile, ClosedFileAndNullsAnswerFailure) {
     EXPECT_FALSE(file.SetLength(1));
     EXPECT_TRUE(file.WriteString("lost") && file.Flush());
     EXPECT_FALSE(file.Close() || file.IsFileOpen());
+    EXPECT_TRUE(file.Open("/dev/full", 1, nullptr) && file.WriteString("lost"));
+    EXPECT_FALSE(file.Close());
+    EXPECT_TRUE(file.Open("/dev/full", 1, nullptr));
+    EXPECT_FALSE(file.WriteString(std::string(100'000, 'x').c_str()));
 }
 
 TEST(ZynFile, LinesOfAnyLengthArriveWhole) {
@@ -167,8 +160,7 @@ TEST(ZynFile, LinesOfAnyLengthArriveWhole) {
     EXPECT_STREQ(file.ReadString(buffer, 1), "");
     for (const char* expected : {"abc\n", "\n", "abcd", "\n", "z"})
         EXPECT_STREQ(file.ReadString(buffer, 5), expected);
-    EXPECT_EQ(file.ReadString(buffer, 5), nullptr);
-    EXPECT_EQ(file.ReadString(buffer, 1), nullptr);
+    EXPECT_FALSE(file.ReadString(buffer, 5) || file.ReadString(buffer, 1));
 }
 
 TEST(ZynFile, CopiesShareTheStreamAndCloseItOnce) {
@@ -227,8 +219,9 @@ TEST(ZynFileHelpers, NormalizingReplacesWhatAFileNameMayNotHold) {
 }
 
 // What stands in the files whose names begin with "f.", by the rest of their names.
-std::map<std::string, std::string> BackupsIn(const TempFolder& folder) {
-    std::map<std::string, std::string> backups;
+using Backups = std::map<std::string, std::string>;
+Backups BackupsIn(const TempFolder& folder) {
+    Backups backups;
     for (const auto& entry : fs::directory_iterator(folder.Native()))
         if (const std::string name = entry.path().filename(); name.size() > 1 && entry.is_regular_file())
             backups[name.substr(2)] = folder.Read(name);
@@ -236,10 +229,7 @@ std::map<std::string, std::string> BackupsIn(const TempFolder& folder) {
 }
 
 TEST(ZynFileHelpers, BackupsRotate) {
-    const struct {
-        int count, runs;
-        std::map<std::string, std::string> before, after;
-    } cases[] = {
+    const std::tuple<int, int, Backups, Backups> cases[] = {
         {1, 2, {}, {{"bak", "2"}}},
         {3, 5, {}, {{"bak", "5"}, {"01.bak", "4"}, {"02.bak", "3"}}},
         {0, 1, {{"bak", "b"}, {"01.bak", "a"}}, {{"bak", "1"}, {"01.bak", "a"}}},
@@ -247,17 +237,17 @@ TEST(ZynFileHelpers, BackupsRotate) {
         {3, 1, {{"01.bak", "a"}, {"bak.tmp", "rest"}}, {{"bak", "1"}, {"02.bak", "a"}}},
         {101, 1, {{"99.bak", "x"}, {"100.bak", "y"}}, {{"bak", "1"}, {"100.bak", "x"}}},
     };
-    for (const auto& c : cases) {
+    for (const auto& [count, runs, before, after] : cases) {
         const TempFolder folder;
-        for (const auto& [suffix, content] : c.before)
+        for (const auto& [suffix, content] : before)
             folder.Write("f." + suffix, content);
-        for (int run = 1; run <= c.runs; ++run) {
+        for (int run = 1; run <= runs; ++run) {
             folder.Write("f", std::to_string(run));
             fs::permissions(folder.Native("f"), fs::perms{0606});
-            EXPECT_TRUE(CzynFile::CreateBackupFile(folder.Path("f"), c.count));
+            EXPECT_TRUE(CzynFile::CreateBackupFile(folder.Path("f"), count));
         }
-        EXPECT_EQ(BackupsIn(folder), c.after);
-        EXPECT_EQ(folder.Read("f"), std::to_string(c.runs));
+        EXPECT_EQ(BackupsIn(folder), after);
+        EXPECT_EQ(folder.Read("f"), std::to_string(runs));
         EXPECT_EQ(fs::status(folder.Native("f.bak")).permissions(), fs::perms{0606});
     }
 }
@@ -273,21 +263,13 @@ TEST(ZynFileHelpers, BackupGoesToTheTemporaryFolderWhenItsOwnRefuses) {
     fs::create_directory(temporary.Native("f.bak.tmp"));
     EXPECT_FALSE(CzynFile::CreateBackupFile(folder.Path("f"), 3));
     unsetenv("TEMP");
-    const std::map<std::string, std::string> expected = {
-        {"bak", "now"}, {"01.bak", "now"}, {"02.bak", "earlier"}};
-    EXPECT_EQ(BackupsIn(temporary), expected);
+    EXPECT_EQ(BackupsIn(temporary), (Backups{{"bak", "now"}, {"01.bak", "now"}, {"02.bak", "earlier"}}));
     EXPECT_TRUE(BackupsIn(folder).empty());
 }
 
 TEST(ZynFileHelpers, CopyTakesTheRightsAlongOnlyWhenAskedAndWarnsWhenRefused) {
-    struct App : CWinApp {
-        std::string shown;
-        int DoMessageBox(const char* text, std::uint32_t style, std::uint32_t) override {
-            shown += text + std::to_string(style);
-            return 1;
-        }
-    } app;
-    const TempFolder folder;
+    const Host app(0);
+    const TempFolder& folder = app.folder;
     const CStringA f = folder.Path("f");
     for (const char* name : {"", "f", "foreign"}) {
         if (*name) folder.Write(name, name);
@@ -302,7 +284,7 @@ TEST(ZynFileHelpers, CopyTakesTheRightsAlongOnlyWhenAskedAndWarnsWhenRefused) {
     if (geteuid() != 0 || seteuid(65534) != 0) GTEST_SKIP() << "needs a file of another user";
     EXPECT_FALSE(CzynFile::CopyFile(f, folder.Path("foreign"), false, true));
     EXPECT_EQ(seteuid(0), 0);
-    EXPECT_EQ(app.shown, "SetNamedSecurityInfo Error {CzynFile::CopyFile}48");
+    EXPECT_EQ(app.boxes, std::vector<std::string>{"48 SetNamedSecurityInfo Error {CzynFile::CopyFile}"});
     EXPECT_EQ(folder.Read("foreign"), "f"); // the copy stays
 }
 
