@@ -10,6 +10,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
+#include <tuple>
 
 using namespace zynplatform;
 namespace fs = std::filesystem;
@@ -52,19 +53,16 @@ TEST(FileSystem, CopyThatIsRefusedLeavesTheTargetAsItWas) {
     folder.Write("f", "content");
     folder.Write("held", "mine");
     fs::create_hard_link(folder.Native("f"), folder.Native("link"));
-    const OpenMode exclusive{.access = accessRead, .deny = accessRead | accessWrite};
     FileHandle handle;
-    ASSERT_EQ(OpenFile(folder.Path("held"), exclusive, handle), 0u);
-    const struct {
-        const char *from, *to;
-        std::uint32_t error;
-    } cases[] = {
+    ASSERT_EQ(OpenFile(folder.Path("held"), {.access = accessRead, .deny = accessRead | accessWrite}, handle),
+              0u);
+    const std::tuple<const char*, const char*, std::uint32_t> cases[] = {
         {"f", "f", errorSharingViolation},    {"f", "link", errorSharingViolation},
         {"f", "held", errorSharingViolation}, {"held", "new", errorSharingViolation},
         {"none", "f", errorFileNotFound},     {"", "f", errorAccessDenied}, // the folder itself
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(CopyFileContent(folder.Path(c.from), folder.Path(c.to), false), c.error) << c.from << c.to;
+    for (const auto& [from, to, error] : cases)
+        EXPECT_EQ(CopyFileContent(folder.Path(from), folder.Path(to), false), error) << from << to;
     CloseFile(handle);
     EXPECT_EQ(folder.Read("f") + folder.Read("held"), "contentmine");
     EXPECT_FALSE(folder.Has("new"));
@@ -100,10 +98,8 @@ TEST(FileSystem, AccessRightsAreTheBitsAndTheAccessList) {
         EXPECT_EQ(SetAccessRights(folder.Path("to"), rights), 0u);
         char found[sizeof list + 1];
         const ssize_t size = getxattr(folder.Native("to").c_str(), attribute, found, sizeof found);
-        if (from == "plain")
-            EXPECT_EQ(size, -1);
-        else
-            EXPECT_TRUE(size == sizeof list && std::memcmp(found, list, sizeof list) == 0);
+        EXPECT_EQ(size, from == "plain" ? -1 : static_cast<ssize_t>(sizeof list));
+        EXPECT_TRUE(from == "plain" || std::memcmp(found, list, sizeof list) == 0);
         EXPECT_EQ(fs::status(folder.Native("to")).permissions(),
                   fs::status(folder.Native(from)).permissions());
     }

@@ -1,20 +1,17 @@
-#include "zynplatform/automation.h"
-#include "zynplatform/cp1251.h"
 #include "zynplatform/registry.h"
 
-#include <gtest/gtest.h>
+#include "support/temp_folder.h"
+#include "zynplatform/automation.h"
+#include "zynplatform/cp1251.h"
 
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <string>
-#include <thread>
-
+#include <gtest/gtest.h>
 #include <sys/wait.h>
-#include <unistd.h>
+#include <thread>
 
 using namespace zynplatform;
 using namespace zynplatform::literals;
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -22,34 +19,24 @@ namespace {
 class Registry : public testing::Test {
 protected:
     Registry() { setenv("ZYN_REGISTRY", m_file.c_str(), 1); }
-    ~Registry() override {
-        unsetenv("ZYN_REGISTRY");
-        std::filesystem::remove_all(m_folder);
-    }
-    std::string Text() const {
-        std::ifstream file(m_file, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-    static void Write(const std::filesystem::path& file, const std::string& text) {
-        std::filesystem::create_directories(file.parent_path());
-        std::ofstream(file, std::ios::binary) << text;
-    }
+    ~Registry() override { unsetenv("ZYN_REGISTRY"); }
+    void Write(std::string_view text) const { m_folder.Write("registry", text); }
+    std::string Text() const { return m_folder.Read("registry"); }
 
-    std::filesystem::path m_folder =
-        std::filesystem::temp_directory_path() / ("zyn_registry_test" + std::to_string(getpid()));
-    std::filesystem::path m_file = m_folder / "registry";
+    const TempFolder m_folder;
+    const fs::path m_file = m_folder.Native("registry");
 };
 
 } // namespace
 
 TEST_F(Registry, FindsKeysWithoutRegardToCase) {
-    Write(m_file, "\xEF\xBB\xBF[First]\r\n"
-                  "; [Comment]\n\n"
-                  "\"[Value]\"=dword:0000000a\n"
-                  "\"Text\"=\"[a \\\"quoted\\\" C:\\\\x]\"\n"
-                  "  [Software\\Maker\\Модуль Ёж\\Settings] \r\n"
-                  "[Unclosed\n"
-                  "[Last]");
+    Write("\xEF\xBB\xBF[First]\r\n"
+          "; [Comment]\n\n"
+          "\"[Value]\"=dword:0000000a\n"
+          "\"Text\"=\"[a \\\"quoted\\\" C:\\\\x]\"\n"
+          "  [Software\\Maker\\Модуль Ёж\\Settings] \r\n"
+          "[Unclosed\n"
+          "[Last]");
     for (const char* key :
          {"First", "fIRST", "Last", "Software", // the last one above a key that is written down
           "Software\\Maker\\мОДУЛЬ ёЖ\\settings"_cp1251})
@@ -62,22 +49,20 @@ TEST_F(Registry, FindsKeysWithoutRegardToCase) {
 TEST_F(Registry, MissingFileIsEmptyAndUnreadableOneIsAFailure) {
     EXPECT_TRUE(RegistryIsReadable());
     EXPECT_FALSE(RegistryKeyExists("Any"));
-    std::filesystem::create_directories(m_file); // a folder in the file's place can be opened but not read
+    fs::create_directories(m_file); // a folder in the file's place can be opened but not read
     EXPECT_FALSE(RegistryIsReadable());
     EXPECT_FALSE(InitializeAutomation());
 }
 
 TEST_F(Registry, NumbersAreReadAndTheRestIsKept) {
-    Write(m_file, "; mine\n[A]\n \"N\" = dword:0000000a \r\n\"Text\"=\"dword:1\"\n\n"
-                  "[a\\b]\n\"A \\\"q\\\"\"=dword:FFFFFFFF\n\"Bad\"=dword:1x\n\"Long\"=dword:000000001");
+    Write("; mine\n[A]\n \"N\" = dword:0000000a \r\n\"Text\"=\"dword:1\"\n\n"
+          "[a\\b]\n\"A \\\"q\\\"\"=dword:FFFFFFFF\n\"Bad\"=dword:1x\n\"Long\"=dword:000000001");
     const auto a = RegistryKey::Open("A"), b = RegistryKey::Open("A\\B");
     ASSERT_TRUE(a && b);
     EXPECT_EQ(a->GetNumber("n"), 10u);
     EXPECT_EQ(b->GetNumber("a \"Q\""), 0xFFFFFFFFu);
-    for (const char* name : {"Text", "Bad", "Long", ""}) {
-        EXPECT_FALSE(a->GetNumber(name)) << name;
-        EXPECT_FALSE(b->GetNumber(name)) << name;
-    }
+    for (const char* name : {"Text", "Bad", "Long", ""})
+        EXPECT_FALSE(a->GetNumber(name) || b->GetNumber(name)) << name;
     ASSERT_TRUE(a->SetNumber("Ё\\"_cp1251, 1) && a->SetNumber("TEXT", 2) && b->SetNumber("New", 3));
     EXPECT_EQ(a->GetNumber("ё\\"_cp1251), 1u);
     const auto made = RegistryKey::OpenOrCreate("A\\Я"_cp1251);
@@ -87,30 +72,26 @@ TEST_F(Registry, NumbersAreReadAndTheRestIsKept) {
               "[a\\b]\n\"A \\\"q\\\"\"=dword:FFFFFFFF\n\"Bad\"=dword:1x\n\"Long\"=dword:000000001\n"
               "\"New\"=dword:00000003\n\n[A\\Я]\n");
     EXPECT_FALSE(RegistryKey::Open("B"));
-    std::filesystem::remove(m_file);
+    fs::remove(m_file);
     EXPECT_FALSE(a->SetNumber("N", 1)); // the key is gone
-    EXPECT_FALSE(std::filesystem::exists(m_file));
+    EXPECT_FALSE(fs::exists(m_file));
 }
 
 TEST_F(Registry, WhatMayNotBeWrittenIsNotThere) {
-    Write(m_file, "[A]\n");
-    std::filesystem::permissions(m_folder, std::filesystem::perms(0777));
-    std::filesystem::permissions(m_file, std::filesystem::perms(0444));
+    Write("[A]\n");
+    fs::permissions(m_folder.Native(), fs::perms(0777));
+    fs::permissions(m_file, fs::perms(0444));
     const bool root = geteuid() == 0; // who may do everything is not asked
     ASSERT_TRUE(!root || seteuid(65534) == 0);
     EXPECT_TRUE(RegistryKeyExists("A"));
-    EXPECT_FALSE(RegistryKey::Open("A"));
-    EXPECT_FALSE(RegistryKey::OpenOrCreate("A"));
-    EXPECT_FALSE(RegistryKey::OpenOrCreate("B"));
+    EXPECT_FALSE(RegistryKey::Open("A") || RegistryKey::OpenOrCreate("A") || RegistryKey::OpenOrCreate("B"));
     ASSERT_TRUE(!root || seteuid(0) == 0);
     EXPECT_EQ(Text(), "[A]\n");
 }
 
 TEST_F(Registry, ProcessesWritingAtOnceLoseNothing) {
-    pid_t children[3];
     for (int child = 0; child < 3; ++child) {
-        children[child] = fork();
-        if (children[child] != 0) continue;
+        if (fork() != 0) continue;
         bool done = true;
         for (int i = 0; i < 50; ++i) {
             const std::string name = std::to_string(child) + "/" + std::to_string(i);
@@ -119,26 +100,22 @@ TEST_F(Registry, ProcessesWritingAtOnceLoseNothing) {
         }
         _exit(done ? 0 : 1);
     }
-    for (const pid_t child : children) {
-        int status = 0;
-        ASSERT_EQ(waitpid(child, &status, 0), child);
+    for (int child = 0, status = 0; child < 3; ++child) {
+        ASSERT_GT(wait(&status), 0);
         EXPECT_EQ(status, 0);
     }
-    for (int child = 0; child < 3; ++child)
-        for (std::uint32_t i = 0; i < 50; ++i)
-            EXPECT_EQ(RegistryKey::Open("Key" + std::to_string(i % 5))
-                          ->GetNumber(std::to_string(child) + "/" + std::to_string(i)),
-                      i);
+    for (std::uint32_t i = 0; i < 150; ++i) {
+        const auto key = RegistryKey::Open("Key" + std::to_string(i % 5));
+        EXPECT_EQ(key->GetNumber(std::to_string(i / 50) + "/" + std::to_string(i % 50)), i % 50);
+    }
 }
 
 TEST_F(Registry, AutomationServersAreFoundOnThreadsThatInitialised) {
-    Write(m_file, "[software\\classes\\maker.sheet\\clsid]\n");
+    Write("[software\\classes\\maker.sheet\\clsid]\n");
     const auto found = [] { return FindAutomationServer("Maker.Sheet"); };
     EXPECT_FALSE(found());
-    ASSERT_TRUE(InitializeAutomation());
-    ASSERT_TRUE(InitializeAutomation());
-    EXPECT_TRUE(found());
-    EXPECT_FALSE(FindAutomationServer("Maker.Other"));
+    ASSERT_TRUE(InitializeAutomation() && InitializeAutomation());
+    EXPECT_TRUE(found() && !FindAutomationServer("Maker.Other"));
     std::thread([&] { EXPECT_FALSE(found()); }).join();
     UninitializeAutomation();
     EXPECT_TRUE(found());
