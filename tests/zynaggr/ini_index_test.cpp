@@ -44,37 +44,25 @@ TEST(IniIndexTest, FindsWhatWalkingFinds) {
                             : RandomName(random) + "=" + std::to_string(i) + "\n";
     folder.Write("indexed.ini", text);
     folder.Write("walked.ini", text);
-    CzynINI indexed;
+    CzynINI indexed(folder.Path("indexed.ini"));
     Walker walked;
-    indexed.SetINI(folder.Path("indexed.ini"), false, 0);
     walked.SetINI(folder.Path("walked.ini"), false, 0);
     indexed.SetWriteMode(false);
     walked.SetWriteMode(false);
     for (int step = 0; step < 60'000; ++step) {
         const std::string section = RandomName(random), key = RandomName(random), other = RandomName(random);
-        const char *s = section.c_str(), *k = key.c_str(), *o = other.c_str();
+        const char *const s = section.c_str(), *const k = key.c_str(), *const o = other.c_str();
+        const auto operation = random() % 4000;
         // Edits are rare, so that there is an index between them.
-        switch (random() % 4000) {
-        case 0:
-            ASSERT_EQ(indexed.WriteString(s, k, o, "note"), walked.WriteString(s, k, o, "note"));
-            break;
-        case 1:
-            ASSERT_EQ(indexed.Delete(s, k), walked.Delete(s, k));
-            break;
-        case 2:
-            indexed.RenameParam(s, k, o);
-            walked.RenameParam(s, k, o);
-            break;
-        case 3:
-            ASSERT_EQ(indexed.GetInt(s, k, 7, true), walked.GetInt(s, k, 7, true));
-            break;
-        case 4:
-            indexed.RenameGroupe(s, o);
-            walked.RenameGroupe(s, o);
-            break;
-        default:
-            break;
-        }
+        const auto edit = [&](CzynINI& ini) -> int {
+            if (operation == 0) return ini.WriteString(s, k, o, "note");
+            if (operation == 1) return ini.Delete(s, k);
+            if (operation == 2) ini.RenameParam(s, k, o);
+            if (operation == 3) return ini.GetInt(s, k, 7, true);
+            if (operation == 4) ini.RenameGroupe(s, o);
+            return 0;
+        };
+        ASSERT_EQ(edit(indexed), edit(walked));
         ASSERT_EQ(indexed.GetString(s, k, "none", false), walked.GetString(s, k, "none", false));
         ASSERT_EQ(indexed.isGroupeSet(s), walked.isGroupeSet(s));
     }

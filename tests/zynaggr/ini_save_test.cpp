@@ -174,6 +174,7 @@ TEST_F(IniSaveTest, FullDiskLeavesTheOldTextWhole) {
             EXPECT_EQ("Ошибка при записи файла ini"_cp1251, ini.GetErrDescription());
             EXPECT_EQ(old, File());
             EXPECT_TRUE(!folder.Has("f.ini.bak") || Backup() == old);
+            EXPECT_FALSE(folder.Has("f.ini.bak.tmp")); // no half copy
             EXPECT_TRUE(ini.isParamSet("s", "new"));
             EXPECT_TRUE(ini.InternalSave()); // once there is room
             EXPECT_EQ(old + "new=value\r\n", File());

@@ -4,10 +4,8 @@
 #include "zynplatform/file.h"
 #include "zynplatform/syserror.h"
 
-#include <csignal>
 #include <cstring>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <tuple>
@@ -66,20 +64,6 @@ TEST(FileSystem, CopyThatIsRefusedLeavesTheTargetAsItWas) {
     CloseFile(handle);
     EXPECT_EQ(folder.Read("f") + folder.Read("held"), "contentmine");
     EXPECT_FALSE(folder.Has("new"));
-}
-
-TEST(FileSystem, CopyThatBreaksOffLeavesNoHalfFile) {
-    const TempFolder folder;
-    folder.Write("f", std::string(100'000, 'x'));
-    rlimit limit;
-    getrlimit(RLIMIT_FSIZE, &limit);
-    const rlimit lowered{70'000, limit.rlim_max};
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    setrlimit(RLIMIT_FSIZE, &lowered);
-    EXPECT_EQ(CopyFileContent(folder.Path("f"), folder.Path("copy"), false), errorDiskFull);
-    setrlimit(RLIMIT_FSIZE, &limit);
-    std::signal(SIGXFSZ, handler);
-    EXPECT_FALSE(folder.Has("copy"));
 }
 
 TEST(FileSystem, AccessRightsAreTheBitsAndTheAccessList) {

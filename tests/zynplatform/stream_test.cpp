@@ -86,8 +86,6 @@ TEST(StreamTest, ReadingAndWritingAlternateFreely) {
         }
         ASSERT_EQ(static_cast<std::int64_t>(position), stream.GetPosition()) << step;
     }
-    EXPECT_EQ(-1, stream.Seek(-1, SeekFrom::begin));
-    EXPECT_EQ(static_cast<std::int64_t>(position), stream.GetPosition());
     EXPECT_TRUE(stream.Close());
     EXPECT_EQ(model, folder.Read("f"));
 }
