@@ -13,21 +13,6 @@ namespace {
 
 using IniSaveTest = IniFileTest;
 
-// Files of this process cannot grow beyond a length: a disk without room.
-class FullDisk {
-public:
-    explicit FullDisk(rlim_t length) {
-        std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &m_before);
-        const rlimit lowered{length, m_before.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &lowered);
-    }
-    ~FullDisk() { setrlimit(RLIMIT_FSIZE, &m_before); }
-
-private:
-    rlimit m_before{};
-};
-
 // A text of the basic plane in an encoding, behind a mark when wanted.
 std::string Encoded(std::u16string text, zynTextEncoding encoding, bool mark) {
     if (mark && encoding != zynEncCP1251) text.insert(text.begin(), u'\uFEFF');
@@ -160,17 +145,18 @@ TEST_F(IniSaveTest, FailedSavesTellWhyAndTheModeChangesAllTheSame) {
 
 TEST_F(IniSaveTest, FullDiskLeavesTheOldTextWhole) {
     const std::string old = "[s]\r\nk=" + std::string(500, 'x') + "\r\n";
-    const char* const temp = getenv("TMPDIR");
-    const std::string tempBefore = temp ? temp : "";
+    rlimit limit;
+    getrlimit(RLIMIT_FSIZE, &limit);
+    std::signal(SIGXFSZ, SIG_IGN);
     for (const rlim_t room : {old.size() - 1, old.size()}) // without and with room for the backup
-        for (const std::string& tempFolder : {""s, "/no/such/folder"s, folder.Native().string()}) {
-            tempFolder.empty() ? unsetenv("TMPDIR") : setenv("TMPDIR", tempFolder.c_str(), 1);
+        for (const std::string& temporary : {""s, "/no/such/folder"s, folder.Native().string()}) {
+            setenv("TEMP", temporary.c_str(), 1);
             std::filesystem::remove(folder.Native("f.ini.bak"));
             Load(old);
-            {
-                const FullDisk full(room);
-                EXPECT_TRUE(ini.WriteString("s", "new", "value", nullptr));
-            }
+            const rlimit lowered{room, limit.rlim_max};
+            setrlimit(RLIMIT_FSIZE, &lowered);
+            EXPECT_TRUE(ini.WriteString("s", "new", "value", nullptr));
+            setrlimit(RLIMIT_FSIZE, &limit);
             EXPECT_EQ("Ошибка при записи файла ini"_cp1251, ini.GetErrDescription());
             EXPECT_EQ(old, File());
             EXPECT_TRUE(!folder.Has("f.ini.bak") || Backup() == old);
@@ -179,7 +165,7 @@ TEST_F(IniSaveTest, FullDiskLeavesTheOldTextWhole) {
             EXPECT_TRUE(ini.InternalSave()); // once there is room
             EXPECT_EQ(old + "new=value\r\n", File());
         }
-    temp ? setenv("TMPDIR", tempBefore.c_str(), 1) : unsetenv("TMPDIR");
+    unsetenv("TEMP");
 }
 
 TEST_F(IniSaveTest, PathsAreExpandedFromTheFilesFolder) {
