@@ -38,9 +38,9 @@ TEST(ZynFile, OpenFlagsActAsTheModeStringTheyMean) {
                          : mode[0] == 'r' || update                     ? content
                                                                         : "");
         file.SeekToBegin();
-        EXPECT_EQ(file.WriteString("\nW\n\n"), mode[0] != 'r' || update);
+        EXPECT_EQ(file.WriteString("W\n\nX"), mode[0] != 'r' || update);
         EXPECT_TRUE(file.Close());
-        const std::string written = text ? "\r\nW\r\n\r\n" : "\nW\n\n";
+        const std::string written = text ? "W\r\n\r\nX" : "W\n\nX";
         if (mode[0] != 'r' || update)
             content.replace(mode[0] == 'a' ? content.size() : 0, written.size(), written);
         EXPECT_EQ(folder.Read("f"), content);
