@@ -100,8 +100,8 @@ TEST_F(ZynStringFileTest, ContentDecidesWithoutAMark) {
 }
 
 TEST_F(ZynStringFileTest, FailedLoadForgetsWhatWasToldAndLeavesTheFileOpen) {
-    for (const std::string& bytes :
-         {"\xFF\xFE\0\0\0\0\1\0"s, "\xEF\xBB\xBF"s}) { // above U+FFFF; nothing but a mark
+    const std::string aboveFFFF = "\xFF\xFE\0\0\0\0\1\0"s, nothingButAMark = Mark(1);
+    for (const std::string& bytes : {aboveFFFF, nothingButAMark}) {
         Open(bytes);
         file.SetFileEncoding(zynEncUTF8);
         EXPECT_EQ(0, file.Load2Memory());
@@ -109,14 +109,18 @@ TEST_F(ZynStringFileTest, FailedLoadForgetsWhatWasToldAndLeavesTheFileOpen) {
         EXPECT_TRUE(file.IsFileOpen());
         EXPECT_EQ(nullptr, file._GetBuf());
     }
-    Open("x");
-    std::filesystem::resize_file(folder.Native("f"), 1u << 30);
-    EXPECT_EQ(0, file.Load2Memory());
 #ifdef NDEBUG
     Open("x");
     file.SetEncodingIfNotBOM(zynEncCP866);
     EXPECT_EQ(0, file.Load2Memory());
 #endif
+    for (const unsigned length : {0x40000000u, 0x3FFFFFFFu}) {
+        Open("");
+        std::filesystem::resize_file(folder.Native("f"), length);
+        const FailingNew failing(1);
+        EXPECT_EQ(0, file.Load2Memory());
+        EXPECT_EQ(length < 0x40000000 ? 1 : 0, failing.Failures()); // too long: memory is not asked for
+    }
 }
 
 TEST_F(ZynStringFileTest, RunOfLineEndsCountsAsOne) {
@@ -136,18 +140,31 @@ TEST_F(ZynStringFileTest, RunOfLineEndsCountsAsOne) {
     }
 }
 
-TEST_F(ZynStringFileTest, PositionsStayInTheText) {
+TEST_F(ZynStringFileTest, PositionsStayInTheTextAndTheBufferGrowsInSteps) {
     Open("0123456789");
-    CStringA rest;
     EXPECT_EQ(0u, file.SetPosition(5)); // nothing loaded yet
     file.Load2Memory();
     EXPECT_EQ(0u, file.SetPosition(0));
     EXPECT_EQ(9u, file.SetPosition(1000));
-    EXPECT_EQ(1, file.ReadAllDataToString(rest));
-    EXPECT_STREQ("9", rest);
+    EXPECT_EQ("9", All());
     EXPECT_EQ(9u, file.GetPosition());
     file.SeekToBegin();
     EXPECT_EQ("0123456789", All());
+    CStringA text;
+    EXPECT_EQ(1, file.ReadString(text));
+    for (const bool isLine : {true, false}) {
+        text = "old";
+        EXPECT_EQ(0, isLine ? file.ReadString(text) : file.ReadAllDataToString(text));
+        EXPECT_STREQ("", text);
+    }
+
+    EXPECT_EQ(1, file.WriteString("b"));
+    const unsigned char* const buffer = file._GetBuf();
+    EXPECT_EQ(1, file.WriteString(std::string(4094, 'x').c_str()));
+    EXPECT_EQ(buffer, file._GetBuf()); // 10 + 4096 bytes are had, the last for a zero
+    EXPECT_EQ(4105u, std::strlen(reinterpret_cast<const char*>(buffer)));
+    EXPECT_EQ(1, file.WriteString("x"));
+    EXPECT_NE(buffer, file._GetBuf());
 }
 
 TEST_F(ZynStringFileTest, WritingInsertsCarriageReturnsAndAppendsAtTheEnd) {
@@ -163,66 +180,73 @@ TEST_F(ZynStringFileTest, WritingInsertsCarriageReturnsAndAppendsAtTheEnd) {
     EXPECT_EQ(1, file.WriteString("e\0f", 3));
     EXPECT_EQ(1, file.Flush());
     EXPECT_EQ("old\r\na\r\n\r\nb\r\nc\r\r\nde\0f"s, folder.Read("f"));
-}
 
-TEST_F(ZynStringFileTest, WrittenTextIsNotThrownAwayByARead) {
-    Open("old text");
+    Open("old"); // written text is not thrown away by a read
     CStringA line;
-    EXPECT_EQ(1, file.WriteString("new"));
+    EXPECT_EQ(1, file.WriteString("n"));
     EXPECT_EQ(0, file.ReadString(line));
     EXPECT_EQ(0, file.Load2Memory());
     EXPECT_EQ(1, file.Flush());
-    EXPECT_EQ("new", folder.Read("f"));
+    EXPECT_EQ("n", folder.Read("f"));
     EXPECT_EQ(1, file.ReadString(line));
-    EXPECT_STREQ("new", line);
+    EXPECT_STREQ("n", line);
 }
 
-TEST_F(ZynStringFileTest, FileOpenedToBeEmptiedKeepsItsContentUntilTheNewTextIsOnItsWay) {
-    constexpr unsigned empty = CFile::modeCreate | CFile::modeWrite;
-    Open("old content", empty);
+constexpr unsigned emptying = CFile::modeCreate | CFile::modeWrite;
+
+TEST_F(ZynStringFileTest, FileOpenedToBeEmptiedIsExclusiveAndKeepsItsContentUntilClosed) {
+    Open("old content", emptying);
     CzynStringFile other;
-    EXPECT_EQ(0,
-              other.Open(folder.Path("f"), CFile::shareDenyNone, zynEncUnknown)); // no share bits: exclusive
+    EXPECT_EQ(0, other.Open(folder.Path("f"), CFile::shareDenyNone, zynEncUnknown));
     EXPECT_STREQ("Ошибка при открытии файла: Файл занят другим процессом."_cp1251, other.GetErrorMessage());
     EXPECT_EQ("old content", folder.Read("f"));
     EXPECT_EQ(1, file.Load2Memory()); // it is empty to its user
     EXPECT_EQ(0u, file._GetDataSize());
     file.Close();
     EXPECT_EQ("", folder.Read("f"));
-
-    Open("old content", empty);
-    file.WriteString(std::string(2000, 'x').c_str());
-    rlimit limit;
-    getrlimit(RLIMIT_FSIZE, &limit);
-    const rlimit lowered{1000, limit.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &lowered);
-    EXPECT_EQ(0, file.Flush());
-    file.Close();
-    setrlimit(RLIMIT_FSIZE, &limit);
-    EXPECT_EQ("old content", folder.Read("f"));
-
-    EXPECT_EQ(0, file.Open(folder.Path("none/f"), empty, zynEncUnknown));
+    EXPECT_EQ(0, file.Open(folder.Path("none/f"), emptying, zynEncUnknown));
     EXPECT_STREQ("Ошибка при открытии файла: Путь не найден."_cp1251, file.GetErrorMessage());
+}
+
+TEST_F(ZynStringFileTest, TextForWhichThereIsNoRoomStaysPendingAndTheOldFileWhole) {
+    for (const auto encoding : {zynEncCP1251, zynEncUCS4LE})
+        for (const bool isWrittenLater : {false, true}) {
+            Open("old content", emptying);
+            file.SetFileEncoding(encoding);
+            file.WriteString(std::string(2000, 'x').c_str());
+            rlimit limit;
+            getrlimit(RLIMIT_FSIZE, &limit);
+            const rlimit lowered{1000, limit.rlim_max};
+            setrlimit(RLIMIT_FSIZE, &lowered);
+            EXPECT_EQ(0, file.Flush());
+            if (!isWrittenLater) file.Close();
+            setrlimit(RLIMIT_FSIZE, &limit);
+            EXPECT_EQ("old content", folder.Read("f"));
+            EXPECT_EQ(isWrittenLater, file.Flush());
+            const std::size_t written = encoding == zynEncCP1251 ? 2000 : 8004;
+            EXPECT_EQ(isWrittenLater ? written : 11, folder.Read("f").size());
+        }
 }
 
 TEST_F(ZynStringFileTest, FailedAllocationIsAResultAndLosesNothing) {
     const std::string bytes = Mark(3) + encoded[3];
-    for (long n = 1;; ++n) {
-        folder.Write("f", bytes);
-        long failures = 0;
-        try {
-            const FailingNew failing(n);
-            CzynStringFile text(folder.Path("f"), CFile::modeReadWrite);
-            if (text.Load2Memory() && text.WriteString("!")) text.Flush();
-            text.Close();
-            failures = failing.Failures();
-        } catch (const std::bad_alloc&) {
-            failures = 1;
-        }
-        const std::string after = folder.Read("f");
-        EXPECT_TRUE(after == bytes || after == bytes + "\0!"s) << n;
-        if (failures == 0) break;
-    }
+    for (const unsigned flags : {unsigned{CFile::modeReadWrite}, emptying})
+        for (const auto kind : {FailingNew::once, FailingNew::onwards})
+            for (long n = 1, failures = 1; failures != 0; ++n) {
+                folder.Write("f", bytes);
+                try {
+                    const FailingNew failing(n, kind);
+                    CzynStringFile text(folder.Path("f"), flags);
+                    text.SetFileEncoding(zynEncUCS2BE);
+                    if (text.Load2Memory() && text.WriteString("!")) text.Flush();
+                    text.Close();
+                    failures = failing.Failures();
+                } catch (const std::bad_alloc&) {
+                }
+                const std::string after = folder.Read("f");
+                const std::string whole = (flags == emptying ? Mark(3) : bytes) + "\0!"s;
+                EXPECT_TRUE(after == whole || (failures != 0 && after == bytes)) << flags << ' ' << n;
+            }
 }
 
 TEST(ConvertersTest, EveryPairConvertsOrSaysNo) {
@@ -272,52 +296,6 @@ TEST_F(ZynStringFileTest, WhatIsSaidBeforeOpeningHoldsAndAMarkOverrulesIt) {
         EXPECT_EQ(mark + "\xD0\x81!"s, folder.Read("f"));
         file.Close();
     }
-}
-
-TEST_F(ZynStringFileTest, LimitsAndEndsAreExact) {
-    for (const unsigned length : {0x40000000u, 0x3FFFFFFFu}) {
-        Open("");
-        std::filesystem::resize_file(folder.Native("f"), length);
-        const FailingNew failing(1);
-        EXPECT_EQ(0, file.Load2Memory());
-        EXPECT_EQ(length < 0x40000000 ? 1 : 0, failing.Failures()); // too long: memory is not asked for
-    }
-    Open("a");
-    CStringA text;
-    EXPECT_EQ(1, file.ReadString(text));
-    EXPECT_EQ(0, file.ReadString(text));
-    EXPECT_STREQ("", text);
-    text = "old";
-    EXPECT_EQ(0, file.ReadAllDataToString(text));
-    EXPECT_STREQ("", text);
-    const unsigned char* const buffer = (file.WriteString("b"), file._GetBuf());
-    EXPECT_EQ(1, file.WriteString(std::string(4094, 'x').c_str())); // 4097 bytes are had: 1 and 4096
-    EXPECT_EQ(buffer, file._GetBuf());
-    EXPECT_EQ(4096u, std::strlen(reinterpret_cast<const char*>(buffer)));
-    EXPECT_EQ(1, file.WriteString("x"));
-    EXPECT_NE(buffer, file._GetBuf());
-}
-
-TEST_F(ZynStringFileTest, TextThatCannotBeConvertedOrWrittenStaysPendingAndTheOldFileWhole) {
-    Open("old content", CFile::modeCreate | CFile::modeWrite);
-    file.SetFileEncoding(zynEncUCS4LE);
-    EXPECT_EQ(1, file.WriteString("new"));
-    rlimit limit;
-    getrlimit(RLIMIT_FSIZE, &limit);
-    const rlimit lowered{10, limit.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &lowered);
-    EXPECT_EQ(0, file.Flush());
-    setrlimit(RLIMIT_FSIZE, &limit);
-    EXPECT_EQ(1, file.Flush());
-    EXPECT_EQ(16u, folder.Read("f").size());
-    Open("old content", CFile::modeCreate | CFile::modeWrite);
-    file.SetFileEncoding(zynEncUTF8);
-    EXPECT_EQ(1, file.WriteString("new"));
-    {
-        const FailingNew failing(1, FailingNew::onwards);
-        file.Close();
-    }
-    EXPECT_EQ("old content", folder.Read("f"));
 }
 
 TEST(ConvertersTest, ThirtyTwoBitUnitsAreNarrowedOrRefusedWhole) {
