@@ -1,6 +1,6 @@
 #include "zynaggr/zynhelpers.h"
 
-#include "zynhost/application.h"
+#include "support/host.h"
 #include "zynplatform/cp1251.h"
 #include "zynplatform/memorystatus.h"
 
@@ -8,42 +8,11 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
+#include <tuple>
 #include <vector>
-
-#include <unistd.h>
 
 namespace fs = std::filesystem;
 using namespace zynplatform::literals;
-
-namespace {
-
-// The functions that look at variables and files, with both of the test's own.
-class HelpersInFolder : public testing::Test {
-protected:
-    HelpersInFolder() { fs::create_directories(m_folder); }
-    ~HelpersInFolder() override {
-        for (const char* name : {"TEMP", "TMPDIR", "ZYN_REGISTRY"})
-            unsetenv(name);
-        fs::remove_all(m_folder);
-    }
-
-    fs::path m_folder = fs::temp_directory_path() / ("zyn_helpers_test" + std::to_string(getpid()));
-};
-
-class RecordingApplication : public CWinApp {
-public:
-    int DoMessageBox(const char* text, std::uint32_t style, std::uint32_t) override {
-        m_texts.emplace_back(text);
-        m_style = style;
-        return IDOK;
-    }
-
-    std::vector<std::string> m_texts;
-    std::uint32_t m_style = 0;
-};
-
-} // namespace
 
 TEST(Helpers, NumbersAreDigitsBehindASignOrAPrefix) {
     const CStringA withZero("1\0", 2);
@@ -75,20 +44,15 @@ TEST(Helpers, NumbersAreDigitsBehindASignOrAPrefix) {
 }
 
 TEST(Helpers, SplitDropsEmptyPiecesAndJoinEmptyElements) {
-    const struct {
-        const char* text;
-        const char* joined;
-        int pieces;
-    } cases[] = {
-        {"", "", 0}, {",,", "", 0}, {",a,,b,", "a; b", 2}, {"a b", "a b", 1}, {"a,b,c", "a; b; c", 3}};
-    for (const auto& c : cases) {
-        CStringArray pieces;
-        pieces.Add("old");
-        CStringSplit(pieces, c.text, ',');
-        EXPECT_EQ(pieces.GetSize(), c.pieces) << c.text;
-        EXPECT_STREQ(CStringJoin(pieces, "; "), c.joined);
-    }
+    const std::tuple<const char*, int, const char*> cases[] = {
+        {"", 0, ""}, {",,", 0, ""}, {",a,,b,", 2, "a; b"}, {"a b", 1, "a b"}, {"a,b,c", 3, "a; b; c"}};
     CStringArray array;
+    for (const auto& [text, pieces, joined] : cases) {
+        CStringSplit(array, text, ',');
+        EXPECT_EQ(array.GetSize(), pieces) << text;
+        EXPECT_STREQ(CStringJoin(array, "; "), joined);
+    }
+    array.RemoveAll();
     for (const char* element : {"", "a,x", "", "b", ""})
         array.Add(element);
     EXPECT_STREQ(CStringJoin(array, ";"), "a,x;b");
@@ -97,22 +61,23 @@ TEST(Helpers, SplitDropsEmptyPiecesAndJoinEmptyElements) {
     EXPECT_STREQ(CStringJoin(array, "|"), "a|x");
 }
 
-TEST_F(HelpersInFolder, TemporaryFileNameIsTheFirstFreeOne) {
-    const fs::path folder = m_folder / "50%s %n"; // no part of the name is a format
+TEST(Helpers, TemporaryFileNameIsTheFirstFreeOne) {
+    const TempFolder parent;
+    const fs::path folder = parent.Native("50%s %n"); // no part of the name is a format
     fs::create_directories(folder / "tmp%i2.txt");
-    std::ofstream(folder / "tmp%i1.txt") << "x";
+    parent.Write("50%s %n/tmp%i1.txt", "x");
+    CStringA name;
     for (const std::string& variable : {folder.string(), folder.string() + "/"}) {
         setenv("TEMP", variable.c_str(), 1);
-        CStringA path("old"), name("tmp%i");
-        zynGetTempPath(path);
-        EXPECT_EQ(zynToNativePath(path), folder.string() + "/");
+        zynGetTempPath(name);
+        EXPECT_EQ(zynToNativePath(name), folder.string() + "/");
+        name = "tmp%i";
         EXPECT_TRUE(zynGetTempFileName(name, "txt", name));
         EXPECT_EQ(zynToNativePath(name), folder.string() + "/tmp%i3.txt");
         EXPECT_FALSE(fs::exists(folder / "tmp%i3.txt"));
     }
     unsetenv("TEMP");
     unsetenv("TMPDIR");
-    CStringA name;
     EXPECT_TRUE(zynGetTempFileName("zyn_no_such_", "x", name));
     EXPECT_STREQ(name, "zyn_no_such_1.x");
 }
@@ -127,13 +92,10 @@ TEST(Helpers, ModuleIsTheRunningExecutable) {
     EXPECT_EQ(zynToNativePath(folder), executable.parent_path().string() + "/");
 }
 
-TEST(Helpers, ForbiddenCharactersOfAFileNameAreReplaced) {
-    CStringA name("a\nb\\c/d:e*f?g\"h<i>j|k.l\r'");
-    zynCorrectFileName(name, '_');
-    EXPECT_STREQ(name, "a_b_c_d_e_f_g_h_i_j_k.l\r'");
-}
-
-TEST(Helpers, NamesOfConnectionsAndDatabasesAreChecked) {
+TEST(Helpers, NamesOfFilesAreCorrectedOfConnectionsAndDatabasesChecked) {
+    CStringA file("a\nb\\c/d:e*f?g\"h<i>j|k.l\r'"), error("old");
+    zynCorrectFileName(file, '_');
+    EXPECT_STREQ(file, "a_b_c_d_e_f_g_h_i_j_k.l\r'");
     const struct {
         bool database;
         std::string forbidden;
@@ -145,7 +107,6 @@ TEST(Helpers, NamesOfConnectionsAndDatabasesAreChecked) {
         {true, "\\/<>*?:|\"", "Имя БД должно быть длиной два символа или больше!"_cp1251,
          "Имя БД не должно включать символы '\\', '/', '<', '>', '*', '?', ':', '\"' и '|'!"_cp1251}};
     for (const auto& kind : kinds) {
-        CStringA error("old");
         for (const char* name : {"", "x", "="}) {
             EXPECT_FALSE(IsNameCorrect(name, error, kind.database));
             EXPECT_STREQ(error, kind.tooShort);
@@ -187,17 +148,16 @@ TEST(Helpers, BufferSizeIsAShareOfTheScarcerMemory) {
     zynplatform::SetMemoryStatusSource(nullptr);
 }
 
-TEST_F(HelpersInFolder, SpreadsheetCheckReportsWhatIsMissingWhenAsked) {
-    const fs::path file = m_folder / "registry";
+TEST(Helpers, SpreadsheetCheckReportsWhatIsMissingWhenAsked) {
+    Host host(0);
+    const std::string file = host.folder.Native("registry");
     setenv("ZYN_REGISTRY", file.c_str(), 1);
-    RecordingApplication application;
     const auto expectMessage = [&](const char* text) {
-        application.m_texts.clear();
+        host.boxes.clear();
         EXPECT_FALSE(zynCheckExcel(false));
-        EXPECT_TRUE(application.m_texts.empty());
+        EXPECT_TRUE(host.boxes.empty());
         EXPECT_FALSE(zynCheckExcel(true));
-        EXPECT_EQ(application.m_texts, std::vector<std::string>{text});
-        EXPECT_EQ(application.m_style, 0x10U);
+        EXPECT_EQ(host.boxes, std::vector{"16 " + std::string(text)});
     };
     expectMessage(
         "Не удалось получить clsid для Microsoft Excel. Попробуйте переустановить MS Excel."_cp1251);
@@ -205,11 +165,12 @@ TEST_F(HelpersInFolder, SpreadsheetCheckReportsWhatIsMissingWhenAsked) {
     expectMessage("Не удалось получить инициализировать подсистему OLE-COM!"_cp1251);
     fs::remove(file);
 
-    std::ofstream(file) << "[Software\\Classes\\Excel.Application\\CLSID]\n";
+    host.folder.Write("registry", "[Software\\Classes\\Excel.Application\\CLSID]\n");
     const auto isInitialized = [] { return zynplatform::FindAutomationServer("Excel.Application"); };
     EXPECT_FALSE(isInitialized()); // after each failure
     EXPECT_TRUE(zynCheckExcel(true));
     EXPECT_TRUE(isInitialized()); // and after the success until it is undone
     zynplatform::UninitializeAutomation();
     EXPECT_FALSE(isInitialized());
+    unsetenv("ZYN_REGISTRY");
 }

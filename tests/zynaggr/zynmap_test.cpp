@@ -6,8 +6,8 @@
 
 #include <algorithm>
 #include <limits>
-#include <map>
 #include <random>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -35,33 +35,57 @@ TEST(PairMap, CapacityGrowsByItsRuleAndIsKeptByClear) {
     map.RemoveAll();
     EXPECT_EQ(map.m_pData, nullptr);
     EXPECT_FALSE(map.m_bSorted);
-    EXPECT_EQ(CzynMap(40).m_nMaxSize, 40);
+    CzynMap full(40);
+    full.m_bAutoSort = true;
+    for (int key = 0; key < 40; ++key)
+        full.Add(key, 0);
+    EXPECT_EQ(full.m_nMaxSize, 40);
+    full.Add(39, 1); // only a replacement, but the room is made first
+    EXPECT_EQ(full.GetSize(), 40);
+    EXPECT_EQ(full.m_nMaxSize, 82);
 }
 
-TEST(PairMap, FindsWhatAPlainListFindsAndSortsFromTenPairsOn) {
+using Pair = std::pair<std::intptr_t, std::intptr_t>;
+std::vector<Pair> Content(const CzynMap& map) {
+    std::vector<Pair> pairs;
+    for (int i = 0; i < map.GetSize(); ++i)
+        pairs.emplace_back(map[i].in, map[i].out);
+    return pairs;
+}
+
+// Keys as they come, with equal ones among them, or one pair a key in order.
+TEST(PairMap, HoldsAndFindsWhatAModelDoesAndSortsFromTenPairsOn) {
     std::mt19937 random(11);
-    for (int round = 0; round < 60; ++round) {
+    for (int round = 0; round < 200; ++round) {
         CzynMap map;
-        std::multimap<std::intptr_t, std::intptr_t> model;
-        std::vector<std::intptr_t> added;
+        map.m_bAutoSort = round % 2 == 0;
+        std::vector<Pair> model;
         for (int i = 0; i < round / 2; ++i) {
-            const int key = static_cast<int>(random() % 40) - 20;
-            added.push_back(key);
-            EXPECT_EQ(map.Add(key, i), i);
-            model.emplace(key, i);
+            const Pair pair(static_cast<int>(random() % 80) - 40, i);
+            auto place = model.end();
+            if (map.m_bAutoSort) {
+                place = std::ranges::lower_bound(model, pair.first, {}, &Pair::first);
+                if (place != model.end() && place->first == pair.first) place = model.erase(place);
+            }
+            place = model.insert(place, pair);
+            ASSERT_EQ(map.Add(static_cast<int>(pair.first), i), place - model.begin());
+            if (i % 7 != 6) continue;
+            const auto index = static_cast<int>(random() % model.size());
+            model.erase(model.begin() + index);
+            ASSERT_TRUE(map.Remove(index));
+            ASSERT_FALSE(map.Remove(-1) || map.Remove(static_cast<int>(model.size())));
         }
-        for (int key = -21; key <= 20; ++key) {
+        ASSERT_EQ(Content(map), model);
+        for (int key = -41; key <= 40; ++key) {
             const int index = map.QFindByIn(key);
-            ASSERT_EQ(index >= 0, model.contains(key));
+            ASSERT_EQ(index >= 0, std::ranges::count(model, key, &Pair::first) > 0);
             ASSERT_EQ(index < 0 ? key : map[index].in, key);
         }
-        if (added.size() >= 10) std::stable_sort(added.begin(), added.end());
-        for (int i = 0; i < map.GetSize(); ++i)
-            ASSERT_EQ(map[i].in, added[static_cast<std::size_t>(i)]);
-        map.SortIn();
-        int index = 0;
-        for (const auto& pair : model) // equal keys in the order in which they were added
-            ASSERT_EQ(map[index++].out, pair.second);
+        if (model.size() >= 10) std::ranges::stable_sort(model, {}, &Pair::first);
+        ASSERT_EQ(Content(map), model);
+        map.SortIn(); // equal keys in the order in which they were added
+        std::ranges::stable_sort(model, {}, &Pair::first);
+        ASSERT_EQ(Content(map), model);
     }
 }
 
@@ -98,38 +122,6 @@ TEST(PairMap, WhichPairIsFoundFollowsTheHalving) {
         map.m_bNoLinearSearch = !c.linearToo;
         EXPECT_EQ(map.QFindByIn(c.key), c.index) << c.key;
     }
-}
-
-TEST(PairMap, AutoSortReplacesAndInsertsLikeAMap) {
-    std::mt19937 random(7);
-    CzynMap map;
-    map.m_bAutoSort = true;
-    std::map<std::intptr_t, int> model;
-    for (int i = 0; i < 3000; ++i) {
-        const int key = static_cast<int>(random() % 200) - 100;
-        model[key] = i;
-        ASSERT_EQ(map.Add(key, i), std::distance(model.begin(), model.find(key)));
-        if (i % 7 == 0) {
-            const int index = static_cast<int>(random() % model.size());
-            model.erase(std::next(model.begin(), index));
-            ASSERT_TRUE(map.Remove(index));
-        }
-        ASSERT_EQ(map.GetSize(), static_cast<int>(model.size()));
-    }
-    int index = 0;
-    for (const auto& [key, value] : model) {
-        EXPECT_EQ(map[index].in, key);
-        EXPECT_EQ(map[index++].out, value);
-    }
-    EXPECT_FALSE(map.Remove(-1));
-    EXPECT_FALSE(map.Remove(index));
-
-    map.SetSize(map.GetSize() + 1);
-    map.Add(1000, 0);
-    const int full = map.m_nMaxSize;
-    map.Add(1000, 1); // only a replacement, but the room is made first
-    EXPECT_EQ(map.GetSize(), full);
-    EXPECT_EQ(map.m_nMaxSize, 2 * full + 2);
 }
 
 TEST(PairMap, OutOfMemoryThrowsAndChangesNothing) {

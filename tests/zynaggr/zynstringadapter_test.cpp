@@ -1,19 +1,14 @@
 #include "zynaggr/zynstringadapter.h"
+#include "zynplatform/cp1251.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 #include <type_traits>
 
-namespace {
+using namespace zynplatform::literals;
 
-class Adapter : public CzynStringAdapter {
-public:
-    using CzynStringAdapter::CzynStringAdapter;
-    using CzynStringAdapter::operator=;
-    using CzynStringAdapter::SetSizeANSI;
-    using CzynStringAdapter::SetSizeUTF;
-};
+namespace {
 
 const char* Narrow(CzynStringAdapter& text) {
     return text;
@@ -23,19 +18,14 @@ std::u16string Wide(CzynStringAdapter& text) {
     return wide ? wide : u"(null)";
 }
 
-// The code page is one for the whole process.
-class StringAdapter : public testing::Test {
-protected:
-    void TearDown() override { CzynStringAdapter::m_st_encoding = 1251; }
-};
+static_assert(!std::is_copy_constructible_v<CzynStringAdapter>);
 
-TEST_F(StringAdapter, ConvertsOnFirstDemandAndKeepsTheForm) {
+TEST(StringAdapter, ConvertsOnFirstDemandAndKeepsTheForm) {
     const WCHAR wide[] = u"Ёж №5 漢";
     CzynStringAdapter text(wide);
     EXPECT_EQ(static_cast<const WCHAR*>(text), wide); // borrowed
     const char* narrow = Narrow(text);
-    EXPECT_STREQ(narrow, "\xA8\xE6 \xB9"
-                         "5 ?");
+    EXPECT_STREQ(narrow, "Ёж №5 ?"_cp1251);
     EXPECT_EQ(Narrow(text), narrow);
     EXPECT_EQ(static_cast<char*>(text), narrow);
 
@@ -44,41 +34,42 @@ TEST_F(StringAdapter, ConvertsOnFirstDemandAndKeepsTheForm) {
     EXPECT_EQ(Narrow(text), borrowed);
     EXPECT_EQ(Wide(text), u"Пр");
     EXPECT_EQ(static_cast<const WCHAR*>(text), static_cast<WCHAR*>(text));
-    EXPECT_FALSE(std::is_copy_constructible_v<CzynStringAdapter> ||
-                 std::is_copy_assignable_v<CzynStringAdapter>);
-}
 
-TEST_F(StringAdapter, HasNoFormWithoutTextAndEmptyFormsOfEmptyText) {
-    CzynStringAdapter none, text(u"x");
-    text = static_cast<const char*>(nullptr);
-    for (CzynStringAdapter* each : {&none, &text}) {
-        EXPECT_EQ(Narrow(*each), nullptr);
-        EXPECT_EQ(Wide(*each), u"(null)");
-    }
-    text = static_cast<const WCHAR*>(nullptr);
-    EXPECT_EQ(Narrow(text), nullptr);
     text = u"";
     EXPECT_STREQ(Narrow(text), "");
     text = "";
     EXPECT_EQ(Wide(text), u"");
+    text = static_cast<const char*>(nullptr);
+    EXPECT_EQ(Wide(text), u"(null)");
+    text = static_cast<const WCHAR*>(nullptr);
+    EXPECT_EQ(Narrow(text), nullptr);
+    CzynStringAdapter none;
+    EXPECT_EQ(Narrow(none), nullptr);
+    EXPECT_EQ(Wide(none), u"(null)");
 }
 
-TEST_F(StringAdapter, ConvertsWithTheChosenCodePage) {
-    CzynStringAdapter utf8(u"я№😀");
-    utf8.m_bUTF8 = true;
-    EXPECT_STREQ(Narrow(utf8), "я№😀");
-    utf8 = "я№😀";
-    EXPECT_EQ(Wide(utf8), u"я№😀");
-
-    CzynStringAdapter::m_st_encoding = 866;
-    CzynStringAdapter dos(u"Пр");
-    EXPECT_STREQ(Narrow(dos), "\x8F\xE0");
-    EXPECT_STREQ(Narrow(utf8), "я№😀"); // UTF-8 has precedence
-    CzynStringAdapter::m_st_encoding = 12345;
-    CzynStringAdapter unknown(u"Пр");
-    EXPECT_STREQ(Narrow(unknown), "");
-    unknown = "text";
-    EXPECT_EQ(Wide(unknown), u"");
+TEST(StringAdapter, ConvertsWithTheChosenCodePage) {
+    const struct {
+        std::uint32_t page;
+        bool isUtf8; // which has precedence
+        const WCHAR* wide;
+        const char* narrow;
+    } cases[] = {{1251, true, u"я№😀", "я№😀"}, {866, true, u"я№😀", "я№😀"}, {866, false, u"Пр", "\x8F\xE0"}};
+    CzynStringAdapter text;
+    for (const auto& c : cases) {
+        CzynStringAdapter::m_st_encoding = c.page;
+        text.m_bUTF8 = c.isUtf8;
+        text = c.wide;
+        EXPECT_STREQ(Narrow(text), c.narrow);
+        text = c.narrow;
+        EXPECT_EQ(Wide(text), c.wide);
+    }
+    CzynStringAdapter::m_st_encoding = 12345; // unknown
+    text = u"Пр";
+    EXPECT_STREQ(Narrow(text), "");
+    text = "text";
+    EXPECT_EQ(Wide(text), u"");
+    CzynStringAdapter::m_st_encoding = 1251;
 }
 
 } // namespace

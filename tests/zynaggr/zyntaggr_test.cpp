@@ -9,7 +9,6 @@
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -36,7 +35,7 @@ using Fixed = CzynTAggr<Item*, Item*, 4>;
 using Owner = CzynTAggr<Item*, Item*, 6>;
 using List = std::vector<Item*>;
 
-Item items[8];
+Item items[2];
 Item *const a = &items[0], *const b = &items[1];
 
 List Elements(const Plain& array) {
@@ -46,39 +45,33 @@ List Elements(const Plain& array) {
 TEST(PointerArray, CapacityFollowsTheRules) {
     for (const auto& [asked, capacity] : {std::pair{-3, 16}, {0, 16}, {8, 8}})
         EXPECT_EQ(Plain(asked).m_nMaxSize, capacity);
-
     Plain array(0);
+    const auto expect = [&](bool done, int capacity, bool expected = true) {
+        EXPECT_EQ(done, expected);
+        EXPECT_EQ(array.m_nMaxSize, capacity);
+    };
     for (const int capacity : {34, 70}) {
         while (array.GetSize() < array.m_nMaxSize)
             array.Add(nullptr);
-        array.Add(nullptr);
-        EXPECT_EQ(array.m_nMaxSize, capacity);
+        expect(array.Add(nullptr) >= 0, capacity);
     }
-    EXPECT_FALSE(array.SetSize(34));
-    EXPECT_TRUE(array.SetSize(35)); // the size in use: the capacity stays
-    EXPECT_EQ(array.m_nMaxSize, 70);
-    EXPECT_TRUE(array.SetSize(36));
-    EXPECT_EQ(array.m_nMaxSize, 36);
+    expect(array.SetSize(34), 70, false);
+    expect(array.SetSize(35), 70); // the size in use: the capacity stays
+    expect(array.SetSize(36), 36);
     array.RemoveAll();
-    EXPECT_TRUE(array.InsertAt(35, a));
-    EXPECT_EQ(array.m_nMaxSize, 36);
-    EXPECT_TRUE(array.InsertAt(40, a)); // beyond the capacity: exactly the room for it
-    EXPECT_EQ(array.m_nMaxSize, 41);
-    EXPECT_TRUE(array.InsertAt(0, b)); // full, but the index is in it
-    EXPECT_EQ(array.m_nMaxSize, 84);
-}
+    expect(array.InsertAt(35, a), 36);
+    expect(array.InsertAt(40, a), 41); // beyond the capacity: exactly the room for it
+    expect(array.InsertAt(0, b), 84);  // full, but the index is in it
 
-TEST(PointerArray, UniqueRefusesWhatIsThereButMakesTheRoomFirst) {
-    Plain array(2);
-    array.m_bUnique = true;
-    EXPECT_EQ(array.Add(a), 0);
-    EXPECT_EQ(array.Add(b), 1);
-    EXPECT_EQ(array.Add(b), 1);
-    EXPECT_EQ(array.m_nMaxSize, 2);
-    EXPECT_FALSE(array.InsertAt(9, b));
-    EXPECT_EQ(array.m_nMaxSize, 10);
-    EXPECT_TRUE(array.InsertAt(1, b)); // only another slot counts
-    EXPECT_EQ(Elements(array), (List{a, b, b}));
+    Plain unique(2);
+    unique.m_bUnique = true;
+    for (const auto& [item, index] : {std::pair{a, 0}, {b, 1}, {b, 1}})
+        EXPECT_EQ(unique.Add(item), index);
+    EXPECT_EQ(unique.m_nMaxSize, 2);
+    EXPECT_FALSE(unique.InsertAt(9, b)); // but the room is made first
+    EXPECT_EQ(unique.m_nMaxSize, 10);
+    EXPECT_TRUE(unique.InsertAt(1, b)); // only another slot counts
+    EXPECT_EQ(Elements(unique), (List{a, b, b}));
 }
 
 TEST(PointerArray, DeletesWhatItOwnsAndOnlyThat) {
@@ -137,9 +130,10 @@ std::string FailureText(int size, int wanted) {
 }
 
 TEST(PointerArrayWithoutMemory, ShowsAMessageBoxWithoutAllocatingAndStaysAsItWas) {
+    constexpr int most = std::numeric_limits<int>::max();
     testing::internal::CaptureStderr();
     g_bShow_zynMessageBox_Error = false; // does not concern this box
-    Plain array(2);
+    Plain array(2), full(0);
     array.Add(a);
     array.Add(b);
     long failures = 0;
@@ -149,11 +143,16 @@ TEST(PointerArrayWithoutMemory, ShowsAMessageBoxWithoutAllocatingAndStaysAsItWas
         added = array.Add(a) != -1 || array.InsertAt(7, a) || array.SetSize(3);
         array.Append(array); // one refusal, and one more for each element
         failures = failing.Failures();
+        added = added || full.InsertAt(most, a); // more than the index type can count, memory or not
     }
+    full.m_nSize = full.m_nMaxSize = most;
+    EXPECT_EQ(full.Add(a), -1);
+    full.m_nSize = full.m_nMaxSize = 0;
     g_bShow_zynMessageBox_Error = true;
     std::string shown;
-    for (const int wanted : {6, 8, 3, 4, 6, 6})
-        shown += "Ошибка: "_cp1251 + FailureText(2, wanted) + "\n";
+    for (const auto& [size, wanted] :
+         {std::pair{2, 6}, {2, 8}, {2, 3}, {2, 4}, {2, 6}, {2, 6}, {0, most}, {most, most}})
+        shown += "Ошибка: "_cp1251 + FailureText(size, wanted) + "\n";
     EXPECT_EQ(testing::internal::GetCapturedStderr(), shown);
     EXPECT_EQ(failures, 6); // the slots alone
     EXPECT_FALSE(added);
@@ -162,7 +161,7 @@ TEST(PointerArrayWithoutMemory, ShowsAMessageBoxWithoutAllocatingAndStaysAsItWas
     EXPECT_EQ(Elements(array), (List{a, b, a}));
 }
 
-template <class Array> SzynErrorDescription Thrown(Array& array) {
+template <class Array> void ExpectThrown(Array& array, const char* function) {
     SzynErrorDescription::SetRetranslateMemoryExeption(true);
     SzynErrorDescription thrown;
     try {
@@ -172,36 +171,21 @@ template <class Array> SzynErrorDescription Thrown(Array& array) {
         thrown.Set(record);
     }
     SzynErrorDescription::SetRetranslateMemoryExeption(false);
-    return thrown;
+    const SzynErrorDescription expected(27, "zynaggr.h", thrown.m_strSrcDate, 1024,
+                                        FailureText(array.GetSize(), 20).c_str(), 0, function, "", "");
+    EXPECT_EQ(thrown.Print("", false), expected.Print("", false));
+    EXPECT_FALSE(thrown.m_strSrcDate.IsEmpty());
 }
 
 TEST(PointerArrayWithoutMemory, ThrowsARecordOnRequest) {
     Plain array(1);
     array.Add(a);
-    const SzynErrorDescription record = Thrown(array);
-    const SzynErrorDescription expected(
-        27, "zynaggr.h", record.m_strSrcDate, 1024, FailureText(1, 20).c_str(), 0,
-        "CzynTAggr<struct sample::Item *,struct sample::Item *,2>::SetSize", "", "");
-    EXPECT_EQ(record.Print("", false), expected.Print("", false));
-    EXPECT_FALSE(record.m_strSrcDate.IsEmpty());
+    ExpectThrown(array, "CzynTAggr<struct sample::Item *,struct sample::Item *,2>::SetSize");
     EXPECT_EQ(array.m_nMaxSize, 1);
     EXPECT_EQ(array.Add(b), 1);
-
     using Node = sample::Holder::Node;
     CzynTAggr<Node*, Node*, 6> nodes(8);
-    EXPECT_EQ(Thrown(nodes).m_strFun,
-              "CzynTAggr<class sample::Holder::Node *,class sample::Holder::Node *,6>::SetSize");
-}
-
-TEST(PointerArrayWithoutMemory, IsWhatSizesBeyondTheIndexTypeAmountTo) {
-    constexpr int most = std::numeric_limits<int>::max();
-    Plain array(1);
-    testing::internal::CaptureStderr();
-    EXPECT_FALSE(array.InsertAt(most, a));
-    array.m_nSize = array.m_nMaxSize = most;
-    EXPECT_EQ(array.Add(a), -1);
-    array.m_nSize = array.m_nMaxSize = 0;
-    EXPECT_FALSE(testing::internal::GetCapturedStderr().empty());
+    ExpectThrown(nodes, "CzynTAggr<class sample::Holder::Node *,class sample::Holder::Node *,6>::SetSize");
 }
 
 } // namespace
