@@ -17,7 +17,7 @@ namespace {
 
 constexpr zynTextEncoding encodings[] = {zynEncCP1251, zynEncUTF8,   zynEncUCS2LE,
                                          zynEncUCS2BE, zynEncUCS4LE, zynEncUCS4BE};
-constexpr const char* marks[] = {"", "\xEF\xBB\xBF", "\xFF\xFE", "\xFE\xFF"};
+const std::string marks[] = {"", "\xEF\xBB\xBF", "\xFF\xFE", "\xFE\xFF", "\xFF\xFE\0\0"s, "\0\0\xFE\xFF"s};
 
 // "Ёж №" in each encoding, written out.
 const std::string word = "Ёж №"_cp1251;
@@ -29,15 +29,13 @@ const std::string encoded[] = {
     "\x01\x04\0\0\x36\x04\0\0\x20\0\0\0\x16\x21\0\0"s,
     "\0\0\x04\x01\0\0\x04\x36\0\0\0\x20\0\0\x21\x16"s,
 };
-std::string Mark(int i) {
-    return i < 4 ? marks[i] : i == 4 ? "\xFF\xFE\0\0"s : "\0\0\xFE\xFF"s;
-}
-
 struct ZynStringFileTest : testing::Test {
     // Opens the file and gives it this content first.
-    void Open(const std::string& bytes, unsigned flags = CFile::modeReadWrite | CFile::shareDenyNone) {
+    void Open(const std::string& bytes, unsigned flags = CFile::modeReadWrite | CFile::shareDenyNone,
+              zynTextEncoding ifNoMark = zynEncUnknown) {
         file.Close();
         folder.Write("f", bytes);
+        file.SetEncodingIfNotBOM(ifNoMark);
         ASSERT_NE(0, file.Open(folder.Path("f"), flags, zynEncUnknown));
     }
     std::string All() {
@@ -55,7 +53,7 @@ TEST_F(ZynStringFileTest, EveryEncodingIsReadAndWrittenBackWithItsMark) {
         for (const bool mark : {true, false}) {
             if (!mark && (i == 2 || i == 3))
                 continue; // № is not among the 16-bit characters that are looked for
-            Open((mark ? Mark(i) : "") + encoded[i]);
+            Open((mark ? marks[i] : marks[0]) + encoded[i]);
             EXPECT_EQ(word, All()) << i;
             EXPECT_EQ(encodings[i], file.GetFileEncoding());
             EXPECT_EQ(1, file.WriteString("!"));
@@ -69,38 +67,40 @@ TEST_F(ZynStringFileTest, EveryEncodingIsReadAndWrittenBackWithItsMark) {
             CStringA text;
             EXPECT_EQ(1, again.ReadAllDataToString(text));
             EXPECT_EQ(word + "!\r\n", text.View()) << i;
-            EXPECT_TRUE(folder.Read("f").starts_with(Mark(i) + encoded[i])) << i;
+            EXPECT_TRUE(folder.Read("f").starts_with(marks[i] + encoded[i])) << i;
         }
 }
 
-TEST_F(ZynStringFileTest, ContentDecidesWithoutAMark) {
+TEST_F(ZynStringFileTest, WithoutAMarkDecidesWhatIsSaidOrElseTheContent) {
     const struct {
         std::string bytes;
-        zynTextEncoding encoding;
+        zynTextEncoding said, found;
         std::string text;
     } cases[] = {
-        {"plain", zynEncCP1251, "plain"},
-        {"x", zynEncCP1251, "x"},
-        {"\xC3\xA9\xC3\xA9", zynEncCP1251,
-         "\xC3\xA9\xC3\xA9"}, // é: not among the UTF-8 characters looked for
-        {"A\0\x1F\x04"s, zynEncUCS2LE, "A\xCF"},
-        {"\0A\x04\x1F"s, zynEncUCS2BE, "A\xCF"},
-        {"A\0\0"s, zynEncCP1251, "A\0\0"s}, // not whole units
-        {"", zynEncUnknown, ""},
+        {"plain", zynEncUnknown, zynEncCP1251, "plain"},
+        {"x", zynEncUnknown, zynEncCP1251, "x"},
+        {"\xC3\xA9", zynEncUnknown, zynEncCP1251, "\xC3\xA9"}, // é: not among the characters looked for
+        {"\xC3\xA9", zynEncUTF8, zynEncUTF8, "?"},
+        {"A\0\x1F\x04"s, zynEncUnknown, zynEncUCS2LE, "A\xCF"},
+        {"\0A\x04\x1F"s, zynEncUnknown, zynEncUCS2BE, "A\xCF"},
+        {"A\0\0"s, zynEncUnknown, zynEncCP1251, "A\0\0"s}, // not whole units
+        {"", zynEncUnknown, zynEncUnknown, ""},
+        {"\xD0\x81", zynEncCP1251, zynEncCP1251, "\xD0\x81"},
+        {marks[1] + "\xD0\x81", zynEncCP1251, zynEncUTF8, "Ё"_cp1251},
     };
     for (const auto& c : cases) {
-        Open(c.bytes);
+        Open(c.bytes, CFile::modeReadWrite, c.said);
         EXPECT_EQ(1, file.Load2Memory());
-        EXPECT_EQ(c.encoding, file.GetFileEncoding());
+        EXPECT_EQ(c.found, file.GetFileEncoding());
         EXPECT_EQ(c.text, All());
     }
-    Open("\xC3\xA9");
-    file.SetEncodingIfNotBOM(zynEncUTF8);
-    EXPECT_EQ("?", All());
+    EXPECT_EQ(1, file.WriteString("!"));
+    ASSERT_NE(0, file.Open(folder.Path("g"), CFile::modeCreate, zynEncUnknown)); // closes, and so writes
+    EXPECT_EQ(marks[1] + "\xD0\x81!", folder.Read("f"));
 }
 
 TEST_F(ZynStringFileTest, FailedLoadForgetsWhatWasToldAndLeavesTheFileOpen) {
-    const std::string aboveFFFF = "\xFF\xFE\0\0\0\0\1\0"s, nothingButAMark = Mark(1);
+    const std::string aboveFFFF = "\xFF\xFE\0\0\0\0\1\0"s, nothingButAMark = marks[1];
     for (const std::string& bytes : {aboveFFFF, nothingButAMark}) {
         Open(bytes);
         file.SetFileEncoding(zynEncUTF8);
@@ -110,8 +110,7 @@ TEST_F(ZynStringFileTest, FailedLoadForgetsWhatWasToldAndLeavesTheFileOpen) {
         EXPECT_EQ(nullptr, file._GetBuf());
     }
 #ifdef NDEBUG
-    Open("x");
-    file.SetEncodingIfNotBOM(zynEncCP866);
+    Open("x", CFile::modeReadWrite, zynEncCP866);
     EXPECT_EQ(0, file.Load2Memory());
 #endif
     for (const unsigned length : {0x40000000u, 0x3FFFFFFFu}) {
@@ -229,7 +228,7 @@ TEST_F(ZynStringFileTest, TextForWhichThereIsNoRoomStaysPendingAndTheOldFileWhol
 }
 
 TEST_F(ZynStringFileTest, FailedAllocationIsAResultAndLosesNothing) {
-    const std::string bytes = Mark(3) + encoded[3];
+    const std::string bytes = marks[3] + encoded[3];
     for (const unsigned flags : {unsigned{CFile::modeReadWrite}, emptying})
         for (const auto kind : {FailingNew::once, FailingNew::onwards})
             for (long n = 1, failures = 1; failures != 0; ++n) {
@@ -244,29 +243,35 @@ TEST_F(ZynStringFileTest, FailedAllocationIsAResultAndLosesNothing) {
                 } catch (const std::bad_alloc&) {
                 }
                 const std::string after = folder.Read("f");
-                const std::string whole = (flags == emptying ? Mark(3) : bytes) + "\0!"s;
+                const std::string whole = (flags == emptying ? marks[3] : bytes) + "\0!"s;
                 EXPECT_TRUE(after == whole || (failures != 0 && after == bytes)) << flags << ' ' << n;
             }
 }
 
+// What a converter makes of the bytes; "-" for a refusal.
+template <class Length> std::string Converted(std::string bytes, auto convert) {
+    auto* const source = reinterpret_cast<unsigned char*>(bytes.data());
+    unsigned char* out = source;
+    Length length = 77;
+    const bool done = convert(source, static_cast<Length>(bytes.size()), out, length);
+    EXPECT_TRUE(done || (out == nullptr && length == 0));
+    const std::string result = done ? std::string(out, out + length) : "-";
+    CzynStringFile::FreeBuffer(out);
+    return result;
+}
+
 TEST(ConvertersTest, EveryPairConvertsOrSaysNo) {
-    const auto convert = [](zynTextEncoding from, std::string bytes, zynTextEncoding to, int cut = 0) {
-        auto* source = reinterpret_cast<unsigned char*>(bytes.data());
-        unsigned char* out = source;
-        int length = -1;
-        const bool done = CzynStringFile::ConvertEncoding(from, source, static_cast<int>(bytes.size()) - cut,
-                                                          to, out, length);
-        EXPECT_EQ(done, out != nullptr);
-        const std::string result =
-            done ? std::string(reinterpret_cast<char*>(out), static_cast<std::size_t>(length)) : "-";
-        CzynStringFile::FreeBuffer(out);
-        return result;
+    const auto convert = [](zynTextEncoding from, const std::string& bytes, zynTextEncoding to, int cut = 0) {
+        return Converted<int>(bytes, [=](unsigned char* source, int size, unsigned char*& out, int& length) {
+            const bool done = CzynStringFile::ConvertEncoding(from, source, size - cut, to, out, length);
+            EXPECT_EQ(done, out != nullptr);
+            return done;
+        });
     };
     for (int from = 0; from < 4; ++from)
         for (int to = 0; to < 6; ++to)
             EXPECT_EQ(encoded[to], convert(encodings[from], encoded[from], encodings[to])) << from << to;
-    EXPECT_EQ("Ёж"_cp1251,
-              convert(zynEncUCS2LE, "\xFF\xFE" + encoded[2].substr(0, 4), zynEncCP1251)); // mark skipped
+    EXPECT_EQ(word, convert(zynEncUCS2LE, marks[2] + encoded[2], zynEncCP1251)); // mark skipped
     EXPECT_EQ("?\xCF", convert(zynEncUTF8, "\xC3\xA9\xD0\x9F", zynEncCP1251));
     EXPECT_EQ("-", convert(zynEncUCS2LE, "A", zynEncCP1251)); // no whole unit
     EXPECT_EQ("-", convert(zynEncCP1251, "A", zynEncUTF8, 1));
@@ -277,47 +282,22 @@ TEST(ConvertersTest, EveryPairConvertsOrSaysNo) {
     EXPECT_EQ("-", convert(zynEncUCS4LE, encoded[4], zynEncUTF8));
     EXPECT_EQ("-", convert(zynEncCP866, "A", zynEncUTF8));
 #endif
+
+    const auto narrow = CzynStringFile::BufConvert_Utf32le_to_UCS2;
+    const auto widen = CzynStringFile::BufConvert_UCS2_to_Utf32le;
+    EXPECT_EQ("abcd", Converted<unsigned>("ab\0\0cd\0\0ef\0"s, narrow));
+    EXPECT_EQ("-", Converted<unsigned>("ab\x01\0"s, narrow)); // refused whole
+    EXPECT_EQ("-", Converted<unsigned>("ab\0\x01"s, narrow));
+    EXPECT_EQ("", Converted<unsigned>("", narrow));
+    EXPECT_EQ("ab\0\0cd\0\0"s, Converted<unsigned>("abcde", widen));
+    EXPECT_EQ("", Converted<unsigned>("", widen));
+
     unsigned char odd[] = {1, 2, 3, 4, 5};
     EXPECT_TRUE(CzynStringFile::BufConvert_Utf16_BE2LE(odd, 5));
     EXPECT_TRUE(CzynStringFile::BufConvert_Utf32_BE2LE(odd, 5));
     EXPECT_EQ(0, std::memcmp(odd, "\x03\x04\x01\x02\x05", 5));
     EXPECT_FALSE(CzynStringFile::BufConvert_Utf16_BE2LE(nullptr, 2));
     EXPECT_TRUE(CzynStringFile::BufConvert_Utf16_BE2LE(nullptr, 0));
-}
-
-TEST_F(ZynStringFileTest, WhatIsSaidBeforeOpeningHoldsAndAMarkOverrulesIt) {
-    for (const char* mark : {"", "\xEF\xBB\xBF"}) {
-        folder.Write("f", mark + "\xD0\x81"s);
-        file.SetEncodingIfNotBOM(zynEncCP1251);
-        ASSERT_NE(0, file.Open(folder.Path("f"), CFile::modeReadWrite, zynEncUnknown));
-        EXPECT_EQ(*mark ? "Ё"_cp1251 : "\xD0\x81", All());
-        EXPECT_EQ(1, file.WriteString("!"));
-        ASSERT_NE(0, file.Open(folder.Path("g"), CFile::modeCreate, zynEncUnknown)); // closes, and so writes
-        EXPECT_EQ(mark + "\xD0\x81!"s, folder.Read("f"));
-        file.Close();
-    }
-}
-
-TEST(ConvertersTest, ThirtyTwoBitUnitsAreNarrowedOrRefusedWhole) {
-    const struct {
-        bool narrows;
-        std::string bytes, result;
-    } cases[] = {
-        {true, "ab\0\0cd\0\0ef\0"s, "abcd"}, {true, "ab\x01\0"s, "-"}, {true, "ab\0\x01"s, "-"},
-        {false, "abcde", "ab\0\0cd\0\0"s},   {true, "", ""},           {false, "", ""},
-    };
-    for (const auto& c : cases) {
-        std::string bytes = c.bytes;
-        auto* const source = reinterpret_cast<unsigned char*>(bytes.data());
-        unsigned char* out = source;
-        unsigned length = 77;
-        const auto convert = c.narrows ? CzynStringFile::BufConvert_Utf32le_to_UCS2
-                                       : CzynStringFile::BufConvert_UCS2_to_Utf32le;
-        const bool done = convert(source, static_cast<unsigned>(bytes.size()), out, length);
-        EXPECT_EQ(c.result, done ? std::string(reinterpret_cast<char*>(out), length) : "-");
-        EXPECT_TRUE(done || (out == nullptr && length == 0));
-        CzynStringFile::FreeBuffer(out);
-    }
 }
 
 } // namespace
