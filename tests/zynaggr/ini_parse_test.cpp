@@ -75,7 +75,8 @@ protected:
 } // namespace
 
 TEST(IniParseTest, AgreesWithTheRulesOnRandomTexts) {
-    const std::string letters = "[];#=\r\n \ta\0"s + "\xC8" + "[]=\n\r";
+    const std::string letters = "[];#=\r\n \ta\0\xC8"
+                                "[]=\n\r"s;
     std::mt19937 random(20240607);
     for (int round = 0; round < 60'000; ++round) {
         std::string text;
