@@ -8,6 +8,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <regex>
 #include <tuple>
 #include <vector>
 
@@ -15,24 +16,15 @@ namespace fs = std::filesystem;
 using namespace zynplatform::literals;
 
 TEST(Helpers, NumbersAreDigitsBehindASignOrAPrefix) {
-    const CStringA withZero("1\0", 2);
-    // clang-format off
-    const struct {
-        CStringA text;
-        bool decimal, hex;
-    } cases[] = {
-        {"", false, false},     {"-", true, true},      {"--1", false, false},   {"0123456789", true, true},
-        {"-12", true, true},    {"1-2", false, false},  {"+1", false, false},    {" 1", false, false},
-        {"1F", false, true},    {"-aBf", false, true},  {"1G", false, false},    {"0x1F", false, true},
-        {"0x", false, false},   {"0X1", false, false},  {"-0x1", false, false},  {"0x-1", false, false},
-        {"0x0x1", false, false}, {withZero, false, false},
-    };
-    // clang-format on
-    for (const auto& c : cases) {
-        EXPECT_EQ(IsNumber(c.text, false), c.decimal) << c.text.GetString();
-        EXPECT_EQ(IsNumber(c.text, true), c.hex) << c.text.GetString();
+    const std::regex decimal("-[0-9]*|[0-9]+"), hex("-[0-9a-fA-F]*|(0x)?[0-9a-fA-F]+");
+    for (int n = 0; n < 100'000; ++n) { // every text of up to five of these characters
+        std::string text;
+        for (int rest = n; rest > 0; rest /= 10)
+            if (rest % 10 != 0) text += "-+ 01xXaG"[rest % 10 - 1];
+        ASSERT_EQ(IsNumber(CStringA(text.c_str()), false), std::regex_match(text, decimal)) << text;
+        ASSERT_EQ(IsNumber(text.c_str(), true), std::regex_match(text, hex)) << text;
     }
-    EXPECT_TRUE(IsNumber("0x1F", true));
+    EXPECT_FALSE(IsNumber(CStringA("1\0", 2), false));
     EXPECT_FALSE(IsNumber(static_cast<const char*>(nullptr), true));
     for (int c = 0; c < 256; ++c) {
         const auto in = [c](const std::string& set) {
