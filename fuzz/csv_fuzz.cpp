@@ -8,13 +8,6 @@
 
 namespace {
 
-Row Texts(const CStringArray& fields) {
-    Row row;
-    for (int i = 0; i < fields.GetSize(); ++i)
-        row.emplace_back(fields[i].View());
-    return row;
-}
-
 // The records of a file: a line with an odd number of quotes goes on in the next.
 std::vector<std::string> RecordsOf(std::string text) {
     std::vector<std::string> records;

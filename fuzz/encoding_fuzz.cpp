@@ -54,20 +54,22 @@ bool Is(bool (*test)(const unsigned char*, int), std::string_view bytes) {
     return test(reinterpret_cast<unsigned char*>(exact.get()), static_cast<int>(bytes.size()));
 }
 
-std::u16string Wide(unsigned page, std::string_view text) {
+template <class To, class From>
+std::basic_string<To> Converted(unsigned page, std::basic_string_view<From> text, auto announce,
+                                auto convert) {
     const auto src = Exactly(text);
-    const std::size_t length = zynplatform::WideLength(page, src.get(), text.size());
-    const std::unique_ptr<WCHAR[]> target(new WCHAR[length]);
-    Check(zynplatform::ToWide(page, src.get(), text.size(), target.get()) == length);
+    const std::size_t length = announce(page, src.get(), text.size());
+    const std::unique_ptr<To[]> target(new To[length]);
+    Check(convert(page, src.get(), text.size(), target.get()) == length);
     return {target.get(), length};
 }
 
+std::u16string Wide(unsigned page, std::string_view text) {
+    return Converted<WCHAR>(page, text, zynplatform::WideLength, zynplatform::ToWide);
+}
+
 std::string Narrow(unsigned page, std::u16string_view text) {
-    const auto src = Exactly(text);
-    const std::size_t length = zynplatform::NarrowLength(page, src.get(), text.size());
-    const std::unique_ptr<char[]> target(new char[length]);
-    Check(zynplatform::ToNarrow(page, src.get(), text.size(), target.get()) == length);
-    return {target.get(), length};
+    return Converted<char>(page, text, zynplatform::NarrowLength, zynplatform::ToNarrow);
 }
 
 void Recognise(const std::string& bytes) {

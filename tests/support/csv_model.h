@@ -1,5 +1,7 @@
 #pragma once
 
+#include "zynhost/carray.h"
+
 #include <string>
 #include <string_view>
 #include <vector>
@@ -7,6 +9,13 @@
 // How CzynCSV splits a record, the slow way.
 
 using Row = std::vector<std::string>;
+
+inline Row Texts(const CStringArray& fields) {
+    Row row;
+    for (int i = 0; i < fields.GetSize(); ++i)
+        row.emplace_back(fields[i].View());
+    return row;
+}
 
 inline std::string WithoutLeadingSpaces(std::string text) {
     return text.erase(0, text.find_first_not_of(' '));

@@ -57,8 +57,9 @@ public:
         for (int i = 0; i < m_aSections.GetSize(); ++i) {
             const SSection& section = *m_aSections.GetAt(i);
             model += "<" + std::string(section.m_sName.View()) + "|" + std::string(section.m_sTail.View());
-            for (const int number : {section.m_nInsertPos, int{section.m_nHeaderFlags}})
-                if (state) model += "|" + std::to_string(number);
+            if (state)
+                model +=
+                    "|" + std::to_string(section.m_nInsertPos) + "|" + std::to_string(section.m_nHeaderFlags);
             model += ">";
             for (int k = 0; k < section.m_aOptions.GetSize(); ++k) {
                 const SOption* const option = section.m_aOptions.GetAt(k);

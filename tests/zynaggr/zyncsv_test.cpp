@@ -12,13 +12,6 @@ using namespace zynplatform::literals;
 
 namespace {
 
-Row Texts(const CStringArray& fields) {
-    Row row;
-    for (int i = 0; i < fields.GetSize(); ++i)
-        row.emplace_back(fields[i].View());
-    return row;
-}
-
 TEST(Csv, SplitsAsTheRulesDoOneCharacterAtATime) {
     CStringArray fields;
     const auto split = [&](const std::string& text, char separator, bool escapes) {
