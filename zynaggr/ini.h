@@ -41,24 +41,34 @@ struct ZYN_API SKeyVal {
 // save.
 //
 // A save writes the file in the encoding that it was read in (code page 1251 for a new one), every line ended
-// by CR LF, and before that copies the old file to "<name>.bak". Per section it writes the pairs whose keys
-// are decimal numbers first, in ascending order and without those whose value is empty, then all other lines
-// as they stood; a header gets a blank line before it when the section above ends with a pair. Nothing else
-// is moved. While the file is being written nobody else reads it through this library. A full disk leaves the
-// old text whole, in the file or in the ".bak"; the edit is then only in memory, and GetErrDescription tells.
+// by CR LF. Per section it writes the pairs whose keys are decimal numbers first, in ascending order and
+// without those whose value is empty, then all other lines as they stood; a header gets a blank line before
+// it when the section above ends with a pair. Nothing else is moved.
+//
+// The new text takes the file's name in one step, and the file as it was becomes "<name>.bak": whatever is
+// killed, fails or loses power, the name stands for a whole text, the old one or the new one, and the ".bak"
+// for the one before. CzynStringFile tells what stays (owner, rights, links) and where that is impossible;
+// the text is then written over the old one, after a copy of that has become the ".bak". Nobody else opens
+// the file through this library while it is written; whoever saves it too, in this process or another, waits
+// for up to a second and is then refused. A save that answers true is on the disk (see SetSyncToDisk).
 //
 // A text in UTF-8 or Unicode is worked with in code page 1251: characters that this does not have become '?',
-// and are '?' when the file is saved. A file that cannot be decoded counts as empty.
+// and are '?' when the file is saved. A file that cannot be decoded counts as empty, and is not saved over
+// until one could be read.
 //
-// Failure: operations return false (or the default) and GetErrDescription gives the text, translated. A
-// failed save does not undo the edit in memory. Running out of memory throws std::bad_alloc. Section and key
-// arguments and values may be null, which counts as an empty text.
+// Failure: operations return false (or the default) and GetErrDescription gives the text, translated. A file
+// that cannot be read, because of an error or because it has 1 GiB or more, leaves the sections as they were,
+// and nothing is edited or saved until it could be. A failed save leaves the old file and does not undo the
+// edit in memory; the next successful one empties its text. Running out of memory throws std::bad_alloc.
+// Section and key arguments and values may be null, which counts as an empty text.
 //
-// Threads: one object may be used by several. Several objects or processes on one file see each other's edits
-// only by reloading: within the 1000 ms an object works on what it has read, and its next save overwrites
-// what another wrote meanwhile. Two that open the file at the same moment never damage it: one of them gets
-// false, with the text.
+// Threads: one object may be used by several. Several objects or processes on one file never damage it, and
+// see each other's edits only by reloading: within the 1000 ms an object works on what it has read, and its
+// next save overwrites what another wrote meanwhile. CzynINITransaction (ini_transaction.h) is for edits that
+// must not be lost that way. A child of fork may use an object only when no other thread was using it then.
 class ZYN_API CzynINI {
+    friend class CzynINITransaction;
+
 public:
     struct SOption;
     struct SSection;
@@ -145,6 +155,10 @@ public:
     void SetWriteMode(bool bWrite);
     // Saves what was collected and returns to write-through mode, also when the save fails.
     bool Flush();
+    // Whether saves, of text files and the registry too, are forced to the disk before they answer: for the
+    // whole process, initially yes. Without it a save is some times faster, and a loss of power, not the
+    // death of the process, may leave an empty or torn file.
+    static void SetSyncToDisk(bool bSync);
 
     // Expands a path from the file: ".\" and "..\" at its start mean the directory of the INI file and the
     // one above (one "..\" only); quotes around the result are removed. Every other path stays as it is.
@@ -158,9 +172,9 @@ public:
 
 protected:
     // Loads the file into m_aSections when a reload is due. True also when none is due or there is no file;
-    // false when it cannot be opened.
+    // false when it cannot be opened or read.
     virtual bool Parse();
-    // Writes m_aSections to the file.
+    // Writes m_aSections to the file; false, with a text, when they are not known to be there.
     virtual bool InternalSave();
 
     // The entry, or null. With bCreate it is made when missing, its section too.
@@ -176,6 +190,13 @@ protected:
     void PrintInfoWithSaveFlags(const char* szMsg);
     void PrintWarningWithSaveFlags(const char* szMsg);
     void AppendToErr(const char* szMsg);
+
+    bool IsLoadDue();
+    bool FailLoad(const CStringA& sErr);
+    bool FailSave(const CStringA& sErr);
+    bool IsSafeToSave();
+    void ForgetSaveFailure();
+    void ForgetComments();
 
     bool TryFile(const CStringA& sName);
     void LocateBareName(const CStringA& sName, bool bSearchModuleDir, int nUpLevels);
@@ -195,6 +216,15 @@ protected:
     SectionArray m_aSections{8}; // in file order
     CzynTimeMeter m_TimeMeter;   // time since the last load or save
     CZynCriticalSection m_CS;
+
+    // What is known of m_aSections and the file.
+    enum LoadState { loadNotTried, loadDone, loadFailed, loadNotDecoded };
+    std::atomic<LoadState> m_nLoadState = loadNotTried;
+    std::atomic<bool> m_bReloadDue = true;   // whatever m_TimeMeter says
+    CStringA m_sSaveErr;                     // the text of the last save, when it failed
+    // How a save gets its turn: by itself, or by the CzynINITransaction that it ends or that it belongs to.
+    enum SaveTurn { turnIsTaken, turnIsHeld, turnIsToCome };
+    SaveTurn m_nSaveTurn = turnIsTaken;
     std::unique_ptr<zyn::IniIndex> m_pIndex; // for look-ups; dropped whenever the model changes
 };
 

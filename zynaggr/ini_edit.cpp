@@ -114,19 +114,18 @@ CStringA CzynINI::GetString(const char* szSection, const char* szKey, const char
 
 bool CzynINI::GetString(const char* szSection, const char* szKey, CStringA& sValue, const char* szDefault,
                         bool bCreate) {
-    const CStringA sDefault(szDefault); // the caller's default may be the text that sValue held
-    sValue = sDefault;
+    CStringA sResult(szDefault); // the arguments may stand in the text that sValue holds
     const CzynEnterCriticalSection lock(&m_CS);
-    if (!Parse()) return false;
-    SOption* const option = FindCreateOption(szSection, szKey, bCreate, nullptr);
-    if (!option) return true;
-    sValue = option->m_sValue;
-    if (bCreate && sValue.IsEmpty()) {
-        option->m_sValue = CStringA(sDefault).Trim();
+    const bool parsed = Parse();
+    SOption* const option = parsed ? FindCreateOption(szSection, szKey, bCreate, nullptr) : nullptr;
+    if (option && bCreate && option->m_sValue.IsEmpty()) {
+        option->m_sValue = CStringA(sResult).Trim();
         InternalSave();
-        sValue = sDefault;
+    } else if (option) {
+        sResult = option->m_sValue;
     }
-    return true;
+    sValue = std::move(sResult);
+    return parsed;
 }
 
 int CzynINI::GetInt(const char* szSection, const char* szKey, int nDefault, bool bCreate) {
@@ -156,7 +155,7 @@ bool CzynINI::WriteString(const char* szSection, const char* szKey, const char* 
 bool CzynINI::WriteInt(const char* szSection, const char* szKey, int nValue, const char* szComment) {
     const CzynEnterCriticalSection lock(&m_CS);
     if (!Parse()) return false;
-    if (m_bReadOnly) {
+    if (m_bReadOnly && !CheckWrite()) {
         m_sErr = CzynTranslate::Translate("Файл ini доступен только для чтения"_cp1251);
         return false;
     }
@@ -194,7 +193,7 @@ void CzynINI::RenameGroupe(const char* szOldName, const char* szNewName) {
     section->m_sComment.Format(
         CzynTranslate::Translate("Группа опций [%s] была переименована. Старое название группы [%s]"_cp1251),
         sNew.GetString(), sOld.GetString());
-    InternalSave();
+    if (!InternalSave()) return; // a reload would undo the edit and erase the text
     SetNeedReload();
     Parse();
 }
@@ -222,13 +221,15 @@ void CzynINI::RenameParam(const char* szSection, const char* szOldName, const ch
 }
 
 bool CzynINI::GetListKeys(const char* szSection, CStringArray& keys) {
+    const CStringA sSection(szSection); // may stand in the list
     keys.RemoveAll();
-    return VisitPairs(szSection, [&](const SOption& option) { keys.Add(option.m_sKey); });
+    return VisitPairs(sSection, [&](const SOption& option) { keys.Add(option.m_sKey); });
 }
 
 bool CzynINI::GetListKeysVals(const char* szSection, KeyValArray& list) {
+    const CStringA sSection(szSection);
     list.RemoveAll();
-    return VisitPairs(szSection, [&](const SOption& option) {
+    return VisitPairs(sSection, [&](const SOption& option) {
         auto pair = std::make_unique<SKeyVal>(option.m_sKey, option.m_sValue);
         if (list.Add(pair.get()) < 0) throw std::bad_alloc();
         static_cast<void>(pair.release());

@@ -1,7 +1,7 @@
 #include "zynaggr/ini.h"
 
 #include "zynaggr/ini_index_impl.h"
-
+#include "zynaggr/ini_savers_impl.h"
 #include "zynaggr/zynfile.h"
 #include "zynaggr/zynhelpers.h"
 #include "zynplatform/filesystem.h"
@@ -43,6 +43,7 @@ bool CzynINI::SetINI(const char* szIniName, bool bSearchModuleDir, int nUpLevels
     const CzynEnterCriticalSection lock(&m_CS);
     m_bFileExist = false;
     m_bHomeDir = false;
+    m_nLoadState = loadNotTried;
     SetNeedReload();
     if (sName.Find('\\') >= 0)
         TryFile(sName);
@@ -135,7 +136,8 @@ bool CzynINI::CheckWrite() {
     CzynFile file;
     const unsigned flags =
         CFile::modeCreate | CFile::modeNoTruncate | CFile::shareDenyNone | CFile::modeWrite;
-    m_bReadOnly = !file.Open(m_sIniName, flags, nullptr);
+    m_bReadOnly =
+        !zyn::OpenBesideSavers(m_sIniName, [&] { return file.Open(m_sIniName, flags, nullptr) != 0; });
     file.Close();
     return !m_bReadOnly;
 }
@@ -143,4 +145,5 @@ bool CzynINI::CheckWrite() {
 void CzynINI::SetNeedReload() {
     const CzynEnterCriticalSection lock(&m_CS);
     m_TimeMeter.Zero();
+    m_bReloadDue = true;
 }

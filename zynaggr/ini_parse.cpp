@@ -1,11 +1,13 @@
 #include "zynaggr/ini.h"
 
 #include "zynaggr/ini_index_impl.h"
+#include "zynaggr/ini_savers_impl.h"
 #include "zynaggr/zyn_translate.h"
 #include "zynaggr/zynfile.h"
 #include "zynaggr/zynstringfile.h"
 #include "zynhost/memory.h"
 #include "zynplatform/cp1251.h"
+#include "zynplatform/file.h"
 
 #include <algorithm>
 #include <array>
@@ -228,34 +230,51 @@ int CzynINI::SSection::Insert(SOption* pOpt, int nPos) {
     return nPos;
 }
 
+// In deferred mode nothing is read, unless the edits would come to stand on what could not be read.
+bool CzynINI::IsLoadDue() {
+    if (!m_bWriteMode) return m_nLoadState == loadFailed;
+    return m_bReloadDue || m_TimeMeter.CheckTimeOut(reloadAfterMs);
+}
+
 bool CzynINI::Parse() {
-    if (!m_bWriteMode || !m_TimeMeter.CheckTimeOut(reloadAfterMs)) return true;
+    if (!IsLoadDue()) return true;
     const CzynEnterCriticalSection lock(&m_CS);
     if (!CzynFile::IsFileExist(m_sIniName)) return true;
     m_bFileExist = true;
-    CheckWrite();
 
     CzynStringFile file;
-    if (!file.Open(m_sIniName, CFile::modeRead | CFile::shareDenyNone, zynEncUnknown)) {
-        m_TimeMeter.Zero();
-        m_sErr = file.GetErrorMessage();
-        return false;
-    }
-    m_sErr.Empty();
-    m_TimeMeter.Start();
+    const bool isOpen = zyn::OpenBesideSavers(m_sIniName, [&] {
+        return file.Open(m_sIniName, CFile::modeRead | CFile::shareDenyNone, zynEncUnknown) != 0;
+    });
+    m_bReadOnly = !zynplatform::CouldWriteFile(m_sIniName);
+    if (!isOpen) return FailLoad(file.GetErrorMessage());
+    const std::string_view text = file.ReadAllData();
+    const CzynStringFile::LoadFailure failure =
+        text.empty() ? file.GetLoadFailure() : CzynStringFile::loadDone;
+    if (failure == CzynStringFile::loadNotRead)
+        return FailLoad(CzynTranslate::Translate("Ошибка при чтении файла ini"_cp1251));
+
+    m_nLoadState = loadFailed; // half a model must not be saved over the file
     m_pIndex.reset();
     m_aSections.RemoveAll();
-    try {
-        const std::string_view text = file.ReadAllData();
-        // Not to be taken for a file that cannot be decoded: the next save would leave nothing of it.
-        if (text.empty() && file.LoadLackedMemory()) AfxThrowMemoryException();
-        if (text.empty()) return true;
+    if (failure == CzynStringFile::loadNoMemory) AfxThrowMemoryException();
+    m_sErr.Empty();
+    if (!text.empty()) {
         m_nEncoding = file.GetFileEncoding();
-        return ParseText(text);
-    } catch (...) {
-        m_TimeMeter.Zero(); // half a model must not be saved over the file
-        throw;
+        if (!ParseText(text)) return false;
     }
+    m_nLoadState = failure == CzynStringFile::loadNotDecoded ? loadNotDecoded : loadDone;
+    m_bReloadDue = false;
+    m_TimeMeter.Start();
+    return true;
+}
+
+// The model stays, and the next operation tries again.
+bool CzynINI::FailLoad(const CStringA& sErr) {
+    m_nLoadState = loadFailed;
+    SetNeedReload();
+    m_sErr = sErr;
+    return false;
 }
 
 bool CzynINI::ParseText(std::string_view text) {

@@ -3,14 +3,18 @@
 #include "zynaggr/zyn_translate.h"
 #include "zynaggr/zynfile.h"
 #include "zynaggr/zynhelpers.h"
-#include "zynaggr/zynmap.h"
 #include "zynaggr/zynmessage.h"
 #include "zynaggr/zynstringfile.h"
 #include "zynplatform/cp1251.h"
+#include "zynplatform/replace.h"
+#include "zynplatform/savelock.h"
+#include "zynplatform/syserror.h"
 
+#include <algorithm>
 #include <atomic>
-#include <cstring>
 #include <limits>
+#include <utility>
+#include <vector>
 
 // Saving, the two modes, messages, and paths out of the file.
 
@@ -24,11 +28,8 @@ void AppendPair(CStringA& text, const CzynINI::SOption& option) {
     text.Append(option.m_sKey.View()).Append("=").Append(option.m_sValue.View()).Append(lineEnd);
 }
 
-void AppendHeader(CStringA& text, CzynINI::SSection& section, bool afterPair) {
-    if (!section.m_sComment.IsEmpty()) {
-        text.Append(";").Append(section.m_sComment.View()).Append(lineEnd);
-        section.m_sComment.Empty();
-    }
+void AppendHeader(CStringA& text, const CzynINI::SSection& section, bool afterPair) {
+    if (!section.m_sComment.IsEmpty()) text.Append(";").Append(section.m_sComment.View()).Append(lineEnd);
     if (afterPair) text.Append(lineEnd);
     text.Append("[")
         .Append(section.m_sName.View())
@@ -37,23 +38,37 @@ void AppendHeader(CStringA& text, CzynINI::SSection& section, bool afterPair) {
         .Append(lineEnd);
 }
 
+// The digits of a decimal number, which may be of any length, without zeros before them.
+std::string_view DigitsOf(std::string_view number) {
+    const std::size_t first = number.find_first_not_of("-0");
+    return first == number.npos ? std::string_view() : number.substr(first);
+}
+
+bool IsLess(const CzynINI::SOption* left, const CzynINI::SOption* right) {
+    const std::string_view l = left->m_sKey.View(), r = right->m_sKey.View();
+    const std::string_view leftDigits = DigitsOf(l), rightDigits = DigitsOf(r);
+    const bool leftIsNegative = l[0] == '-' && !leftDigits.empty();
+    const bool rightIsNegative = r[0] == '-' && !rightDigits.empty();
+    if (leftIsNegative != rightIsNegative) return leftIsNegative;
+    const auto size = [](std::string_view digits) { return std::pair(digits.size(), digits); };
+    return leftIsNegative ? size(rightDigits) < size(leftDigits) : size(leftDigits) < size(rightDigits);
+}
+
 // Appends the entries: numbered ones first. `lastIsKeyless` becomes whether the last one stored has no key.
 void AppendOptions(CStringA& text, const CzynINI::OptionArray& options, bool& lastIsKeyless) {
-    CzynMap numbered;
-    for (int i = 0; i < options.GetSize(); ++i) {
-        CzynINI::SOption* const option = options.GetAt(i);
-        if (!option) continue;
-        if (IsNumber(option->m_sKey, false)) numbered.Add(zyn::DecimalValue(option->m_sKey), option);
-        lastIsKeyless = option->m_sKey.IsEmpty();
-    }
-    numbered.SortIn();
-    for (int i = 0; i < numbered.GetSize(); ++i) {
-        const auto* const option = reinterpret_cast<const CzynINI::SOption*>(numbered[i].out);
-        if (!option->m_sValue.IsEmpty()) AppendPair(text, *option);
-    }
+    std::vector<const CzynINI::SOption*> numbered;
     for (int i = 0; i < options.GetSize(); ++i) {
         const CzynINI::SOption* const option = options.GetAt(i);
-        if (!option || (numbered.GetSize() > 0 && IsNumber(option->m_sKey, false))) continue;
+        if (!option) continue;
+        if (IsNumber(option->m_sKey, false)) numbered.push_back(option);
+        lastIsKeyless = option->m_sKey.IsEmpty();
+    }
+    std::stable_sort(numbered.begin(), numbered.end(), IsLess);
+    for (const CzynINI::SOption* option : numbered)
+        if (!option->m_sValue.IsEmpty()) AppendPair(text, *option);
+    for (int i = 0; i < options.GetSize(); ++i) {
+        const CzynINI::SOption* const option = options.GetAt(i);
+        if (!option || (!numbered.empty() && IsNumber(option->m_sKey, false))) continue;
         if (!option->m_sKey.IsEmpty() || option->m_bEmptyKey)
             AppendPair(text, *option);
         else
@@ -94,7 +109,7 @@ CStringA CzynINI::ComposeText() {
     sText.ReleaseBuffer(0);
     bool lastIsKeyless = true;
     for (int i = 0; i < m_aSections.GetSize(); ++i) {
-        SSection* const section = m_aSections.GetAt(i);
+        const SSection* const section = m_aSections.GetAt(i);
         if (!section) continue;
         if (!section->m_sName.IsEmpty()) AppendHeader(sText, *section, !lastIsKeyless);
         lastIsKeyless = false;
@@ -105,29 +120,66 @@ CStringA CzynINI::ComposeText() {
 
 bool CzynINI::InternalSave() {
     const CzynEnterCriticalSection lock(&m_CS);
-    if (!CheckWrite()) {
-        m_sErr = CzynTranslate::Translate("Файл ini доступен только для чтения"_cp1251);
-        return false;
-    }
+    if (m_nSaveTurn == turnIsToCome) return true;
+    if (!IsSafeToSave())
+        return FailSave(
+            CzynTranslate::Translate("Файл ini не удалось прочитать, поэтому он не сохраняется"_cp1251));
+    zynplatform::SaveLock turn;
+    if (m_nSaveTurn == turnIsTaken && !m_sIniName.IsEmpty() &&
+        turn.Take(m_sIniName, zynplatform::saveLockLimit, true) == zynplatform::errorSharingViolation)
+        return FailSave(CStringA(CzynTranslate::Translate("Ошибка при открытии файла: "_cp1251)) +
+                        zynplatform::DescribeSystemError(zynplatform::errorSharingViolation));
+    if (!CheckWrite())
+        return FailSave(CzynTranslate::Translate("Файл ini доступен только для чтения"_cp1251));
     const CStringA sText = ComposeText();
-    CzynFile::CreateBackupFile(m_sIniName, 1);
     CzynStringFile file;
-    if (!file.Open(m_sIniName, CFile::modeCreate | CFile::modeWrite | CFile::typeBinary, m_nEncoding)) {
-        m_sErr = file.GetErrorMessage();
-        return false;
+    if (!file.Open(m_sIniName, CFile::modeCreate | CFile::modeWrite | CFile::typeBinary, m_nEncoding))
+        return FailSave(file.GetErrorMessage());
+    const bool isTaken =
+        sText.IsEmpty() || file.WriteString(sText, static_cast<std::size_t>(sText.GetLength()));
+    if (!isTaken || !file.FlushWithBackup()) {
+        CStringA sErr(CzynTranslate::Translate("Ошибка при записи файла ini"_cp1251));
+        if (file.GetWriteError() != 0)
+            sErr.Append(": ").Append(zynplatform::DescribeSystemError(file.GetWriteError()));
+        return FailSave(sErr);
     }
-    const bool written =
-        sText.IsEmpty() ||
-        (file.WriteString(sText, static_cast<std::size_t>(sText.GetLength())) && file.Flush());
-    file.Close();
+    ForgetSaveFailure();
+    ForgetComments();
+    m_nLoadState = loadDone;
+    m_bReloadDue = false;
     m_TimeMeter.Start();
-    // The edit stands in memory and the old text in the file: a save that ran out of room is not a refused
-    // one, but it must not pass in silence.
-    if (!written) m_sErr = CzynTranslate::Translate("Ошибка при записи файла ini"_cp1251);
     return true;
 }
 
+// Sections that are less than what the file holds must not take its place.
+bool CzynINI::IsSafeToSave() {
+    return (m_nLoadState != loadFailed && m_nLoadState != loadNotDecoded) ||
+           !CzynFile::IsFileExist(m_sIniName);
+}
+
+bool CzynINI::FailSave(const CStringA& sErr) {
+    m_sErr = m_sSaveErr = sErr;
+    return false;
+}
+
+// What was collected behind the text of a failed save stays.
+void CzynINI::ForgetSaveFailure() {
+    if (!m_sSaveErr.IsEmpty() && StartsWith(m_sErr, m_sSaveErr.View())) {
+        m_sErr = m_sErr.Mid(m_sSaveErr.GetLength());
+        m_sErr.TrimLeft('\n');
+    }
+    m_sSaveErr.Empty();
+}
+
+// They are written once.
+void CzynINI::ForgetComments() {
+    for (int i = 0; i < m_aSections.GetSize(); ++i)
+        if (SSection* const section = m_aSections.GetAt(i); section && !section->m_sName.IsEmpty())
+            section->m_sComment.Empty();
+}
+
 void CzynINI::SetWriteMode(bool bWrite) {
+    if (m_nSaveTurn == turnIsToCome) return;
     if (m_bWriteMode && !bWrite)
         Parse();
     else if (!m_bWriteMode && bWrite)
@@ -136,9 +188,13 @@ void CzynINI::SetWriteMode(bool bWrite) {
 }
 
 bool CzynINI::Flush() {
-    if (m_bWriteMode) return true;
+    if (m_bWriteMode || m_nSaveTurn == turnIsToCome) return true;
     m_bWriteMode = true;
     return InternalSave();
+}
+
+void CzynINI::SetSyncToDisk(bool bSync) {
+    zynplatform::SetSyncToDisk(bSync);
 }
 
 CStringA CzynINI::GetErrDescription() {

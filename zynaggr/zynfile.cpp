@@ -1,9 +1,7 @@
 #include "zynaggr/zynfile.h"
 
-#include "zynaggr/zynhelpers.h"
 #include "zynaggr/zynmessage.h"
 #include "zynplatform/filesystem.h"
-#include "zynplatform/paths.h"
 #include "zynplatform/syserror.h"
 
 #include <cstring>
@@ -173,45 +171,15 @@ bool CzynFile::IsFileAttrAllowWrite(const char* name) {
 
 bool CzynFile::CopyFile(const char* from, const char* to, bool failIfExists, bool copySecurity) {
     if (IsEmpty(from) || IsEmpty(to)) return false;
-    if (zynplatform::CopyFileContent(from, to, failIfExists) != 0) return false;
-    if (!copySecurity) return true;
+    const zynplatform::CopyOutcome outcome =
+        zynplatform::CopyFileTo(from, to, {.failIfExists = failIfExists, .withRights = copySecurity});
+    if (outcome.content != 0) return false;
+    if (outcome.readingRights == 0 && outcome.settingRights == 0) return true;
     constexpr std::uint32_t warning = 48;
-    zynplatform::AccessRights rights;
-    if (zynplatform::GetAccessRights(from, rights) != 0) {
-        zynMessageBoxConsole("GetNamedSecurityInfo Error {CzynFile::CopyFile}", warning);
-        return false;
-    }
-    if (zynplatform::SetAccessRights(to, rights) != 0) {
-        zynMessageBoxConsole("SetNamedSecurityInfo Error {CzynFile::CopyFile}", warning);
-        return false;
-    }
-    return true;
-}
-
-bool CzynFile::CreateBackupFile(const char* name, int count) {
-    if (!IsFileExist(name)) return false;
-    if (count < 1) count = 1;
-    CStringA stem(std::string_view(zynplatform::ToLibraryPath(name)));
-    if (!CopyFile(name, stem + ".bak.tmp", false, true)) {
-        CStringA inTemporaryFolder;
-        zynGetTempPath(inTemporaryFolder);
-        stem = inTemporaryFolder + stem.Mid(stem.ReverseFind('\\') + 1);
-        if (!CopyFile(name, stem + ".bak.tmp", false, true)) return false;
-    }
-    const auto slot = [&](int number) {
-        CStringA suffix(".bak");
-        if (number > 0) suffix.Format(".%02i.bak", number);
-        return stem + suffix;
-    };
-    CStringA older = slot(count - 1);
-    Remove(older);
-    for (int i = count - 2; i >= 0; --i) {
-        const CStringA newer = slot(i);
-        Rename(newer, older);
-        older = newer;
-    }
-    Rename(stem + ".bak.tmp", slot(0));
-    return true;
+    zynMessageBoxConsole(outcome.readingRights != 0 ? "GetNamedSecurityInfo Error {CzynFile::CopyFile}"
+                                                    : "SetNamedSecurityInfo Error {CzynFile::CopyFile}",
+                         warning);
+    return false;
 }
 
 void CzynFile::NormalizeFileName(CStringA& name) {

@@ -91,8 +91,11 @@ public:
     // in copying the rights shows a warning and leaves the copy in place.
     static bool CopyFile(const char* from, const char* to, bool failIfExists, bool copySecurity);
     // Keeps up to `count` (at least 1) copies of the file: the newest in `name`.bak, older ones in
-    // `name`.01.bak and so on. When the copy cannot be made beside the file it is made in the temporary
-    // folder, and the older ones are looked for there. False when there is no file or no copy could be made.
+    // `name`.01.bak and so on. Each takes its name in one step, in place of what had it, and has the file's
+    // owner, group and rights, or fewer rights where those cannot be given. When the copy cannot be made
+    // beside the file it is made in the temporary folder, and the older ones are looked for there; in \tmp
+    // when there is no such folder, readable for its owner only. Savers of the file are waited for, for a
+    // second. False when there is no file or no copy could be made.
     static bool CreateBackupFile(const char* name, int count);
     // Replaces, in place, what a file name may not hold: '"' by an apostrophe, '*' by 'x', '?' and slashes by
     // '_', other such bytes by '~'.

@@ -1,13 +1,20 @@
 #include "zynaggr/zynstringfile.h"
 
+#include "zynaggr/backup_impl.h"
 #include "zynaggr/zyn_translate.h"
 #include "zynplatform/cp1251.h"
+#include "zynplatform/replace.h"
+#include "zynplatform/syserror.h"
 
 #include <algorithm>
 #include <cassert>
 #include <cstring>
+#include <functional>
 #include <limits>
+#include <memory>
 #include <new>
+#include <string>
+#include <utility>
 
 using namespace zynplatform::literals;
 
@@ -65,8 +72,7 @@ void CzynStringFile::Reset() {
     FreeBuffer();
     m_bLoaded = false;
     m_bModified = false;
-    m_bCutPending = false;
-    m_bLoadLackedMemory = false;
+    m_nLoadFailure = loadDone;
     m_nFileEncoding = zynEncUnknown;
     m_nWorkEncoding = zynEncCP1251;
     m_nEncodingIfNotBOM = zynEncUnknown;
@@ -104,11 +110,14 @@ int CzynStringFile::Open(const char* name, unsigned flags, zynTextEncoding encod
     if (IsFileOpen()) Close();
     flags = (flags & ~static_cast<unsigned>(typeText)) | typeBinary;
     m_nFileEncoding = encoding;
-    const bool empties = (flags & modeCreate) && !(flags & modeNoTruncate);
-    const bool writes = (flags & (modeWrite | modeReadWrite)) != 0;
+    m_sName = name;
+    m_mode = ModeOf(flags);
+    constexpr unsigned everything = zynplatform::accessRead | zynplatform::accessWrite;
+    const bool putsOff =
+        m_mode.truncate && (m_mode.access & zynplatform::accessWrite) && m_mode.deny == everything;
     CFileException error;
-    const int opened = CFile::Open(name, empties && writes ? flags | modeNoTruncate : flags, &error);
-    m_bCutPending = opened && empties && writes;
+    const int opened = CFile::Open(name, putsOff ? flags | modeNoTruncate : flags, &error);
+    m_bEmptyingPutOff = opened && putsOff;
     if (!opened) {
         char text[256];
         error.GetErrorMessage(text, sizeof text);
@@ -121,47 +130,92 @@ int CzynStringFile::Open(const char* name, unsigned flags, zynTextEncoding encod
 void CzynStringFile::Close() {
     if (IsFileOpen()) {
         if (m_bModified) Flush();
-        if (m_bCutPending) SetLength(0);
         CFile::Close();
     }
     Reset();
 }
 
-int CzynStringFile::Load2Memory() {
-    if (!IsFileOpen()) return 0;
-    if (m_bLoaded) return 1;
-    if (m_bModified) return 0;
-    const std::int64_t length = m_bCutPending ? 0 : GetLength();
-    if (length < 0 || length >= loadLimit) return 0;
-    FreeBuffer();
-    if (length == 0) return 1;
-    const auto size = static_cast<std::uint32_t>(length);
-    m_pBuffer = new (std::nothrow) unsigned char[size];
-    m_bLoadLackedMemory = !m_pBuffer;
-    if (!m_pBuffer) return 0;
-    if (!CFile::SeekToBegin() || Read(m_pBuffer, size) != size) {
-        FreeBuffer();
-        return 0;
-    }
-    m_nCapacity = m_nDataSize = size;
-    m_bLoaded = true;
+int CzynStringFile::FailLoad(LoadFailure failure) {
+    m_nLoadFailure = failure;
+    return 0;
+}
 
+int CzynStringFile::Load2Memory() {
+    if (!IsFileOpen()) return FailLoad(loadNotRead);
+    if (m_bLoaded) return 1;
+    m_nLoadFailure = loadDone;
+    if (!m_bModified) return LoadFile();
+
+    // What was written comes to stand behind what is read, and is kept when there is nothing.
+    std::unique_ptr<unsigned char[]> written(std::exchange(m_pBuffer, nullptr));
+    const std::uint32_t size = m_nDataSize, capacity = m_nCapacity;
+    const zynTextEncoding encoding = m_nFileEncoding;
+    m_bModified = false;
+    int result = LoadFile();
+    if (m_bLoaded && SetBufSize(m_nDataSize + size + 1)) {
+        std::memcpy(m_pBuffer + m_nDataSize, written.get(), size + std::size_t{1});
+        m_nDataSize += size;
+    } else {
+        if (m_bLoaded) result = FailLoad(loadNoMemory);
+        m_bLoaded = false;
+        TakeBuffer(written.release(), size);
+        m_nCapacity = capacity;
+        m_nFileEncoding = encoding;
+    }
+    m_bModified = true;
+    return result;
+}
+
+int CzynStringFile::LoadFile() {
+    FreeBuffer();
+    if (!ReadWhole()) return 0;
+    if (m_nDataSize == 0) return 1;
+    m_bLoaded = true;
     int bomLength = 0;
-    m_nFileEncoding = zynGetBufferEncodeByBOM(m_pBuffer, static_cast<int>(size), &bomLength);
+    m_nFileEncoding = zynGetBufferEncodeByBOM(m_pBuffer, static_cast<int>(m_nDataSize), &bomLength);
     if (bomLength == 0)
         m_nFileEncoding = m_nEncodingIfNotBOM != zynEncUnknown ? m_nEncodingIfNotBOM : EncodingByContent();
+    LoadFailure failure = loadNotDecoded;
     try {
-        if (!ConvertLoaded(bomLength)) {
-            Reset();
-            return 0;
+        if (ConvertLoaded(bomLength)) {
+            SeekToBegin();
+            return 1;
         }
     } catch (const std::bad_alloc&) {
-        Reset();
-        m_bLoadLackedMemory = true;
-        return 0;
+        failure = loadNoMemory;
     }
-    SeekToBegin();
-    return 1;
+    Reset();
+    return FailLoad(failure);
+}
+
+// Reads what the file holds into the buffer.
+bool CzynStringFile::ReadWhole() {
+    const bool isPlain = zynplatform::IsPlainFile(m_hFile);
+    const std::int64_t length = isPlain ? GetLength() : 0;
+    if (length < 0 || length >= loadLimit || (isPlain && !CFile::SeekToBegin())) return FailLoad(loadNotRead);
+    if (length == 0) return m_bEmptyingPutOff || ReadToEnd();
+    const auto size = static_cast<std::uint32_t>(length);
+    TakeBuffer(new (std::nothrow) unsigned char[size], size);
+    if (m_pBuffer && Read(m_pBuffer, size) == size) return true;
+    const bool lacksMemory = !m_pBuffer;
+    FreeBuffer();
+    return FailLoad(lacksMemory ? loadNoMemory : loadNotRead);
+}
+
+// A pipe has no length, and some files of the system say that they have none.
+bool CzynStringFile::ReadToEnd() {
+    constexpr std::uint32_t least = 65536;
+    for (std::size_t done = least, wanted = least; done == wanted;
+         m_nDataSize += static_cast<unsigned>(done)) {
+        wanted = std::max(least, m_nDataSize);
+        if (m_nDataSize + wanted >= loadLimit || !SetBufSize(m_nDataSize + static_cast<unsigned>(wanted)) ||
+            zynplatform::ReadFile(m_hFile, m_pBuffer + m_nDataSize, wanted, done) != 0) {
+            FreeBuffer();
+            return FailLoad(loadNotRead);
+        }
+    }
+    if (m_nDataSize == 0) FreeBuffer();
+    return true;
 }
 
 zynTextEncoding CzynStringFile::EncodingByContent() const {
@@ -245,12 +299,17 @@ int CzynStringFile::WriteString(const char* text, std::size_t length) {
     if (m_nWorkEncoding == zynEncUnknown && m_nDataSize == 0) m_nWorkEncoding = zynEncCP1251;
     assert(m_nWorkEncoding == zynEncCP1251);
     if (m_nWorkEncoding != zynEncCP1251) return 0;
+    const std::less<const void*> before;
+    if (m_pBuffer && !before(text, m_pBuffer) && before(text, m_pBuffer + m_nCapacity)) {
+        const std::string copy(text, length); // the buffer is about to move
+        return WriteString(copy.data(), length);
+    }
     const std::string_view source(text, length);
     const std::uint64_t added = source.size() + CountBareLineFeeds(source);
     const std::uint64_t needed = m_nDataSize + added + 1;
     if (needed > static_cast<std::uint64_t>(std::numeric_limits<int>::max()) ||
         !SetBufSize(static_cast<unsigned>(needed))) {
-        m_bCutPending = false; // a text that is not whole is no reason to give up the old one
+        m_bEmptyingPutOff = false; // a text that is not whole is no reason to give up the old one
         return 0;
     }
     CopyWithCarriageReturns(source, m_pBuffer + m_nDataSize);
@@ -263,46 +322,67 @@ int CzynStringFile::WriteString(const char* text, std::size_t length) {
 int CzynStringFile::Flush() {
     if (!IsFileOpen()) return 0;
     if (!m_bModified) return 1;
-    if (m_nDataSize == 0 || !m_pBuffer) {
-        m_bModified = false;
-        return 1;
-    }
-    if (m_nFileEncoding == zynEncUnknown) m_nFileEncoding = zynEncCP1251;
-    const std::string_view text(reinterpret_cast<const char*>(m_pBuffer), m_nDataSize);
-    if (m_nFileEncoding == m_nWorkEncoding) {
-        if (!WriteFromStart(text.starts_with(MarkOf(m_nFileEncoding)) ? "" : MarkOf(m_nFileEncoding), text))
-            return 0;
-    } else {
-        const int bomLength = GetBomLength(m_nWorkEncoding, m_pBuffer, static_cast<int>(m_nDataSize));
-        unsigned char* converted = nullptr;
-        int length = 0;
-        m_bCutPending = false;
-        try {
-            if (!ConvertEncoding(m_nWorkEncoding, m_pBuffer + bomLength,
-                                 static_cast<int>(m_nDataSize) - bomLength, m_nFileEncoding, converted,
-                                 length))
-                return 0;
-        } catch (const std::bad_alloc&) {
-            return 0;
-        }
-        const std::string_view bytes(reinterpret_cast<const char*>(converted),
-                                     static_cast<std::size_t>(length));
-        const bool hasMark = GetBomLength(m_nFileEncoding, converted, length) != 0;
-        const bool written = WriteFromStart(hasMark ? "" : MarkOf(m_nFileEncoding), bytes);
-        FreeBuffer(converted);
-        if (!written) return 0;
-    }
+    return m_nDataSize == 0 || !m_pBuffer || WriteText(false) ? (m_bModified = false, 1) : 0;
+}
+
+int CzynStringFile::FlushWithBackup() {
+    if (!IsFileOpen() || !WriteText(true)) return 0;
     m_bModified = false;
     return 1;
 }
 
-// The file ends behind what was written. Nothing is written when there is no room for all of it.
-bool CzynStringFile::WriteFromStart(std::string_view mark, std::string_view text) {
-    m_bCutPending = false;
-    const auto length = static_cast<std::int64_t>(mark.size() + text.size());
-    return zynplatform::ReserveFile(m_hFile, length) == 0 && CFile::SeekToBegin() &&
-           (mark.empty() || Write(mark.data(), mark.size())) && Write(text.data(), text.size()) &&
-           SetLength(length);
+bool CzynStringFile::WriteText(bool withBackup) {
+    m_nWriteError = 0;
+    try {
+        if (ConvertAndWrite(withBackup)) return true;
+    } catch (const std::bad_alloc&) {
+        m_nWriteError = zynplatform::errorNotEnoughMemory;
+    }
+    m_bEmptyingPutOff = false; // a text that is not whole is no reason to give up the old one
+    return false;
+}
+
+bool CzynStringFile::ConvertAndWrite(bool withBackup) {
+    if (m_nFileEncoding == zynEncUnknown) m_nFileEncoding = zynEncCP1251;
+    const std::string_view text(reinterpret_cast<const char*>(m_pBuffer), m_nDataSize);
+    if (text.empty()) return PutInPlace({}, {}, withBackup);
+    const std::string_view mark = MarkOf(m_nFileEncoding);
+    if (m_nFileEncoding == m_nWorkEncoding)
+        return PutInPlace(text.starts_with(mark) ? "" : mark, text, withBackup);
+
+    const int bomLength = GetBomLength(m_nWorkEncoding, m_pBuffer, static_cast<int>(m_nDataSize));
+    unsigned char* converted = nullptr;
+    int length = 0;
+    if (!ConvertEncoding(m_nWorkEncoding, m_pBuffer + bomLength, static_cast<int>(m_nDataSize) - bomLength,
+                         m_nFileEncoding, converted, length))
+        return false;
+    const std::unique_ptr<unsigned char[]> owned(converted);
+    const std::string_view bytes(reinterpret_cast<const char*>(converted), static_cast<std::size_t>(length));
+    return PutInPlace(GetBomLength(m_nFileEncoding, converted, length) != 0 ? "" : mark, bytes, withBackup);
+}
+
+// Of a text that cannot be put in the place of the old one nothing is written, as far as that can be known.
+bool CzynStringFile::PutInPlace(std::string_view mark, std::string_view text, bool withBackup) {
+    const CStringA backup = m_sName + ".bak", newestBackup = backup + ".tmp";
+    zynplatform::Replacement replacement;
+    m_nWriteError = replacement.Prepare(m_hFile, m_sName, m_mode, {mark, text}, {backup, newestBackup});
+    if (m_nWriteError == 0) {
+        const auto linkOrCopy = [&](const char* to, bool isPrivate) {
+            return (!isPrivate && replacement.LinkOldFile(to)) ||
+                   zynplatform::CopyToNewFile(m_hFile, to, isPrivate) == 0;
+        };
+        if (withBackup) zyn::KeepBackup(m_sName, 1, linkOrCopy);
+        m_nWriteError = replacement.Commit(m_hFile);
+    }
+    if (m_nWriteError == zynplatform::errorNotSupported) {
+        const auto copy = [this](const char* to, bool isPrivate) {
+            return zynplatform::CopyToNewFile(m_hFile, to, isPrivate) == 0;
+        };
+        if (withBackup) zyn::KeepBackup(m_sName, 1, copy);
+        m_nWriteError = zynplatform::OverwriteFile(m_hFile, {mark, text});
+    }
+    if (m_nWriteError == 0) m_bEmptyingPutOff = false;
+    return m_nWriteError == 0;
 }
 
 void CzynStringFile::SeekToBegin() {

@@ -25,10 +25,15 @@
 // UCS-2. Files of 1 GiB and more are not read, texts of 2 GiB and more not written. Files in code page 866
 // are named but not converted.
 //
-// A file opened to be emptied (modeCreate without modeNoTruncate) keeps its old content until the new text is
-// on its way: Flush makes sure that there is room, writes the text over the old one and cuts the file behind
-// it. So a full disk leaves the old file whole. Written bytes are handed to the system, which survives the
-// death of the process; they are not forced to the disk.
+// Flush puts the new text under the name in one step: at every moment the name stands for a whole text, the
+// old one or the new one, whatever is killed, fails or loses power. Owner, rights and attributes of the file
+// stay, links are followed. Where that cannot be done (a hard link beside it, a folder that may not be
+// written, somebody else who has the file open for writing, a device) the text is written over the old one,
+// once there is known to be room for all of it. zynplatform/replace.h has the details.
+//
+// A file opened to be emptied (modeCreate without modeNoTruncate) that nobody else can open meanwhile keeps
+// its old content until the new text has taken its place, so that a full disk leaves the old file whole. The
+// object itself, CFile's operations included, sees it as empty from the start.
 //
 // An object is for one thread at a time; the static converters may be used by any.
 class ZYN_API CzynStringFile : public CFile {
@@ -45,12 +50,19 @@ public:
     void Close();
     bool IsFileOpen() const; // Open succeeded and no Close came since
 
-    // Reads the file into memory: 1, also for an empty file; 0 when there is no open file, it is too long or
-    // cannot be converted (the object then forgets everything but the open file), or when text was written
-    // and not yet flushed, which a read would throw away.
+    // Reads the file into memory: 1, also for an empty file; 0 when there is no open file, it cannot be read
+    // (GetLoadFailure) or cannot be converted (the object then forgets everything but the open file). Text
+    // that was written before and is not yet flushed comes to stand behind what is read, and is kept when
+    // reading fails.
     int Load2Memory();
-    // Whether the last load failed because memory ran out: the file may then be read well another time.
-    bool LoadLackedMemory() const { return m_bLoadLackedMemory; }
+    // Why the last load failed.
+    enum LoadFailure {
+        loadDone,
+        loadNoMemory,
+        loadNotRead,    // no open file, an error while reading, or too long
+        loadNotDecoded, // read, but it is no text
+    };
+    LoadFailure GetLoadFailure() const { return m_nLoadFailure; }
     // The next line, without its end; a run of line ends (CR, LF, zero bytes) counts as one, so that an empty
     // line is returned only where the position itself stands on a line end. 1, or 0 at the end or when
     // loading fails.
@@ -64,9 +76,14 @@ public:
     // success, 0 for an empty text, without an open file or without memory.
     int WriteString(const char* text);
     int WriteString(const char* text, std::size_t length); // a text in which zero bytes may stand
-    // Writes the whole text from the file's start and ends the file there. 1 on success, also when there was
-    // nothing to write; 0 when the text cannot be converted or written: it is then still to be written.
+    // Makes the text what the file holds. 1 on success, also when there was nothing to write; 0 when the text
+    // cannot be converted or written: it is then still to be written, and GetWriteError tells why.
     int Flush();
+    // The same, an empty text included, after the file as it was has become `name`.bak (see
+    // CzynFile::CreateBackupFile). For a file that was opened to be emptied.
+    int FlushWithBackup();
+    // The system error number of the last failed Flush; 0 when it could not be converted.
+    std::uint32_t GetWriteError() const { return m_nWriteError; }
 
     // Positions count bytes of the text in memory. SetPosition keeps within the text and returns the new
     // position.
@@ -116,13 +133,21 @@ protected:
 
     zynTextEncoding EncodingByContent() const;
     bool ConvertLoaded(int bomLength);
+    int LoadFile();
+    bool ReadWhole();
+    bool ReadToEnd();
+    int FailLoad(LoadFailure failure);
     void TakeBuffer(unsigned char* buffer, unsigned length);
-    bool WriteFromStart(std::string_view mark, std::string_view text);
+    bool WriteText(bool withBackup);
+    bool ConvertAndWrite(bool withBackup);
+    bool PutInPlace(std::string_view mark, std::string_view text, bool withBackup);
 
     bool m_bLoaded;
     bool m_bModified;
-    bool m_bCutPending; // opened to be emptied, and not emptied yet
-    bool m_bLoadLackedMemory;
+    LoadFailure m_nLoadFailure;
+    std::uint32_t m_nWriteError = 0;
+    CStringA m_sName; // of the open file
+    zynplatform::OpenMode m_mode;
     unsigned char* m_pBuffer;
     std::uint32_t m_nCapacity;
     std::uint32_t m_nDataSize;

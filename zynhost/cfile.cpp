@@ -90,15 +90,17 @@ CFile::~CFile() {
     Close();
 }
 
+zynplatform::OpenMode CFile::ModeOf(unsigned flags) {
+    const bool create = (flags & modeCreate) != 0;
+    return {.access = AccessOf(flags),
+            .deny = DeniedBy(flags),
+            .create = create,
+            .truncate = create && !(flags & modeNoTruncate)};
+}
+
 int CFile::Open(const char* name, unsigned flags, CFileException* error) {
     Close();
-    const bool create = (flags & modeCreate) != 0;
-    const std::uint32_t result = zynplatform::OpenFile(name ? name : "",
-                                                       {.access = AccessOf(flags),
-                                                        .deny = DeniedBy(flags),
-                                                        .create = create,
-                                                        .truncate = create && !(flags & modeNoTruncate)},
-                                                       m_hFile);
+    const std::uint32_t result = zynplatform::OpenFile(name ? name : "", ModeOf(flags), m_hFile);
     if (error) {
         error->m_strFileName = name;
         error->SetOsError(result);
@@ -106,17 +108,23 @@ int CFile::Open(const char* name, unsigned flags, CFileException* error) {
     return result == 0 ? 1 : 0;
 }
 
+bool CFile::EmptyNow() {
+    return !std::exchange(m_bEmptyingPutOff, false) || zynplatform::SetFileLength(m_hFile, 0) == 0;
+}
+
 bool CFile::Close() {
+    const bool isEmptied = EmptyNow();
     const zynplatform::FileHandle handle = std::exchange(m_hFile, hFileNull);
-    return handle != hFileNull && zynplatform::CloseFile(handle) == 0;
+    return handle != hFileNull && zynplatform::CloseFile(handle) == 0 && isEmptied;
 }
 
 std::int64_t CFile::GetLength() const {
+    if (m_bEmptyingPutOff) return 0;
     return m_hFile == hFileNull ? -1 : zynplatform::GetFileLength(m_hFile);
 }
 
 bool CFile::SetLength(std::int64_t length) {
-    return m_hFile != hFileNull && zynplatform::SetFileLength(m_hFile, length) == 0;
+    return m_hFile != hFileNull && EmptyNow() && zynplatform::SetFileLength(m_hFile, length) == 0;
 }
 
 bool CFile::SeekToBegin() {
@@ -125,10 +133,10 @@ bool CFile::SeekToBegin() {
 
 std::size_t CFile::Read(void* buffer, std::size_t count) {
     std::size_t done = 0;
-    if (m_hFile != hFileNull) zynplatform::ReadFile(m_hFile, buffer, count, done);
+    if (m_hFile != hFileNull && !m_bEmptyingPutOff) zynplatform::ReadFile(m_hFile, buffer, count, done);
     return done;
 }
 
 bool CFile::Write(const void* buffer, std::size_t count) {
-    return m_hFile != hFileNull && zynplatform::WriteFile(m_hFile, buffer, count) == 0;
+    return m_hFile != hFileNull && EmptyNow() && zynplatform::WriteFile(m_hFile, buffer, count) == 0;
 }

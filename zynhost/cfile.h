@@ -86,4 +86,13 @@ public:
     bool Write(const void* buffer, std::size_t count);
 
     zynplatform::FileHandle m_hFile = hFileNull; // hFileNull: no file is open
+
+protected:
+    // How flags open a file.
+    static zynplatform::OpenMode ModeOf(unsigned flags);
+    bool EmptyNow();
+
+    // The file was opened to be emptied, and a derived class has put that off. Every operation above behaves
+    // as if it were empty already, and empties it where it must.
+    bool m_bEmptyingPutOff = false;
 };

@@ -1,14 +1,12 @@
 #include "zynplatform/file.h"
 
+#include "zynplatform/descriptor_impl.h"
 #include "zynplatform/paths.h"
 #include "zynplatform/sharelock.h"
-#include "zynplatform/syserror.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <fcntl.h>
 #include <string>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -17,14 +15,6 @@ namespace zynplatform {
 namespace {
 
 constexpr std::size_t largestTransfer = std::size_t{1} << 30;
-
-int Descriptor(FileHandle handle) {
-    return static_cast<int>(handle);
-}
-
-std::uint32_t LastError() {
-    return SystemErrorFromErrno(errno);
-}
 
 // A missing file and a missing folder on the way to it are told apart.
 std::uint32_t OpenError(const std::string& nativeName) {
@@ -36,25 +26,54 @@ std::uint32_t OpenError(const std::string& nativeName) {
 }
 
 int OpenFlags(const OpenMode& mode) {
-    // Without O_NONBLOCK, opening a pipe would wait for its other end; regular files do not care.
-    int flags = O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
     const bool reads = (mode.access & accessRead) != 0;
-    const bool writes = (mode.access & accessWrite) != 0 || mode.truncate;
-    flags |= reads && writes ? O_RDWR : writes ? O_WRONLY : O_RDONLY;
+    const bool writes = (mode.access & accessWrite) != 0;
+    int flags = O_CLOEXEC | O_NOCTTY | (reads && writes ? O_RDWR : writes ? O_WRONLY : O_RDONLY);
     if (mode.create) flags |= O_CREAT;
     if (mode.create && mode.mustBeNew) flags |= O_EXCL;
     if (mode.append) flags |= O_APPEND;
     return flags;
 }
 
+UniqueDescriptor OpenByName(const std::string& name, int flags, unsigned permissions) {
+    const auto openWith = [&](int more) {
+        return UniqueDescriptor(Uninterrupted([&] { return open(name.c_str(), flags | more, permissions); }));
+    };
+    // Without O_NONBLOCK, opening a pipe would wait for its other end.
+    UniqueDescriptor opened = openWith(O_NONBLOCK);
+    struct stat status;
+    // Somebody holds a lease on the file: he gives it up while the open waits.
+    if (!opened && errno == EWOULDBLOCK && stat(name.c_str(), &status) == 0 && S_ISREG(status.st_mode))
+        opened = openWith(0);
+    return opened;
+}
+
+// A file open for reading is emptied by way of a second descriptor.
+std::uint32_t Empty(int descriptor, const OpenMode& mode) {
+    if (mode.access & accessWrite) return SetFileLength(descriptor, 0);
+    const std::string path = "/proc/self/fd/" + std::to_string(descriptor);
+    const UniqueDescriptor writer(
+        Uninterrupted([&] { return open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY); }));
+    return writer ? SetFileLength(writer.Get(), 0) : LastError();
+}
+
 // What must hold once the descriptor is open: no folder, no conflict, and only then an emptied file.
-std::uint32_t PrepareOpened(int descriptor, const OpenMode& mode) {
+// `isReplaced` becomes whether another file has taken the name meanwhile, and nothing else is decided then.
+std::uint32_t PrepareOpened(int descriptor, const std::string& name, const OpenMode& mode, bool& isReplaced) {
     struct stat status;
     if (fstat(descriptor, &status) != 0) return LastError();
     if (S_ISDIR(status.st_mode)) return errorAccessDenied;
-    if (const std::uint32_t error = TakeShareLock(descriptor, mode.access, mode.deny)) return error;
-    if (mode.truncate && S_ISREG(status.st_mode) && ftruncate(descriptor, 0) != 0) return LastError();
-    return 0;
+    const std::uint32_t conflict = TakeShareLock(descriptor, mode.access, mode.deny);
+    if (S_ISREG(status.st_mode)) {
+        struct stat named;
+        isReplaced = stat(name.c_str(), &named) != 0 || !IsSameFile(status, named);
+        if (isReplaced || conflict != 0) return conflict;
+        return mode.truncate ? Empty(descriptor, mode) : 0;
+    }
+    // From here on reading and writing wait.
+    const int flags = fcntl(descriptor, F_GETFL);
+    if (flags >= 0) fcntl(descriptor, F_SETFL, flags & ~O_NONBLOCK);
+    return conflict;
 }
 
 } // namespace
@@ -62,48 +81,60 @@ std::uint32_t PrepareOpened(int descriptor, const OpenMode& mode) {
 std::uint32_t OpenFile(const char* name, const OpenMode& mode, FileHandle& handle) {
     handle = noFile;
     const std::string nativeName = ToNativePath(name);
-    int descriptor;
-    do
-        descriptor = open(nativeName.c_str(), OpenFlags(mode), mode.permissions);
-    while (descriptor < 0 && errno == EINTR);
-    if (descriptor < 0) return OpenError(nativeName);
-    if (const std::uint32_t error = PrepareOpened(descriptor, mode)) {
-        close(descriptor);
-        return error;
+    for (int attempts = 0; attempts < 1000; ++attempts) {
+        UniqueDescriptor descriptor = OpenByName(nativeName, OpenFlags(mode), mode.permissions);
+        if (!descriptor) return OpenError(nativeName);
+        bool isReplaced = false;
+        const std::uint32_t error = PrepareOpened(descriptor.Get(), nativeName, mode, isReplaced);
+        if (!isReplaced) {
+            if (error == 0) handle = HandleOf(descriptor.Release());
+            return error;
+        }
+        ReleaseLocks(descriptor.Get());
     }
-    handle = descriptor;
-    return 0;
+    return errorSharingViolation;
 }
 
 std::uint32_t CloseFile(FileHandle handle) {
-    // Not retried when interrupted: the descriptor is gone all the same.
-    return close(Descriptor(handle)) == 0 || errno == EINTR ? 0 : LastError();
+    // Closing alone would leave the share mode in force for as long as a forked child has the file open.
+    if (!IsInherited(handle)) ReleaseLocks(Descriptor(handle));
+    return UniqueDescriptor(Descriptor(handle)).Close();
+}
+
+bool CouldWriteFile(const char* name) {
+    const std::string nativeName = ToNativePath(name);
+    struct stat status;
+    if (stat(nativeName.c_str(), &status) != 0 || S_ISDIR(status.st_mode) ||
+        faccessat(AT_FDCWD, nativeName.c_str(), W_OK, AT_EACCESS) != 0)
+        return false;
+    if (!S_ISREG(status.st_mode)) return true;
+    const UniqueDescriptor descriptor = OpenByName(nativeName, O_RDONLY | O_CLOEXEC | O_NOCTTY, 0);
+    return !descriptor || !IsWritingDenied(descriptor.Get());
 }
 
 std::uint32_t ReadFile(FileHandle handle, void* buffer, std::size_t count, std::size_t& done) {
     for (done = 0; done < count;) {
-        const ssize_t part = read(Descriptor(handle), static_cast<char*>(buffer) + done,
-                                  std::min(count - done, largestTransfer));
-        if (part > 0)
-            done += static_cast<std::size_t>(part);
-        else if (part == 0)
-            break;
-        else if (errno != EINTR)
-            return LastError();
+        const ssize_t part = Uninterrupted([&] {
+            return read(Descriptor(handle), static_cast<char*>(buffer) + done,
+                        std::min(count - done, largestTransfer));
+        });
+        if (part < 0) return LastError();
+        if (part == 0) break;
+        done += static_cast<std::size_t>(part);
     }
     return 0;
 }
 
 std::uint32_t WriteFile(FileHandle handle, const void* buffer, std::size_t count) {
+    const WriteSignalGuard noSignals;
     for (std::size_t done = 0; done < count;) {
-        const ssize_t part = write(Descriptor(handle), static_cast<const char*>(buffer) + done,
-                                   std::min(count - done, largestTransfer));
-        if (part > 0)
-            done += static_cast<std::size_t>(part);
-        else if (part == 0)
-            return errorDiskFull;
-        else if (errno != EINTR)
-            return LastError();
+        const ssize_t part = Uninterrupted([&] {
+            return write(Descriptor(handle), static_cast<const char*>(buffer) + done,
+                         std::min(count - done, largestTransfer));
+        });
+        if (part < 0) return LastError();
+        if (part == 0) return errorDiskFull;
+        done += static_cast<std::size_t>(part);
     }
     return 0;
 }
@@ -119,26 +150,13 @@ std::int64_t GetFileLength(FileHandle handle) {
 }
 
 std::uint32_t SetFileLength(FileHandle handle, std::int64_t length) {
-    int result;
-    do
-        result = ftruncate(Descriptor(handle), length);
-    while (result != 0 && errno == EINTR);
-    return result == 0 ? 0 : LastError();
+    const WriteSignalGuard noSignals;
+    return Uninterrupted([&] { return ftruncate(Descriptor(handle), length); }) == 0 ? 0 : LastError();
 }
 
-std::uint32_t ReserveFile(FileHandle handle, std::int64_t length) {
-    rlimit limit;
-    if (getrlimit(RLIMIT_FSIZE, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY &&
-        static_cast<std::uint64_t>(length) > limit.rlim_cur)
-        return errorDiskFull;
-    const std::int64_t present = GetFileLength(handle);
-    if (present < 0 || length <= present) return 0;
-    int result;
-    do
-        result = fallocate(Descriptor(handle), FALLOC_FL_KEEP_SIZE, present, length - present);
-    while (result != 0 && errno == EINTR);
-    // A file system that cannot reserve leaves it to the writing.
-    return result != 0 && (errno == ENOSPC || errno == EDQUOT) ? errorDiskFull : 0;
+bool IsPlainFile(FileHandle handle) {
+    struct stat status;
+    return fstat(Descriptor(handle), &status) == 0 && S_ISREG(status.st_mode);
 }
 
 } // namespace zynplatform

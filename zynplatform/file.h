@@ -8,15 +8,15 @@
 // Open files: everything above reads and writes through these calls.
 //
 // Names are library paths (see paths.h). Results are system error numbers (see syserror.h), 0 for success.
-// Interrupted calls and short transfers are retried here and nowhere else. A handle is for one thread at a
-// time.
+// Interrupted calls and short transfers are retried here and nowhere else, and a failing write raises no
+// signal. A handle is for one thread at a time.
 //
 // Share modes. Every open says what it does (reads, writes) and what it denies others meanwhile. Two opens
 // conflict, in one process or in two, exactly when one does what the other denies; the one that comes second
 // gets error 32 and has changed nothing: a file is truncated only once that is decided. The modes bind all
 // who open files through this header and nobody else. They last until the handle is closed, whatever other
-// handles on the file do, and need no right that the open itself does not need. On a file system without
-// locks there are no share modes.
+// handles on the file do, and need no right that the open itself does not need. A child of fork that closes
+// a handle it has inherited does not end them. On a file system without locks there are no share modes.
 
 namespace zynplatform {
 
@@ -33,15 +33,21 @@ struct OpenMode {
     unsigned deny = accessNone;   // FileAccess bits: what others may not do meanwhile
     bool create = false;          // make the file when it is missing
     bool mustBeNew = false;       // with create: fail when it is not missing
-    bool truncate = false;        // empty it when it is not
+    bool truncate = false;        // empty it when it is not; takes the right to write, whatever the access
     bool append = false;          // every write goes to the end, wherever the position is
     unsigned permissions = 0666;  // of a file that is made, less what the process's mask takes
 };
 
-// A folder does not open (error 5). Handles are not inherited by other programs that this process starts.
+// A folder does not open (error 5). Opening a pipe does not wait for its other end, reading from it does.
+// What is open is the file that had the name when its share mode was taken, also when another one has just
+// taken its place. Handles are not inherited by other programs that this process starts.
 ZYN_API std::uint32_t OpenFile(const char* name, const OpenMode& mode, FileHandle& handle);
 // The handle is closed also when an error, such as a late write error, is reported.
 ZYN_API std::uint32_t CloseFile(FileHandle handle);
+
+// Whether an existing file would open for writing that denies nobody anything. It is not opened for writing,
+// so that nobody who watches it is told of a change.
+ZYN_API bool CouldWriteFile(const char* name);
 
 // Reads up to `count` bytes; fewer only at the end of the file or on an error.
 ZYN_API std::uint32_t ReadFile(FileHandle handle, void* buffer, std::size_t count, std::size_t& done);
@@ -57,10 +63,7 @@ ZYN_API std::int64_t SeekFile(FileHandle handle, std::int64_t offset, SeekFrom f
 ZYN_API std::int64_t GetFileLength(FileHandle handle);
 // Cuts or extends (with zero bytes); the position stays.
 ZYN_API std::uint32_t SetFileLength(FileHandle handle, std::int64_t length);
-
-// Makes sure, as far as the file system can, that writing the first `length` bytes will not run out of room.
-// Neither content nor length of the file change. Error 112 when there is no room, or the process may not
-// write files so long.
-ZYN_API std::uint32_t ReserveFile(FileHandle handle, std::int64_t length);
+// Whether it is a plain file: not a pipe or a device, which have no length and no position.
+ZYN_API bool IsPlainFile(FileHandle handle);
 
 } // namespace zynplatform

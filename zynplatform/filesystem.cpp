@@ -1,11 +1,10 @@
 #include "zynplatform/filesystem.h"
 
+#include "zynplatform/accessrights_impl.h"
 #include "zynplatform/cp1251.h"
-#include "zynplatform/file.h"
+#include "zynplatform/descriptor_impl.h"
 #include "zynplatform/paths.h"
-#include "zynplatform/syserror.h"
 
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <dirent.h>
@@ -13,7 +12,6 @@
 #include <memory>
 #include <sys/sendfile.h>
 #include <sys/stat.h>
-#include <sys/xattr.h>
 #include <unistd.h>
 #include <utility>
 
@@ -21,10 +19,8 @@ namespace zynplatform {
 
 namespace {
 
-constexpr const char* accessListAttribute = "system.posix_acl_access";
-
 std::uint32_t ErrorOf(int result) {
-    return result == 0 ? 0 : SystemErrorFromErrno(errno);
+    return result == 0 ? 0 : LastError();
 }
 
 // Closes on leaving the scope, and tells what closing reported to whoever asks first.
@@ -44,12 +40,12 @@ private:
 
 // The system copies between descriptors by itself; what it cannot copy that way goes through a buffer.
 std::uint32_t CopyBytes(FileHandle from, FileHandle to) {
+    const WriteSignalGuard noSignals;
     for (;;) {
-        const ssize_t part =
-            sendfile(static_cast<int>(to), static_cast<int>(from), nullptr, std::size_t{1} << 30);
+        const ssize_t part = sendfile(Descriptor(to), Descriptor(from), nullptr, std::size_t{1} << 30);
         if (part == 0) return 0;
         if (part > 0 || errno == EINTR) continue;
-        if (errno != EINVAL && errno != ENOSYS) return SystemErrorFromErrno(errno);
+        if (errno != EINVAL && errno != ENOSYS) return LastError();
         break;
     }
     constexpr std::size_t size = std::size_t{64} * 1024;
@@ -62,10 +58,17 @@ std::uint32_t CopyBytes(FileHandle from, FileHandle to) {
 }
 
 std::uint32_t MoveAcrossFileSystems(const char* from, const char* to) {
-    if (const std::uint32_t error = CopyFileContent(from, to, true)) return error;
-    AccessRights rights;
-    if (GetAccessRights(from, rights) == 0) SetAccessRights(to, rights);
+    if (const std::uint32_t error = CopyFileTo(from, to, {.failIfExists = true, .withRights = true}).content)
+        return error;
     return RemoveFile(from);
+}
+
+void RemoveHalfCopy(const struct stat& copy, const char* name) {
+    struct stat named;
+    if (!S_ISREG(copy.st_mode)) return; // a device stays
+    const std::string native = ToNativePath(name);
+    const bool isItself = lstat(native.c_str(), &named) == 0 && IsSameFile(copy, named);
+    static_cast<void>(isItself ? unlink(native.c_str()) : truncate(native.c_str(), 0));
 }
 
 // '*' stands for any text.
@@ -104,10 +107,17 @@ std::uint32_t RenamePath(const char* from, const char* to) {
     const std::string target = ToNativePath(to);
     if (renameat2(AT_FDCWD, source.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0) return 0;
     if (errno == EXDEV) return MoveAcrossFileSystems(from, to);
-    if (errno != EINVAL && errno != ENOSYS) return SystemErrorFromErrno(errno);
+    if (errno != EINVAL && errno != ENOSYS) return LastError();
     // A file system that cannot promise it: look first.
-    if (PathExists(to)) return SystemErrorFromErrno(EEXIST);
+    if (PathExists(to)) return errorFileExists;
     return ErrorOf(std::rename(source.c_str(), target.c_str()));
+}
+
+std::uint32_t ReplacePath(const char* from, const char* to) {
+    const std::string source = ToNativePath(from), target = ToNativePath(to);
+    if (std::rename(source.c_str(), target.c_str()) != 0) return LastError();
+    // Two names of one file are left as they are.
+    return unlink(source.c_str()) == 0 || errno == ENOENT ? 0 : LastError();
 }
 
 std::uint32_t RemoveFile(const char* name) {
@@ -118,52 +128,29 @@ std::uint32_t MakeFolder(const char* name) {
     return ErrorOf(mkdir(ToNativePath(name).c_str(), 0777));
 }
 
-std::uint32_t CopyFileContent(const char* from, const char* to, bool failIfExists) {
-    OpenHandle source;
-    if (const std::uint32_t error = source.Open(from, {.access = accessRead})) return error;
-    AccessRights rights;
-    if (const std::uint32_t error = GetAccessRights(from, rights)) return error;
-    OpenHandle target;
+CopyOutcome CopyFileTo(const char* from, const char* to, const CopyMode& mode) {
+    OpenHandle source, target;
+    if (const std::uint32_t error = source.Open(from, {.access = accessRead})) return {.content = error};
+    struct stat status;
+    if (fstat(Descriptor(source.Get()), &status) != 0) return {.content = LastError()};
     const OpenMode replacing{.access = accessWrite,
                              .deny = accessRead | accessWrite,
                              .create = true,
-                             .mustBeNew = failIfExists,
+                             .mustBeNew = mode.failIfExists,
                              .truncate = true,
-                             .permissions = rights.permissions & 0777};
-    if (const std::uint32_t error = target.Open(to, replacing)) return error;
-    std::uint32_t error = CopyBytes(source.Get(), target.Get());
-    if (error == 0) error = target.Close();
-    if (error != 0) RemoveFile(to);
-    return error;
-}
-
-std::uint32_t GetAccessRights(const char* name, AccessRights& rights) {
-    const std::string native = ToNativePath(name);
-    struct stat status;
-    if (stat(native.c_str(), &status) != 0) return SystemErrorFromErrno(errno);
-    rights.permissions = status.st_mode & 07777;
-    rights.accessList.clear();
-    const ssize_t size = getxattr(native.c_str(), accessListAttribute, nullptr, 0);
-    if (size <= 0) return 0; // no list, or a file system without them
-    rights.accessList.resize(static_cast<std::size_t>(size));
-    const ssize_t read =
-        getxattr(native.c_str(), accessListAttribute, rights.accessList.data(), rights.accessList.size());
-    if (read < 0) return SystemErrorFromErrno(errno);
-    rights.accessList.resize(static_cast<std::size_t>(read));
-    return 0;
-}
-
-std::uint32_t SetAccessRights(const char* name, const AccessRights& rights) {
-    const std::string native = ToNativePath(name);
-    if (chmod(native.c_str(), static_cast<mode_t>(rights.permissions)) != 0)
-        return SystemErrorFromErrno(errno);
-    if (!rights.accessList.empty())
-        return ErrorOf(setxattr(native.c_str(), accessListAttribute, rights.accessList.data(),
-                                rights.accessList.size(), 0));
-    // A list that the target had from before must not stay beside bits that say otherwise.
-    if (removexattr(native.c_str(), accessListAttribute) == 0 || errno == ENODATA || errno == EOPNOTSUPP)
-        return 0;
-    return SystemErrorFromErrno(errno);
+                             .permissions = status.st_mode & 0777};
+    if (const std::uint32_t error = target.Open(to, replacing)) return {.content = error};
+    if (fstat(Descriptor(target.Get()), &status) != 0) return {.content = LastError()};
+    CopyOutcome outcome{.content = CopyBytes(source.Get(), target.Get())};
+    if (outcome.content == 0 && mode.withRights) {
+        const RightsCopied rights = CopyRights(Descriptor(source.Get()), Descriptor(target.Get()));
+        outcome.readingRights = rights.reading;
+        outcome.settingRights = rights.setting;
+    }
+    const std::uint32_t late = target.Close();
+    if (outcome.content == 0) outcome.content = late;
+    if (outcome.content != 0) RemoveHalfCopy(status, to);
+    return outcome;
 }
 
 std::vector<std::string> FindFiles(std::string_view pattern) {

@@ -19,24 +19,28 @@ ZYN_API bool IsPathWritable(const char* name);
 
 // Renames, or moves to another file system. Fails when `to` exists.
 ZYN_API std::uint32_t RenamePath(const char* from, const char* to);
+// Gives the file `from` the name `to`, in one step, whatever had that name; both are in one file system.
+ZYN_API std::uint32_t ReplacePath(const char* from, const char* to);
 // Removes a file, not a folder.
 ZYN_API std::uint32_t RemoveFile(const char* name);
 // Makes one folder.
 ZYN_API std::uint32_t MakeFolder(const char* name);
 
-// Copies the content; a new file takes the source's permission bits as far as the process's mask lets it.
-// Opens both files under the share modes of file.h: it reads denying nobody and writes exclusively. A copy
-// that breaks off is removed.
-ZYN_API std::uint32_t CopyFileContent(const char* from, const char* to, bool failIfExists);
-
-// Who may do what with a file: its permission bits and its access list, when it has one.
-struct AccessRights {
-    unsigned permissions = 0;
-    std::string accessList; // as the system stores it; empty: none
+// How to copy a file, and how far that came: errors of copying the content, of reading the source's
+// permission bits and access list and of giving them to the copy.
+struct CopyMode {
+    bool failIfExists = false;
+    bool withRights = false;
 };
-// The rights of a file, to be read from one and given to another.
-ZYN_API std::uint32_t GetAccessRights(const char* name, AccessRights& rights);
-ZYN_API std::uint32_t SetAccessRights(const char* name, const AccessRights& rights);
+struct CopyOutcome {
+    std::uint32_t content = 0;
+    std::uint32_t readingRights = 0;
+    std::uint32_t settingRights = 0;
+};
+// Copies the content; a new file takes the source's permission bits as far as the process's mask lets it.
+// Opens both files under the share modes of file.h: it reads denying nobody and writes exclusively. Of a copy
+// that breaks off nothing is left: the file is removed, or emptied where it was reached through a link.
+ZYN_API CopyOutcome CopyFileTo(const char* from, const char* to, const CopyMode& mode);
 
 // The names, without the folder, of the files (not folders) of one folder that match a pattern, in the order
 // in which the file system reports them. The pattern is a path whose last part may hold '*', any text; letter

@@ -60,10 +60,14 @@ std::size_t DecodeUtf8(std::string_view text, char16_t& character) {
     return 1;
 }
 
+bool IsNative(std::string_view path) {
+    return path.starts_with('/') || (path.find('/') != path.npos && path.find('\\') == path.npos);
+}
+
 } // namespace
 
 std::string ToNativePath(std::string_view libraryPath) {
-    if (libraryPath.starts_with('/')) return std::string(libraryPath);
+    if (IsNative(libraryPath)) return std::string(libraryPath);
     std::string native;
     native.reserve(libraryPath.size());
     for (std::size_t i = 0; i < libraryPath.size(); ++i) {
@@ -105,7 +109,7 @@ std::string FromNativePath(std::string_view nativePath) {
 }
 
 std::string ToLibraryPath(std::string_view callersPath) {
-    return callersPath.starts_with('/') ? FromNativePath(callersPath) : std::string(callersPath);
+    return IsNative(callersPath) ? FromNativePath(callersPath) : std::string(callersPath);
 }
 
 } // namespace zynplatform

@@ -14,15 +14,14 @@
 
 namespace zynplatform {
 
-// A library path for a system call. A name that begins with '/' is a native absolute path already and stays
-// as it is.
+// A library path for a system call. A name that begins with '/', or has a '/' and no backslash, is a native
+// path already and stays as it is.
 ZYN_API std::string ToNativePath(std::string_view libraryPath);
 
 // What the system answered, in library form.
 ZYN_API std::string FromNativePath(std::string_view nativePath);
 
-// The name a caller gave, in library form: a native absolute path is translated, every other name stays as it
-// is.
+// The name a caller gave, in library form: a native path is translated, every other name stays as it is.
 ZYN_API std::string ToLibraryPath(std::string_view callersPath);
 
 } // namespace zynplatform

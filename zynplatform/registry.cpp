@@ -1,8 +1,11 @@
 #include "zynplatform/registry.h"
 
 #include "zynplatform/codepage.h"
+#include "zynplatform/descriptor_impl.h"
+#include "zynplatform/paths.h"
+#include "zynplatform/patience_impl.h"
+#include "zynplatform/replace.h"
 
-#include <cerrno>
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>
@@ -30,27 +33,27 @@ std::string RegistryFileName() {
     return {};
 }
 
-bool ReadToEnd(int file, std::string& text) {
+// Whether an open file is one that can hold a registry: no device, no pipe.
+bool ReadFrom(int file, std::string& text) {
+    if (!IsPlainFile(file)) return false;
     char buffer[4096];
-    for (;;) {
-        const ssize_t count = read(file, buffer, sizeof buffer);
-        if (count == 0) return true;
-        if (count > 0)
-            text.append(buffer, static_cast<std::size_t>(count));
-        else if (errno != EINTR)
-            return false;
-    }
+    for (std::size_t count = sizeof buffer; count == sizeof buffer; text.append(buffer, count))
+        if (ReadFile(file, buffer, sizeof buffer, count) != 0) return false;
+    return true;
+}
+
+UniqueDescriptor OpenNative(const std::string& name, int flags, mode_t permissions = 0) {
+    return UniqueDescriptor(Uninterrupted(
+        [&] { return open(name.c_str(), flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, permissions); }));
 }
 
 // True with an empty text when there is no file.
 bool ReadRegistry(std::string& text) {
     const std::string name = RegistryFileName();
     if (name.empty()) return true;
-    const int file = open(name.c_str(), O_RDONLY | O_CLOEXEC);
-    if (file < 0) return errno == ENOENT || errno == ENOTDIR;
-    const bool complete = ReadToEnd(file, text);
-    close(file);
-    return complete;
+    const UniqueDescriptor file = OpenNative(name, O_RDONLY);
+    if (!file) return errno == ENOENT || errno == ENOTDIR;
+    return ReadFrom(file.Get(), text);
 }
 
 std::u16string FoldedName(unsigned codePage, std::string_view text) {
@@ -173,70 +176,72 @@ void SetValue(std::string& text, std::string_view key, std::string_view name, st
     text.insert(found.insertAt, line);
 }
 
-bool WriteWhole(const std::string& name, const std::string& text, mode_t permissions) {
-    const int file = open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, permissions);
-    if (file < 0) return false;
-    std::string_view rest = text;
-    while (!rest.empty()) {
-        const ssize_t count = write(file, rest.data(), rest.size());
-        if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) break;
-        rest.remove_prefix(static_cast<std::size_t>(count));
-    }
-    const bool complete = rest.empty() && fsync(file) == 0;
-    return close(file) == 0 && complete;
-}
-
-// Held by whoever changes the registry, until the end of the scope.
+// Held by whoever changes the registry, until the end of the scope. It is not waited for longer than some
+// seconds, and released by its owner: a child that was forked meanwhile has it open as well.
 class WriterLock {
 public:
-    explicit WriterLock(const std::string& registryFile) {
-        m_file = open((registryFile + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-        while (m_file >= 0 && flock(m_file, LOCK_EX) != 0) {
-            if (errno == EINTR) continue;
-            close(m_file);
-            m_file = -1;
-        }
+    explicit WriterLock(const std::string& registryFile)
+        : m_file(OpenNative(registryFile + ".lock", O_RDWR | O_CREAT, 0600)) {
+        if (!m_file) return;
+        // Made by the administrator, it must not lock out the registry's user.
+        struct stat registry;
+        if (geteuid() == 0 && stat(registryFile.c_str(), &registry) == 0)
+            static_cast<void>(fchown(m_file.Get(), registry.st_uid, registry.st_gid));
+        for (Patience patience(5000); flock(m_file.Get(), LOCK_EX | LOCK_NB) != 0;)
+            if ((errno != EWOULDBLOCK && errno != EINTR) || !patience.Wait()) {
+                m_file = UniqueDescriptor();
+                return;
+            }
     }
     ~WriterLock() {
-        if (m_file >= 0) close(m_file);
+        if (m_file) flock(m_file.Get(), LOCK_UN);
     }
     WriterLock(const WriterLock&) = delete;
     WriterLock& operator=(const WriterLock&) = delete;
-    bool IsHeld() const { return m_file >= 0; }
+    bool IsHeld() const { return static_cast<bool>(m_file); }
 
 private:
-    int m_file = -1;
+    UniqueDescriptor m_file;
 };
 
 bool MayWrite(const std::filesystem::path& path) {
     return faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0;
 }
 
+// The file that is really meant, when links lead to it.
+std::string RealName(const std::string& name) {
+    std::error_code error;
+    const auto target = std::filesystem::canonical(name, error);
+    return error ? name : target.string();
+}
+
 // Puts a changed text in the place of the file; `change` tells whether there is something to write.
 bool ChangeRegistry(const std::function<bool(std::string& text)>& change) {
-    std::string name = RegistryFileName();
-    if (name.empty()) return false;
-    std::error_code error;
-    // The file itself is to be replaced, not a link to it.
-    if (const auto target = std::filesystem::canonical(name, error); !error) name = target.string();
+    if (RegistryFileName().empty()) return false;
+    const std::string name = RealName(RegistryFileName());
     const WriterLock lock(name);
+    if (!lock.IsHeld()) return false;
+    UniqueDescriptor file = OpenNative(name, O_RDWR);
+    const bool isMissing = !file && errno == ENOENT;
     std::string text;
-    if (!lock.IsHeld() || !ReadRegistry(text) || !change(text)) return false;
+    if (!isMissing && !(file && ReadFrom(file.Get(), text))) return false;
+    if (!change(text)) return false;
+    // A link that leads nowhere is not for us to fill.
+    if (isMissing) file = OpenNative(name, O_RDWR | O_CREAT | O_EXCL, 0600);
+    if (!file) return false;
 
-    mode_t permissions = 0600;
-    if (struct stat old; stat(name.c_str(), &old) == 0) {
-        if (!MayWrite(name)) return false; // a rename would not ask
-        permissions = old.st_mode & 07777;
-    }
-    const std::string copy = name + ".new";
-    if (WriteWhole(copy, text, permissions) && std::rename(copy.c_str(), name.c_str()) == 0) return true;
-    unlink(copy.c_str());
-    return false;
+    FileHandle handle = HandleOf(file.Release());
+    const std::string libraryName = FromNativePath(name);
+    const OpenMode mode{.access = accessRead | accessWrite};
+    Replacement replacement;
+    std::uint32_t error = replacement.Prepare(handle, libraryName.c_str(), mode, {text});
+    if (error == 0) error = replacement.Commit(handle);
+    if (error == errorNotSupported) error = OverwriteFile(handle, {text});
+    return CloseFile(handle) == 0 && error == 0;
 }
 
 bool MayChangeRegistry() {
-    const std::filesystem::path name = RegistryFileName();
+    const std::filesystem::path name = RealName(RegistryFileName());
     const std::filesystem::path folder = name.has_parent_path() ? name.parent_path() : ".";
     return MayWrite(name) && MayWrite(folder);
 }

@@ -1,14 +1,15 @@
 #include "zynplatform/sharelock.h"
 
-#include "zynplatform/file.h"
+#include "zynplatform/descriptor_impl.h"
+#include "zynplatform/patience_impl.h"
 #include "zynplatform/syserror.h"
 
 #include <atomic>
 #include <cerrno>
-#include <ctime>
 #include <fcntl.h>
 #include <initializer_list>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 // How the share modes are kept. Four facts can hold about a file: somebody reads it, somebody writes it,
@@ -20,6 +21,8 @@
 // A descriptor open for reading can only take shared locks, one open for writing only exclusive ones. Shared
 // locks all stand on one byte; an exclusive one stands on a byte picked at random, so that any number of
 // writers find room.
+//
+// Whoever saves a file says so in a fifth range, by an exclusive lock on its first byte.
 
 namespace zynplatform {
 
@@ -28,7 +31,7 @@ namespace {
 constexpr off_t rangeSize = off_t{1} << 20;
 constexpr off_t rangesStart = off_t{1} << 62;
 
-enum Fact { reads, writes, deniesReading, deniesWriting };
+enum Fact { reads, writes, deniesReading, deniesWriting, saves };
 
 constexpr off_t RangeOf(Fact fact) {
     return rangesStart + fact * rangeSize;
@@ -63,19 +66,46 @@ bool IsAnnouncedByOthers(int descriptor, Fact fact) {
     return fcntl(descriptor, F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
 }
 
+// Remembers the last file whose whole-file lock a stranger holds, so that it is waited for only once in a
+// while: one operation opens its file several times.
+class Stranger {
+public:
+    bool Holds(int descriptor) const {
+        const std::uint64_t file = FileOf(descriptor);
+        return file != 0 && m_file.load() == file && Patience::Now() - m_since.load() < 5000;
+    }
+    void Remember(int descriptor) {
+        m_since = Patience::Now();
+        m_file = FileOf(descriptor);
+    }
+
+private:
+    static std::uint64_t FileOf(int descriptor) {
+        struct stat status;
+        if (fstat(descriptor, &status) != 0) return 0;
+        return (static_cast<std::uint64_t>(status.st_dev) * 0x9E3779B97F4A7C15) ^ status.st_ino;
+    }
+
+    std::atomic<std::uint64_t> m_file{0};
+    std::atomic<std::int64_t> m_since{0};
+};
+
+constinit Stranger stranger;
+
 // Holds the file's other, whole-file lock while facts are announced and looked up, so that of two opens at
 // the same moment exactly one wins. Somebody else's lock of that kind is not waited for longer than a moment:
 // without the gate two opens at once may both lose, and nothing worse.
 class Gate {
 public:
     explicit Gate(int descriptor) : m_descriptor(descriptor) {
-        const timespec pause{0, 50'000};
-        for (int attempts = 0; attempts < 4000; ++attempts) {
-            if (flock(descriptor, LOCK_EX | LOCK_NB) == 0) return;
-            if (errno != EWOULDBLOCK && errno != EINTR) break;
-            nanosleep(&pause, nullptr);
+        Patience patience(200);
+        while (flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
+            const bool isHeld = errno == EWOULDBLOCK;
+            if (isHeld && !stranger.Holds(descriptor) && patience.Wait()) continue;
+            if (isHeld) stranger.Remember(descriptor);
+            m_descriptor = -1;
+            return;
         }
-        m_descriptor = -1;
     }
     ~Gate() {
         if (m_descriptor >= 0) flock(m_descriptor, LOCK_UN);
@@ -106,6 +136,33 @@ std::uint32_t TakeShareLock(int descriptor, unsigned access, unsigned deny) {
     for (const auto& rule : rules)
         if (rule.holds && IsAnnouncedByOthers(descriptor, rule.opposite)) return errorSharingViolation;
     return 0;
+}
+
+bool IsWritingDenied(int descriptor) {
+    return IsAnnouncedByOthers(descriptor, deniesWriting);
+}
+
+bool IsWrittenByOthers(int descriptor) {
+    return IsAnnouncedByOthers(descriptor, writes);
+}
+
+bool TakeSavingTurn(int descriptor) {
+    struct flock lock = LockOf(F_WRLCK, RangeOf(saves), 1);
+    return fcntl(descriptor, F_OFD_SETLK, &lock) == 0 || (errno != EAGAIN && errno != EACCES);
+}
+
+bool IsSavingTurnTaken(int descriptor) {
+    return IsAnnouncedByOthers(descriptor, saves);
+}
+
+void ReleaseLocks(int descriptor) {
+    struct flock lock = LockOf(F_UNLCK, rangesStart, 0);
+    fcntl(descriptor, F_OFD_SETLK, &lock);
+}
+
+void ReleaseSavingTurn(int descriptor) {
+    struct flock lock = LockOf(F_UNLCK, RangeOf(saves), 1);
+    fcntl(descriptor, F_OFD_SETLK, &lock);
 }
 
 } // namespace zynplatform

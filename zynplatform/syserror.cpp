@@ -34,7 +34,7 @@ constexpr ErrnoRow errnoTable[] = {
     {ENODEV, 20},                    {ENXIO, 20},
     {EBUSY, errorSharingViolation},  {ETXTBSY, errorSharingViolation},
     {ENOLCK, errorLockViolation},    {EDEADLK, errorLockViolation},
-    {ENOSYS, 50},                    {ENOTSUP, 50},                   {EOPNOTSUPP, 50},
+    {ENOSYS, errorNotSupported},     {ENOTSUP, errorNotSupported},    {EOPNOTSUPP, errorNotSupported},
     {EEXIST, errorFileExists},
     {EINVAL, errorInvalidParameter},
     {EPIPE, 109},

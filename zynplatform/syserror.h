@@ -23,6 +23,7 @@ inline constexpr std::uint32_t errorWriteProtected = 19;
 inline constexpr std::uint32_t errorGeneralFailure = 31;
 inline constexpr std::uint32_t errorSharingViolation = 32;
 inline constexpr std::uint32_t errorLockViolation = 33;
+inline constexpr std::uint32_t errorNotSupported = 50;
 inline constexpr std::uint32_t errorFileExists = 80;
 inline constexpr std::uint32_t errorInvalidParameter = 87;
 inline constexpr std::uint32_t errorDiskFull = 112;

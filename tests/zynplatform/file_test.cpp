@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 #include <optional>
 #include <sys/file.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
@@ -115,19 +114,6 @@ TEST_F(FileTest, ForeignLockOnTheFileDelaysButDoesNotBlock) {
     ASSERT_EQ(0, flock(foreign, LOCK_EX));
     EXPECT_EQ(0u, Opened(name, {.access = accessRead, .deny = both}).error);
     close(foreign);
-}
-
-TEST_F(FileTest, ReservingBeyondTheProcessLimitFailsAndChangesNothing) {
-    const Opened file(name, {.access = accessWrite});
-    EXPECT_EQ(0u, ReserveFile(file.handle, 100'000));
-    rlimit limit;
-    getrlimit(RLIMIT_FSIZE, &limit);
-    const rlimit lowered{1000, limit.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &lowered);
-    EXPECT_EQ(errorDiskFull, ReserveFile(file.handle, 1001));
-    EXPECT_EQ(0u, ReserveFile(file.handle, 1000));
-    setrlimit(RLIMIT_FSIZE, &limit);
-    EXPECT_EQ(7, GetFileLength(file.handle));
 }
 
 } // namespace

@@ -60,7 +60,7 @@ TEST(FileSystem, CopyThatIsRefusedLeavesTheTargetAsItWas) {
         {"none", "f", errorFileNotFound},     {"", "f", errorAccessDenied}, // the folder itself
     };
     for (const auto& [from, to, error] : cases)
-        EXPECT_EQ(CopyFileContent(folder.Path(from), folder.Path(to), false), error) << from << to;
+        EXPECT_EQ(CopyFileTo(folder.Path(from), folder.Path(to), {}).content, error) << from << to;
     CloseFile(handle);
     EXPECT_EQ(folder.Read("f") + folder.Read("held"), "contentmine");
     EXPECT_FALSE(folder.Has("new"));
@@ -77,9 +77,8 @@ TEST(FileSystem, AccessRightsAreTheBitsAndTheAccessList) {
     if (setxattr(folder.Native("listed").c_str(), attribute, list, sizeof list, 0) != 0)
         GTEST_SKIP() << "no access lists here";
     for (const std::string from : {"listed", "plain", "listed"}) {
-        AccessRights rights;
-        EXPECT_EQ(GetAccessRights(folder.Path(from), rights), 0u);
-        EXPECT_EQ(SetAccessRights(folder.Path("to"), rights), 0u);
+        const CopyOutcome outcome = CopyFileTo(folder.Path(from), folder.Path("to"), {.withRights = true});
+        EXPECT_EQ(outcome.content + outcome.readingRights + outcome.settingRights, 0u);
         char found[sizeof list + 1];
         const ssize_t size = getxattr(folder.Native("to").c_str(), attribute, found, sizeof found);
         EXPECT_EQ(size, from == "plain" ? -1 : static_cast<ssize_t>(sizeof list));
@@ -87,9 +86,6 @@ TEST(FileSystem, AccessRightsAreTheBitsAndTheAccessList) {
         EXPECT_EQ(fs::status(folder.Native("to")).permissions(),
                   fs::status(folder.Native(from)).permissions());
     }
-    AccessRights rights;
-    EXPECT_EQ(GetAccessRights(folder.Path("none"), rights), errorFileNotFound);
-    EXPECT_EQ(SetAccessRights(folder.Path("none"), rights), errorFileNotFound);
 }
 
 } // namespace

@@ -20,7 +20,7 @@ TEST(PathsTest, NamesAreTranslatedBothWays) {
         {"/home/Вася/Отчёт №1.ini", "\\home\\Вася\\Отчёт №1.ini"_cp1251},
         {"caf\xC3\xA9", "caf~C3~A9"}, // no such letter in the code page
         {"bad\xFF\xD0", "bad~FF~D0"},
-        {"a\\b", "a~5Cb"},
+        {"/a\\b", "\\a~5Cb"},
         {"\xC2\x98", "~C2~98"},
         {"\xF0\x9F\x98\x80", "~F0~9F~98~80"},
         {"\xE0\x81\x81", "~E0~81~81"}, // overlong
@@ -32,7 +32,8 @@ TEST(PathsTest, NamesAreTranslatedBothWays) {
     }
     EXPECT_EQ("/etc/app\\.ini", ToNativePath("/etc/app\\.ini")); // native already
     EXPECT_EQ("\\etc\\app.ini", ToLibraryPath("/etc/app.ini"));
-    EXPECT_EQ("etc/app.ini", ToLibraryPath("etc/app.ini"));
+    EXPECT_EQ("etc\\app.ini", ToLibraryPath("etc/app.ini"));
+    EXPECT_EQ("a\\b/c", ToLibraryPath("a\\b/c")); // a backslash makes it the library's
 }
 
 TEST(PathsTest, EnvironmentIsAnsweredWithTheVariablesOfThisSystem) {

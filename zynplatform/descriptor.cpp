@@ -1,0 +1,72 @@
+#include "zynplatform/descriptor_impl.h"
+
+#include <atomic>
+#include <csignal>
+#include <ctime>
+#include <pthread.h>
+#include <unistd.h>
+
+namespace zynplatform {
+
+namespace {
+
+// A handle has room for a descriptor of 32 bits where it is wide, and of 20 bits, a million of them, else.
+constexpr int descriptorBits = sizeof(FileHandle) > 4 ? 32 : 20;
+constexpr FileHandle forksKept = (FileHandle{1} << 10) - 1;
+
+std::atomic<FileHandle> forks{0};
+
+[[maybe_unused]] const int registered =
+    pthread_atfork(nullptr, nullptr, [] { forks.fetch_add(1, std::memory_order_relaxed); });
+
+FileHandle ForkMark() {
+    return (forks.load(std::memory_order_relaxed) & forksKept) << descriptorBits;
+}
+
+constexpr int writeSignals[] = {SIGXFSZ, SIGPIPE};
+
+} // namespace
+
+int Descriptor(FileHandle handle) {
+    return static_cast<int>(handle & ((FileHandle{1} << descriptorBits) - 1));
+}
+
+FileHandle HandleOf(int descriptor) {
+    return ForkMark() | descriptor;
+}
+
+bool IsInherited(FileHandle handle) {
+    return handle - Descriptor(handle) != ForkMark();
+}
+
+std::uint32_t UniqueDescriptor::Close() {
+    if (m_descriptor < 0) return 0;
+    // Not retried when interrupted: the descriptor is gone all the same.
+    return close(Release()) == 0 || errno == EINTR ? 0 : LastError();
+}
+
+WriteSignalGuard::WriteSignalGuard() : m_blocked(0) {
+    sigset_t wanted, before;
+    sigemptyset(&wanted);
+    for (const int signal : writeSignals)
+        sigaddset(&wanted, signal);
+    if (pthread_sigmask(SIG_BLOCK, &wanted, &before) != 0) return;
+    for (const int signal : writeSignals)
+        if (!sigismember(&before, signal)) m_blocked |= 1u << signal;
+}
+
+WriteSignalGuard::~WriteSignalGuard() {
+    const int error = errno;
+    sigset_t blocked;
+    sigemptyset(&blocked);
+    for (const int signal : writeSignals)
+        if (m_blocked & 1u << signal) sigaddset(&blocked, signal);
+    const timespec now{0, 0};
+    if (error == EFBIG || error == EPIPE)
+        while (sigtimedwait(&blocked, nullptr, &now) > 0) {
+        }
+    pthread_sigmask(SIG_UNBLOCK, &blocked, nullptr);
+    errno = error;
+}
+
+} // namespace zynplatform
