@@ -20,19 +20,37 @@ int StatusInChild(void (*work)()) {
     return status;
 }
 
-TEST(ForkThreads, ChildPrintsWhileOthersPrint) {
+char lastLine[256];
+
+void UseTheLibrary() {
+    zynMessagePrint("child", 0);
+    const CzynStackLogger logger("Child", true);
+    unsigned id = 0, depth = 0;
+    std::sscanf(lastLine, "%*s t0x%x L%u:%*d Fun Child-<", &id, &depth);
+    if (id != static_cast<unsigned>(gettid()) || depth != 1 || CzynTranslate::Translate("one") != std::string_view("two")) _exit(1);
+}
+
+TEST(ForkThreads, ChildPrintsLogsAndTranslatesWhateverOtherThreadsAreDoing) {
     int failed = 0;
+    CzynTranslate::AddStringTranslationPair("one", "two");
+    CzynTranslate::SetShouldTranslate(true);
+    GlobalStackLogInit(nullptr, [](const char* line) { std::strncpy(lastLine, line, sizeof lastLine - 1); });
     testing::internal::CaptureStdout();
     {
+        const CzynStackLogger logger("Parent", true);
         const auto work = [](const std::stop_token& over) {
-            while (!over.stop_requested())
+            while (!over.stop_requested()) {
+                std::thread([] { const CzynStackLogger ofANewThread("Other", true); }).join();
                 zynMessagePrint("parent", 0);
+            }
         };
         const std::jthread others[] = {std::jthread(work), std::jthread(work)};
-        for (int i = 0; i < 20; ++i)
-            failed += StatusInChild([] { zynMessagePrint("child", 0); }) != 0;
+        for (int i = 0; i < 50; ++i)
+            failed += StatusInChild(UseTheLibrary) != 0;
     }
     testing::internal::GetCapturedStdout();
+    GlobalStackLogDestroy();
+    CzynTranslate::SetShouldTranslate(false);
     EXPECT_EQ(failed, 0);
 }
 
