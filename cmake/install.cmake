@@ -13,6 +13,7 @@ install(DIRECTORY zynaggr zynhost zynplatform DESTINATION ${CMAKE_INSTALL_INCLUD
         PATTERN "*_impl.h" EXCLUDE
         PATTERN "*_traits.h" EXCLUDE
         PATTERN "avx512.h" EXCLUDE
+        PATTERN "fork.h" EXCLUDE
         PATTERN "locale_table.h" EXCLUDE
         PATTERN "moduleentry.h" EXCLUDE
         PATTERN "sharelock.h" EXCLUDE

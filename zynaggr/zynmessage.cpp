@@ -4,6 +4,7 @@
 #include "zynhost/application.h"
 #include "zynplatform/console.h"
 #include "zynplatform/cp1251.h"
+#include "zynplatform/fork.h"
 
 #include <atomic>
 #include <cassert>
@@ -36,6 +37,7 @@ constexpr MessageClass plainClass      {nullptr,                            "\n\
 
 std::atomic<bool> russianPrefixes{false};
 CZynCriticalSection outputLock;
+const zynplatform::AtFork atFork([] { outputLock.ResetInForkedChild(); });
 
 const MessageClass& Classify(std::uint32_t style) {
     if ((style & MB_ICONEXCLAMATION) == MB_ICONEXCLAMATION) return warningClass;

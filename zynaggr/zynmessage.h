@@ -18,7 +18,8 @@
 // prefix, none after the text. Texts are in code page 1251 and shown as they stand: a percent sign is a
 // percent sign. What a terminal shows in place of these bytes is said in zynplatform/console.h.
 //
-// Both functions may be called from any thread, and console messages of several threads do not mix. The flags
+// Both functions may be called from any thread and in the child of a fork, and console messages of several
+// threads do not mix. The flags
 // are not guarded: set them before other threads use the library. (CzynINI sets the second one while it
 // warns: a warning of another thread is then shown as well.)
 

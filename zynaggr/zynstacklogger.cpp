@@ -5,6 +5,7 @@
 #include "zynhost/memory.h"
 #include "zynplatform/beep.h"
 #include "zynplatform/cp1251.h"
+#include "zynplatform/fork.h"
 #include "zynplatform/tick.h"
 #include "zynplatform/time.h"
 
@@ -105,20 +106,6 @@ int FindEntry(const CzynStrStrMap& stack, const CStringA& key) {
     return last >= 0 && stack.GetAt(last)->m_sKey == key ? last : stack.FindByIn(key);
 }
 
-// Calls the warning callback with the time and what `build` appends.
-template <class Build> void Warn(const char* operation, Build build) {
-    const CGlobalStackLog* const global = g_pGlobalStackLog;
-    if (!global || !global->m_pfnError) return;
-    std::string warning;
-    try {
-        warning = View(Now());
-        build(warning);
-    } catch (const std::bad_alloc&) {
-        return;
-    }
-    global->m_pfnError(warning.c_str(), operation, nullptr);
-}
-
 template <class Operation> void BeepWhereItThrowsARecord(Operation operation) {
     try {
         operation();
@@ -134,6 +121,10 @@ StackLoggerThreadEl& ThreadEl(CGlobalStackLog& global) {
     return found ? *found : *new StackLoggerThreadEl;
 }
 
+const zynplatform::AtFork atFork([] {
+    if (CGlobalStackLog* const global = g_pGlobalStackLog) global->ContinueInForkedChild();
+});
+
 } // namespace
 
 // ---- The tracer
@@ -145,6 +136,8 @@ bool GlobalStackLogInit(zynStackLogErrorFunction pfnError, zynStackLogTraceFunct
             auto made = std::make_unique<CGlobalStackLog>();
             if (g_pGlobalStackLog.compare_exchange_strong(global, made.get())) global = made.release();
         } catch (const std::bad_alloc&) {
+            return false;
+        } catch (const SzynErrorDescription&) { // the array's, when it is asked to throw
             return false;
         }
     }
@@ -172,12 +165,14 @@ CGlobalStackLog::~CGlobalStackLog() = default;
 
 void CGlobalStackLog::AddThreadEl(StackLoggerThreadEl* pEl) {
     CzynEnterCriticalSection lock(m_pCS.get());
+    const zynplatform::ForkGuard guard;
     RemoveFinishedThreads();
     if (Add(pEl) < 0) AfxThrowMemoryException();
 }
 
 void CGlobalStackLog::RemoveFinishedThreads() {
     CzynEnterCriticalSection lock(m_pCS.get());
+    const zynplatform::ForkGuard guard;
     for (int i = GetSize() - 1; i >= 0; --i)
         if (GetAt(i)->m_hThread.IsEnded()) Remove(i);
 }
@@ -190,6 +185,18 @@ StackLoggerThreadEl* CGlobalStackLog::FindThreadEl() const {
     };
     StackLoggerThreadEl* const* const found = std::find_if(m_pData, m_pData + m_nSize, isCurrent);
     return found == m_pData + m_nSize ? nullptr : *found;
+}
+
+void CGlobalStackLog::ContinueInForkedChild() {
+    // A stack that another thread was changing can't even be deleted.
+    const bool leaveAlone = m_pCS->ResetInForkedChild();
+    const auto isLeft = [&](StackLoggerThreadEl* el) {
+        if (!el->m_hThread.IsCurrent()) return !leaveAlone;
+        el->m_dwThreadId = zynplatform::CurrentThreadId();
+        el->m_hThread = zynplatform::ThreadHandle::OpenCurrent();
+        return true;
+    };
+    m_nSize = static_cast<std::int32_t>(std::stable_partition(m_pData, m_pData + m_nSize, isLeft) - m_pData);
 }
 
 // ---- The stack of a thread
@@ -214,43 +221,50 @@ void StackLoggerThreadEl::Enter(CStringA& strKey, bool bLogEveryCall) {
     char* const text = strKey.GetBuffer(keyLength);
     std::memmove(text + prefixLength, text, plainLength);
     std::memcpy(text, prefix, prefixLength);
-    const std::string_view plainKey = strKey.View().substr(prefixLength);
+    // Looked up anew each time: a callback may change the caller's variable.
+    const auto plainKey = [&] { return strKey.View().substr(std::min(prefixLength, strKey.View().size())); };
+    const bool isTooDeep = static_cast<std::uint32_t>(m_nDepth) >= depthLimit;
 
+    const std::int32_t entries = m_mapStack.GetSize();
+    int index = -1;
     try {
-        // Room for the last function's name now: once the entry is in, nothing may fail.
+        // Room for the last function's name and for one entry more now: once the entry is in, nothing may
+        // fail.
         const int lastLength = m_strLastFun.GetLength();
         m_strLastFun.GetBuffer(static_cast<int>(plainLength));
         m_strLastFun.ReleaseBuffer(lastLength);
-        if (m_mapStack.Add(strKey, "") < 0) AfxThrowMemoryException();
+        m_aAgain.reserve(m_aAgain.size() + 1);
+        index = m_mapStack.Add(strKey, "");
+        if (index < 0) AfxThrowMemoryException();
     } catch (const std::bad_alloc&) { // the caller's key stays what it was
         std::memmove(text, text + prefixLength, plainLength);
         strKey.ReleaseBuffer(static_cast<int>(plainLength));
         throw;
     }
+    if (m_mapStack.GetSize() == entries && !isTooDeep) m_aAgain.push_back(m_mapStack.GetAt(index));
     if (m_nDepth == warningDepth) WarnOfDepth(strKey);
-    if (static_cast<std::uint32_t>(m_nDepth) >= depthLimit) {
+    if (isTooDeep) {
         std::string description(View(Now()));
         AppendTooDeep(description, m_nDepth, strKey);
         throw SzynErrorDescription(tooDeep, "zynaggr.cpp", __DATE__, __LINE__, description.c_str(), 0,
                                    enterName, nullptr, nullptr);
     }
 
-    std::int32_t ended = 0;
-    const bool isSame = plainKey == m_strLastFun.View();
-    if (isSame && !bLogEveryCall) {
-        ++m_nRepeat;
-        m_nRepeatDepth = static_cast<std::uint32_t>(m_nDepth);
-    } else {
-        ended = std::exchange(m_nRepeat, 0);
-        m_nRepeatDepth = 0;
-    }
+    const std::int32_t ended = m_nRepeat;
+    const bool isRepeat = !bLogEveryCall && plainKey() == m_strLastFun.View();
+    m_nRepeat = isRepeat ? ended + 1 : 0;
+    m_nRepeatDepth = isRepeat ? static_cast<std::uint32_t>(m_nDepth) : 0;
     ++m_nDepth;
+    if (isRepeat) return;
     if (ended > 0)
         Trace("", {strKey.View(), m_strLastFun.View(), " in repeated: ", std::to_string(ended), " "});
-    if (m_nRepeat == 0) Trace("", {strKey.View(), "-<"});
-    if (isSame) return;
+    Trace("", {strKey.View(), "-<"});
+    // A callback may have entered functions in between.
+    m_nRepeat = 0;
+    m_nRepeatDepth = 0;
+    if (m_strLastFun.View() == plainKey()) return;
     m_strLastFun.Empty();
-    m_strLastFun.Append(plainKey);
+    m_strLastFun.Append(plainKey());
 }
 
 void StackLoggerThreadEl::Leave(CStringA& strKey) {
@@ -258,10 +272,17 @@ void StackLoggerThreadEl::Leave(CStringA& strKey) {
     if (!global) return;
     CzynEnterCriticalSection lock(global->m_pCS.get());
 
-    const int index = FindEntry(m_mapStack, strKey);
+    int index = FindEntry(m_mapStack, strKey);
+    if (index >= 0 && index != m_mapStack.GetSize() - 1) {
+        WarnOfOrder(*m_mapStack.GetAt(index));
+        index = FindEntry(m_mapStack, strKey); // a callback may have entered and left functions
+    }
     if (index < 0) return;
-    if (index != m_mapStack.GetSize() - 1) WarnOfOrder(*m_mapStack.GetAt(index));
-    m_mapStack.Remove(index);
+    const auto again = std::ranges::find(m_aAgain, m_mapStack.GetAt(index));
+    if (again != m_aAgain.end())
+        m_aAgain.erase(again);
+    else
+        m_mapStack.Remove(index);
     // An entry that was too deep did not raise the depth.
     if (m_nDepth > 0) --m_nDepth;
     if (!global->m_pfnTrace) return;
@@ -296,6 +317,21 @@ CStringA StackLoggerThreadEl::GetCurrStackList() const {
     return list;
 }
 
+template <class Build> void StackLoggerThreadEl::Warn(const char* szOperation, Build build) const {
+    const CGlobalStackLog* const global = g_pGlobalStackLog;
+    if (m_bWarning || !global || !global->m_pfnError) return;
+    std::string warning;
+    try {
+        warning = View(Now());
+        build(warning);
+    } catch (const std::bad_alloc&) {
+        return;
+    }
+    m_bWarning = true;
+    global->m_pfnError(warning.c_str(), szOperation, nullptr);
+    m_bWarning = false;
+}
+
 void StackLoggerThreadEl::WarnOfDepth(const CStringA& strKey) const {
     Warn(enterName, [&](std::string& text) {
         AppendTooDeep(text, m_nDepth, strKey);
@@ -309,7 +345,7 @@ void StackLoggerThreadEl::WarnOfDepth(const CStringA& strKey) const {
     });
 }
 
-void StackLoggerThreadEl::WarnOfOrder(const CzynStrStrMap::CzynStrStrMapItem& entry) const {
+void StackLoggerThreadEl::WarnOfOrder(const Item& entry) const {
     Warn(leaveName, [&](std::string& text) {
         text.append(entry.m_sKey.View());
         if (!entry.m_sValue.IsEmpty()) text.append("(").append(entry.m_sValue.View()).append(")");
@@ -319,7 +355,7 @@ void StackLoggerThreadEl::WarnOfOrder(const CzynStrStrMap::CzynStrStrMapItem& en
 
 void StackLoggerThreadEl::Trace(const char* szLead, std::initializer_list<std::string_view> pieces) {
     const CGlobalStackLog* const global = g_pGlobalStackLog;
-    if (!global->m_pfnTrace) return;
+    if (!global || !global->m_pfnTrace) return;
     const TimeStamp stamp = Now();
     std::size_t length = stamp.size();
     for (const std::string_view piece : pieces)

@@ -14,6 +14,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 // Traces the calls of a host program. A traced function makes a CzynStackLogger as its first object:
 //
@@ -44,8 +45,17 @@
 // exits from a greater depth are therefore told as being out of order.
 //
 // Threads: one lock serialises all of them, and is held while a callback runs. So a callback must not wait
-// for a thread that logs; nor may it log itself or throw. A logger belongs to the thread that made it.
-// GlobalStackLogDestroy takes no lock: no other thread may be logging.
+// for a thread that logs. A logger belongs to the thread that made it, for as long as anything of that thread
+// runs: the destructors of its thread-local objects and its keys may log too. GlobalStackLogDestroy takes no
+// lock: no other thread may be logging.
+//
+// Callbacks must not throw, nor may a thread be cancelled in one: a logger that is destroyed can't let either
+// pass, and the process ends. A callback whose own functions are traced is called for them in turn, and has
+// to see to it that this ends; warnings that come up while the thread is in a warning are left out.
+//
+// The child of a fork goes on with the stack of the thread that forked, under that thread's new id; entries
+// made before keep their keys (should the new id sort before the old one, exits of the child are told as
+// being out of order). The other threads' stacks are gone.
 //
 // Memory: an entry that finds none throws std::bad_alloc and is not made; lines and warnings that find none
 // are left out.
@@ -80,6 +90,8 @@ public:
     void RemoveFinishedThreads(); // deletes those
     // The calling thread's element, or null.
     StackLoggerThreadEl* FindThreadEl() const;
+    // In the child of a fork: opens the lock, and keeps of the elements those that can be used there.
+    void ContinueInForkedChild();
 
     std::unique_ptr<CZynCriticalSection> m_pCS;    // guards everything but the mode
     zynStackLogErrorFunction m_pfnError = nullptr; // null: no warnings
@@ -107,7 +119,8 @@ public:
     // Puts thread id, depth and tick before the key and adds it to the stack. From a depth of 1100 on it
     // throws a SzynErrorDescription with code 106; the key is in the stack all the same, the depth as it was.
     void Enter(CStringA& strKey, bool bLogEveryCall);
-    // Takes a key out as Enter left it. Nothing happens when it isn't in the stack.
+    // Takes a key out as Enter left it, once for each time that it was entered. Nothing happens when it isn't
+    // in the stack.
     void Leave(CStringA& strKey);
     // Replaces the message of a key; one that isn't in the stack is added, which does not raise the depth.
     void SetMess(CStringA& strKey, const char* szMessage);
@@ -123,12 +136,19 @@ public:
     std::uint32_t m_nRepeatDepth = 0; // where the run of repeats is
 
 protected:
+    using Item = CzynStrStrMap::CzynStrStrMapItem;
+
     void WarnOfDepth(const CStringA& strKey) const;
-    void WarnOfOrder(const CzynStrStrMap::CzynStrStrMapItem& entry) const;
+    void WarnOfOrder(const Item& entry) const;
+    // Calls the warning callback with the time and what `build` appends.
+    template <class Build> void Warn(const char* szOperation, Build build) const;
     // Writes a line: the lead, the time, the pieces.
     void Trace(const char* szLead, std::initializer_list<std::string_view> pieces);
 
     std::string m_strLine; // keeps its room from line to line
+    // One for each entry whose key was there already: of a function that is entered twice within a tick.
+    std::vector<const Item*> m_aAgain;
+    mutable bool m_bWarning = false; // in a warning callback
 };
 
 // An entry in the stack of the thread, for as long as it lives or until Leave. Made while logging is off it

@@ -81,6 +81,10 @@ protected:
 // compile time and nothing runs later that could reset it. Where it is part of a larger static object whose
 // constructor does run at start-up, it works before as well, but the constructor then makes it a free
 // section, also if some thread holds it at that moment. After destruction at exit it can still be entered.
+//
+// In the child of a fork a section that another thread held stays held for good. The library's own ones are
+// opened there; those of a host's objects, a CzynINI for instance, are the host's: the child must not use an
+// object that other threads were using when the process forked.
 class ZYN_API CZynCriticalSection {
 public:
     constexpr CZynCriticalSection() : m_section{}, m_bInit(true) {}
@@ -91,6 +95,9 @@ public:
     // Enter waits until the section is free or the thread's own; Leave undoes one Enter.
     void EnterZynCriticalSection();
     void LeaveZynCriticalSection();
+    // In the child of a fork: makes the section free if another thread held it; true if so. What it guards
+    // may then be half changed. Only while the child has no second thread.
+    bool ResetInForkedChild() { return zynplatform::ResetInForkedChild(&m_section); }
 
 protected:
     void Init();

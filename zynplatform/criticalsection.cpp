@@ -48,6 +48,13 @@ void LeaveCriticalSection(_RTL_CRITICAL_SECTION* section) {
     if (lock.exchange(stateFree) == stateAwaited) lock.notify_one();
 }
 
+// The owner is null too where a thread was between taking the section and saying so.
+bool ResetInForkedChild(_RTL_CRITICAL_SECTION* section) {
+    if (section->lock == stateFree || section->owner == &threadMark) return false;
+    *section = {};
+    return true;
+}
+
 void DeleteCriticalSection(_RTL_CRITICAL_SECTION* section) {
     *section = {};
 }

@@ -27,6 +27,11 @@ ZYN_API void EnterCriticalSection(_RTL_CRITICAL_SECTION* section);
 // Undoes one Enter. Does nothing in a thread that does not hold the section.
 ZYN_API void LeaveCriticalSection(_RTL_CRITICAL_SECTION* section);
 
+// In the child of a fork: makes the section a free one if another thread held it when the process forked;
+// that thread isn't here to leave it. True if so: what the section guards may then be half changed. Only
+// while the child has no second thread.
+ZYN_API bool ResetInForkedChild(_RTL_CRITICAL_SECTION* section);
+
 // Ends the use of a section that nobody holds; it stays a free one, and there is nothing to release.
 ZYN_API void DeleteCriticalSection(_RTL_CRITICAL_SECTION* section);
 

@@ -1,39 +1,44 @@
 #include "zynplatform/thread.h"
 
-#include <pthread.h>
+#include "zynplatform/fork.h"
+
+#include <atomic>
+#include <cerrno>
+
+#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace {
 
-using Ended = std::shared_ptr<std::atomic<bool>>;
+// Trivial: a thread that outlives the library finds nothing of it to destroy.
+constinit thread_local std::uint64_t currentNumber = 0; // 0: not opened yet
+constinit thread_local std::uint32_t currentId = 0;     // 0: not asked for yet
+constinit thread_local std::uint32_t forksAtId = 0;
 
-// This thread's flag, null until it is asked for. A flag that a handle holds is at no other thread's address.
-constinit thread_local Ended* current = nullptr;
-constinit thread_local std::uint32_t currentId = 0;
-
-// Runs after the destructors of all thread-local objects, which may still use their handle.
-void EndThread(void* flag) {
-    auto* const ended = static_cast<Ended*>(flag);
-    (*ended)->store(true, std::memory_order_release);
-    delete ended;
-    current = nullptr;
-}
-
-struct Key {
-    Key() { isMade = pthread_key_create(&key, EndThread) == 0; }
-    ~Key() {
-        if (isMade) pthread_key_delete(key); // its destructor is about to be unloaded
-    }
-    pthread_key_t key{};
-    bool isMade;
-} endOfThread;
+constinit std::atomic<std::uint64_t> opened{0};
 
 std::uint32_t SystemThreadId() {
-    if (currentId == 0) currentId = static_cast<std::uint32_t>(gettid());
+    if (currentId == 0 || forksAtId != zynplatform::ForkCount()) {
+        forksAtId = zynplatform::ForkCount();
+        currentId = static_cast<std::uint32_t>(gettid());
+    }
     return currentId;
 }
 
-std::atomic<std::uint32_t (*)()> threadIdSource{SystemThreadId};
+constinit std::atomic<std::uint32_t (*)()> threadIdSource{SystemThreadId};
+
+bool IsInThisProcess(std::uint32_t id) {
+    return syscall(SYS_tgkill, getpid(), id, 0) == 0 || errno != ESRCH;
+}
+
+// The C library tells the kernel of each thread's list of robust locks when it starts. The kernel drops it
+// when the thread has run its last instruction, and only then wakes whoever joins it: the id lives on for a
+// moment.
+bool HasLockList(std::uint32_t id) {
+    const void* list = nullptr;
+    std::size_t length = 0;
+    return syscall(SYS_get_robust_list, id, &list, &length) == 0 && list;
+}
 
 } // namespace
 
@@ -48,17 +53,21 @@ void SetThreadIdSource(std::uint32_t (*source)()) {
 }
 
 ThreadHandle ThreadHandle::OpenCurrent() {
-    if (!current) {
-        auto ended = std::make_unique<Ended>(std::make_shared<std::atomic<bool>>(false));
-        // Without the key the thread would never be seen to end: nothing worse.
-        if (endOfThread.isMade) pthread_setspecific(endOfThread.key, ended.get());
-        current = ended.release();
-    }
-    return ThreadHandle(*current);
+    if (currentNumber == 0) currentNumber = ++opened;
+    ThreadHandle handle;
+    handle.m_number = currentNumber;
+    handle.m_id = SystemThreadId();
+    handle.m_hasLockList = HasLockList(handle.m_id);
+    return handle;
 }
 
 bool ThreadHandle::IsCurrent() const {
-    return current && m_ended == *current;
+    return m_number == currentNumber;
+}
+
+bool ThreadHandle::IsEnded() const {
+    if (IsCurrent()) return false;
+    return m_id == SystemThreadId() || !IsInThisProcess(m_id) || (m_hasLockList && !HasLockList(m_id));
 }
 
 } // namespace zynplatform

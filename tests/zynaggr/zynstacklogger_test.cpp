@@ -1,3 +1,4 @@
+#include "support/failing_new.h"
 #include "zynaggr/zynaggr.h"
 #include "zynplatform/beep.h"
 #include "zynplatform/cp1251.h"
@@ -6,6 +7,7 @@
 
 #include <barrier>
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <thread>
 
 using namespace zynplatform::literals;
@@ -162,17 +164,57 @@ TEST_F(StackLogger, DoesNothingWhileOff) {
     EXPECT_TRUE(active.GetCurrStackList().IsEmpty() && !SetStackLoggerMode(true) && key == "plain");
 }
 
-TEST_F(StackLoggerThreads, EachHasAStackOfItsOwnAlsoWithAnIdUsedBefore) {
+TEST_F(StackLogger, CountsEachEntryOfAFunctionEnteredTwiceWithinATick) {
+    zynplatform::SetTickSource([] { return 7u; });
+    for (int round = 0; round < 3; ++round) {
+        auto a = std::make_unique<CzynStackLogger>("a", true),
+             b = std::make_unique<CzynStackLogger>("b", true);
+        a.reset();
+        const CzynStackLogger again("b", true); // its key is that of the other one
+        b.reset();
+        EXPECT_STREQ(again.GetCurrStackList(), "StackLog:\nt0x0A1C L001:00007 Fun b\n");
+    }
+    EXPECT_EQ(Entries() + static_cast<int>(traced.size()), 3 * 6);
+}
+
+TEST_F(StackLogger, CallbacksMayLogThemselves) {
+    static std::vector<CStringA> keys;
+    keys = EnterAll(3);
+    const auto warn = [](auto, auto, auto) { External::ExternalLeave(keys[0]); };
+    GlobalStackLogInit(warn, [](auto line) {
+        if (std::string_view(line).ends_with("Fun Foo-<")) Call("logs"), Call("logs");
+    });
+    External::ExternalLeave(keys[1]);
+    EXPECT_EQ(Element().GetCurrStackList(), "StackLog:\n" + keys[2] + "\n");
+    const CzynStackLogger first("Foo", true), second("Foo", true), repeat("Foo", false);
+    EXPECT_EQ(Element().m_nRepeat, 1);
+}
+
+TEST_F(StackLogger, SaysSoWhenThereIsNoMemoryToStart) {
+    GlobalStackLogDestroy();
+    SzynErrorDescription::SetRetranslateMemoryExeption(true); // the array's failures too
+    for (long n = 1, failures = 1; failures > 0; ++n) {
+        const FailingNew failing(n);
+        const bool isOn = GlobalStackLogInit(nullptr, nullptr);
+        failures = failing.Failures();
+        EXPECT_EQ(isOn, failures == 0) << n;
+    }
+    SzynErrorDescription::SetRetranslateMemoryExeption(false);
+}
+
+TEST_F(StackLoggerThreads, EachHasAStackOfItsOwnAsLongAsAnythingOfItRuns) {
     static std::atomic<int> wrong{0};
     static std::barrier together(8);
-    struct LogsAtItsEnd {
-        ~LogsAtItsEnd() { Call("the end"); }
-    };
-    const auto work = [](int number) {
-        thread_local LogsAtItsEnd end; // made before the thread's first entry, so destroyed after it
-        (void)&end;
+    pthread_key_t atTheEnd{}; // the last of a thread to run
+    pthread_key_create(&atTheEnd, [](void* outer) {
+        std::thread([] { Call("looks for ended threads"); }).join();
+        wrong += CzynStackLogger("the end", true).GetCurrStackList().Find("left for good") < 0;
+        delete static_cast<CzynStackLogger*>(outer);
+    });
+    const auto work = [=](int number) {
         const std::string name = "worker" + std::to_string(number);
-        CzynStackLogger outer(name.c_str(), true), inner(name.c_str(), true);
+        pthread_setspecific(atTheEnd, new CzynStackLogger(name.c_str(), true));
+        const CzynStackLogger inner(name.c_str(), true);
         CStringA left("left for good"), list = inner.GetCurrStackList();
         wrong += list.Replace(("Fun " + name + "\n").c_str(), "") != 2 || list.Replace('\n', ' ') != 1;
         External::ExternalEnter(left, true);
@@ -183,10 +225,12 @@ TEST_F(StackLoggerThreads, EachHasAStackOfItsOwnAlsoWithAnIdUsedBefore) {
         for (int i = 0; i < 8; ++i)
             running.emplace_back(work, i);
         running.clear();
-        EXPECT_EQ(g_pGlobalStackLog.load()->GetSize(), 8);
+        g_pGlobalStackLog.load()->RemoveFinishedThreads();
+        EXPECT_EQ(g_pGlobalStackLog.load()->GetSize(), 0);
     }
+    pthread_key_delete(atTheEnd);
     EXPECT_EQ(wrong, 0);
-    EXPECT_EQ(traced.size(), 8u * 20 * 7);
+    EXPECT_EQ(traced.size(), 8u * 20 * 9);
 }
 
 } // namespace
