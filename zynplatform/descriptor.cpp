@@ -1,9 +1,9 @@
 #include "zynplatform/descriptor_impl.h"
 
-#include <atomic>
+#include "zynplatform/fork.h"
+
 #include <csignal>
 #include <ctime>
-#include <pthread.h>
 #include <unistd.h>
 
 namespace zynplatform {
@@ -14,13 +14,8 @@ namespace {
 constexpr int descriptorBits = sizeof(FileHandle) > 4 ? 32 : 20;
 constexpr FileHandle forksKept = (FileHandle{1} << 10) - 1;
 
-std::atomic<FileHandle> forks{0};
-
-[[maybe_unused]] const int registered =
-    pthread_atfork(nullptr, nullptr, [] { forks.fetch_add(1, std::memory_order_relaxed); });
-
 FileHandle ForkMark() {
-    return (forks.load(std::memory_order_relaxed) & forksKept) << descriptorBits;
+    return (static_cast<FileHandle>(ForkCount()) & forksKept) << descriptorBits;
 }
 
 constexpr int writeSignals[] = {SIGXFSZ, SIGPIPE};
