@@ -15,6 +15,9 @@
 namespace zyn {
 class IniIndex;
 }
+namespace zynplatform {
+class SaveLock;
+}
 
 // One pair of CzynINI::GetListKeysVals.
 struct ZYN_API SKeyVal {
@@ -220,12 +223,11 @@ protected:
     // What is known of m_aSections and the file.
     enum LoadState { loadNotTried, loadDone, loadFailed, loadNotDecoded };
     std::atomic<LoadState> m_nLoadState = loadNotTried;
-    std::atomic<bool> m_bReloadDue = true;   // whatever m_TimeMeter says
-    CStringA m_sSaveErr;                     // the text of the last save, when it failed
-    // How a save gets its turn: by itself, or by the CzynINITransaction that it ends or that it belongs to.
-    enum SaveTurn { turnIsTaken, turnIsHeld, turnIsToCome };
-    SaveTurn m_nSaveTurn = turnIsTaken;
-    std::unique_ptr<zyn::IniIndex> m_pIndex; // for look-ups; dropped whenever the model changes
+    std::atomic<bool> m_bReloadDue = true;              // whatever m_TimeMeter says
+    CStringA m_sSaveErr;                                // the text of the last save, when it failed
+    bool m_bInTransaction = false;                      // saving waits for the end of a CzynINITransaction
+    const zynplatform::SaveLock* m_pSaveLock = nullptr; // of the transaction that is being committed
+    std::unique_ptr<zyn::IniIndex> m_pIndex;            // for look-ups; dropped whenever the model changes
 };
 
 // A line of a section.

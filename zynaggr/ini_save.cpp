@@ -120,17 +120,17 @@ CStringA CzynINI::ComposeText() {
 
 bool CzynINI::InternalSave() {
     const CzynEnterCriticalSection lock(&m_CS);
-    if (m_nSaveTurn == turnIsToCome) return true;
+    if (m_bInTransaction) return true; // its end saves
     if (!IsSafeToSave())
         return FailSave(
             CzynTranslate::Translate("Файл ini не удалось прочитать, поэтому он не сохраняется"_cp1251));
-    zynplatform::SaveLock turn;
-    if (m_nSaveTurn == turnIsTaken && !m_sIniName.IsEmpty() &&
-        turn.Take(m_sIniName, zynplatform::saveLockLimit, true) == zynplatform::errorSharingViolation)
+    zynplatform::SaveLock own;
+    if (!m_pSaveLock && !m_sIniName.IsEmpty() &&
+        own.Take(m_sIniName, zynplatform::saveLockLimit, true) == zynplatform::errorSharingViolation)
         return FailSave(CStringA(CzynTranslate::Translate("Ошибка при открытии файла: "_cp1251)) +
                         zynplatform::DescribeSystemError(zynplatform::errorSharingViolation));
-    if (!CheckWrite())
-        return FailSave(CzynTranslate::Translate("Файл ini доступен только для чтения"_cp1251));
+    m_bReadOnly = !(m_pSaveLock ? *m_pSaveLock : own).IsWritable();
+    if (m_bReadOnly) return FailSave(CzynTranslate::Translate("Файл ini доступен только для чтения"_cp1251));
     const CStringA sText = ComposeText();
     CzynStringFile file;
     if (!file.Open(m_sIniName, CFile::modeCreate | CFile::modeWrite | CFile::typeBinary, m_nEncoding))
@@ -179,7 +179,7 @@ void CzynINI::ForgetComments() {
 }
 
 void CzynINI::SetWriteMode(bool bWrite) {
-    if (m_nSaveTurn == turnIsToCome) return;
+    if (m_bInTransaction) return;
     if (m_bWriteMode && !bWrite)
         Parse();
     else if (!m_bWriteMode && bWrite)
@@ -188,7 +188,7 @@ void CzynINI::SetWriteMode(bool bWrite) {
 }
 
 bool CzynINI::Flush() {
-    if (m_bWriteMode || m_nSaveTurn == turnIsToCome) return true;
+    if (m_bWriteMode || m_bInTransaction) return true;
     m_bWriteMode = true;
     return InternalSave();
 }

@@ -13,7 +13,7 @@ CzynINITransaction::CzynINITransaction(CzynINI& ini, unsigned limitMs)
       m_lock(&ini.m_CS),
       m_pTurn(std::make_unique<zynplatform::SaveLock>()),
       m_sIniName(ini.m_sIniName) {
-    if (m_ini.m_nSaveTurn != CzynINI::turnIsTaken || !m_ini.m_bWriteMode) {
+    if (m_ini.m_bInTransaction || !m_ini.m_bWriteMode) {
         m_ini.m_sErr = CzynTranslate::Translate(
             "Транзакция ini невозможна: изменения этого объекта уже накапливаются"_cp1251);
         return;
@@ -28,8 +28,7 @@ CzynINITransaction::CzynINITransaction(CzynINI& ini, unsigned limitMs)
         m_pTurn->Release();
         return;
     }
-    m_bBegun = true;
-    m_ini.m_nSaveTurn = CzynINI::turnIsToCome;
+    m_bBegun = m_ini.m_bInTransaction = true;
     m_ini.m_bWriteMode = false;
 }
 
@@ -46,16 +45,19 @@ bool CzynINITransaction::Commit() {
     if (m_ini.m_sIniName != m_sIniName)
         return m_ini.FailSave(
             CzynTranslate::Translate("Транзакция ini невозможна: объект указывает на другой файл"_cp1251));
-    m_ini.m_nSaveTurn = CzynINI::turnIsHeld;
+    m_ini.m_bInTransaction = false;
+    m_ini.m_pSaveLock = m_pTurn.get();
     const bool isSaved = m_ini.InternalSave();
-    m_ini.m_nSaveTurn = CzynINI::turnIsToCome;
+    m_ini.m_pSaveLock = nullptr;
+    m_ini.m_bInTransaction = true;
     if (isSaved) End();
     return isSaved;
 }
 
 void CzynINITransaction::End() {
     m_pTurn->Release();
-    m_ini.m_nSaveTurn = CzynINI::turnIsTaken;
+    m_ini.m_bInTransaction = false;
+    m_ini.m_pSaveLock = nullptr;
     m_ini.m_bWriteMode = true;
     m_bBegun = false;
 }

@@ -30,9 +30,10 @@ std::uint32_t Sync(int descriptor) {
 }
 
 std::uint32_t WriteAll(int descriptor, TextPieces text) {
+    std::uint32_t error = 0;
     for (const std::string_view piece : text)
-        if (const std::uint32_t error = WriteFile(descriptor, piece.data(), piece.size())) return error;
-    return 0;
+        if (error == 0 && !piece.empty()) error = WriteFile(descriptor, piece.data(), piece.size());
+    return error;
 }
 
 // Failures that only this way of saving has: the other way may go.
@@ -75,28 +76,26 @@ std::string PathOf(int descriptor, const struct stat& file, const std::string& n
 
 Replacement::~Replacement() {
     if (m_temporary != noFile) {
-        if (HasName(m_temporaryName, Descriptor(m_temporary)))
-            unlinkat(Descriptor(m_folder), m_temporaryName.c_str(), 0);
+        if (HasName(m_temporaryName, Descriptor(m_temporary))) unlinkat(m_folder, m_temporaryName.c_str(), 0);
         CloseFile(m_temporary);
     }
-    if (m_folder != noFile) CloseFile(m_folder);
+    UniqueDescriptor(m_folder).Close();
 }
 
 bool Replacement::HasName(const std::string& name, int descriptor) const {
     struct stat named, file;
-    return fstatat(Descriptor(m_folder), name.c_str(), &named, AT_SYMLINK_NOFOLLOW) == 0 &&
+    return fstatat(m_folder, name.c_str(), &named, AT_SYMLINK_NOFOLLOW) == 0 &&
            fstat(descriptor, &file) == 0 && IsSameFile(named, file);
 }
 
 // Whoever replaces a file has the turn of its temporary. One that nobody has is left from a killed process.
 std::uint32_t Replacement::RemoveStale() const {
-    const int folder = Descriptor(m_folder);
     const UniqueDescriptor found(
-        openat(folder, m_temporaryName.c_str(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
+        openat(m_folder, m_temporaryName.c_str(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
     if (found && !TakeSavingTurn(found.Get())) return errorSharingViolation;
     std::uint32_t error = 0;
     if ((!found || HasName(m_temporaryName, found.Get())) &&
-        unlinkat(folder, m_temporaryName.c_str(), 0) != 0 && errno != ENOENT)
+        unlinkat(m_folder, m_temporaryName.c_str(), 0) != 0 && errno != ENOENT)
         error = ErrorOfTheWay();
     if (found) ReleaseLocks(found.Get());
     return error;
@@ -105,8 +104,8 @@ std::uint32_t Replacement::RemoveStale() const {
 std::uint32_t Replacement::MakeTemporary(unsigned access) {
     const int flags = (access & accessRead ? O_RDWR : O_WRONLY) | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
     for (Patience patience(1000);;) {
-        UniqueDescriptor made(Uninterrupted(
-            [&] { return openat(Descriptor(m_folder), m_temporaryName.c_str(), flags, 0600); }));
+        UniqueDescriptor made(
+            Uninterrupted([&] { return openat(m_folder, m_temporaryName.c_str(), flags, 0600); }));
         // Between making it and taking its turn, another process may have taken it for stale.
         if (made && TakeSavingTurn(made.Get()) && HasName(m_temporaryName, made.Get())) {
             m_temporary = HandleOf(made.Release());
@@ -127,7 +126,8 @@ std::uint32_t Replacement::Prepare(FileHandle file, const char* name, const Open
     const int old = Descriptor(file);
     struct stat status;
     if (fstat(old, &status) != 0) return LastError();
-    if (!S_ISREG(status.st_mode) || IsWrittenByOthers(old)) return errorNotSupported;
+    if (!S_ISREG(status.st_mode) || (!(mode.deny & accessWrite) && IsWrittenByOthers(old)))
+        return errorNotSupported;
     nlink_t names = 1;
     for (const char* own : ownNames)
         names += IsSameFileAs(status, ToNativePath(own));
@@ -138,33 +138,30 @@ std::uint32_t Replacement::Prepare(FileHandle file, const char* name, const Open
     if (slash == path.npos) return errorNotSupported;
     m_name = path.substr(slash + 1);
     m_temporaryName = "." + m_name + ".zynsave";
-    const int folder = open(path.substr(0, slash + 1).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (folder < 0) return ErrorOfTheWay();
-    m_folder = HandleOf(folder);
+    m_folder = open(path.substr(0, slash + 1).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (m_folder < 0) return ErrorOfTheWay();
 
     if (const std::uint32_t error = MakeTemporary(mode.access)) return error;
     const int temporary = Descriptor(m_temporary);
     if (const std::uint32_t error = WriteAll(temporary, text)) return error;
     if (!TakeOverIdentity(old, temporary)) return ErrorOfTheWay();
-    if (const std::uint32_t error = TakeShareLock(temporary, mode.access, mode.deny)) return error;
+    AnnounceShare(temporary, mode.access, mode.deny);
     return Sync(temporary);
 }
 
 bool Replacement::LinkOldFile(const char* secondName) const {
     const std::string target = ToNativePath(secondName);
-    const int folder = Descriptor(m_folder);
-    if (linkat(folder, m_name.c_str(), AT_FDCWD, target.c_str(), 0) == 0) return true;
+    if (linkat(m_folder, m_name.c_str(), AT_FDCWD, target.c_str(), 0) == 0) return true;
     return errno == EEXIST && unlink(target.c_str()) == 0 &&
-           linkat(folder, m_name.c_str(), AT_FDCWD, target.c_str(), 0) == 0;
+           linkat(m_folder, m_name.c_str(), AT_FDCWD, target.c_str(), 0) == 0;
 }
 
 std::uint32_t Replacement::Commit(FileHandle& file) {
-    const int folder = Descriptor(m_folder);
     if (!HasName(m_temporaryName, Descriptor(m_temporary))) return errorNotSupported;
-    if (renameat(folder, m_temporaryName.c_str(), folder, m_name.c_str()) != 0) return ErrorOfTheWay();
+    if (renameat(m_folder, m_temporaryName.c_str(), m_folder, m_name.c_str()) != 0) return ErrorOfTheWay();
     ReleaseSavingTurn(Descriptor(m_temporary));
     CloseFile(std::exchange(file, std::exchange(m_temporary, noFile)));
-    return Sync(folder);
+    return Sync(m_folder);
 }
 
 namespace {

@@ -51,7 +51,7 @@ private:
     std::uint32_t RemoveStale() const;
     bool HasName(const std::string& name, int descriptor) const;
 
-    FileHandle m_folder = noFile;
+    int m_folder = -1; // its descriptor
     FileHandle m_temporary = noFile;
     std::string m_name;          // in the folder, native
     std::string m_temporaryName; // likewise

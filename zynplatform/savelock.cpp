@@ -32,6 +32,10 @@ std::uint32_t SaveLock::Take(const char* name, unsigned limitMilliseconds, bool 
     }
 }
 
+bool SaveLock::IsWritable() const {
+    return IsHeld() && !IsWritingDenied(Descriptor(m_handle));
+}
+
 void SaveLock::Release() {
     if (m_handle != noFile) CloseFile(std::exchange(m_handle, noFile));
 }

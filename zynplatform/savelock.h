@@ -25,6 +25,8 @@ public:
     // missing file is made. 0; error 32 when the limit is over; or why the file cannot be opened for writing.
     std::uint32_t Take(const char* name, unsigned limitMilliseconds, bool create);
     bool IsHeld() const { return m_handle != noFile; }
+    // Whether the file, whose lock is held, would open for writing now: no other open denies that.
+    bool IsWritable() const;
     void Release();
 
 private:

@@ -7,7 +7,6 @@
 #include <atomic>
 #include <cerrno>
 #include <fcntl.h>
-#include <initializer_list>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -117,24 +116,37 @@ private:
     int m_descriptor;
 };
 
+// A fact is announced when the open's access or what it denies has this bit, and conflicts with the opposite.
+struct Rule {
+    Fact fact;
+    unsigned accessBit, denyBit;
+    Fact opposite;
+
+    bool AppliesTo(unsigned access, unsigned deny) const {
+        return (access & accessBit) != 0 || (deny & denyBit) != 0;
+    }
+};
+
+constexpr Rule rules[] = {
+    {reads, accessRead, 0, deniesReading},
+    {writes, accessWrite, 0, deniesWriting},
+    {deniesReading, 0, accessRead, reads},
+    {deniesWriting, 0, accessWrite, writes},
+};
+
 } // namespace
 
+void AnnounceShare(int descriptor, unsigned access, unsigned deny) {
+    for (const Rule& rule : rules)
+        if (rule.AppliesTo(access, deny)) Announce(descriptor, rule.fact, (access & accessRead) != 0);
+}
+
 std::uint32_t TakeShareLock(int descriptor, unsigned access, unsigned deny) {
-    const struct {
-        Fact fact;
-        bool holds;
-        Fact opposite;
-    } rules[] = {
-        {reads, (access & accessRead) != 0, deniesReading},
-        {writes, (access & accessWrite) != 0, deniesWriting},
-        {deniesReading, (deny & accessRead) != 0, reads},
-        {deniesWriting, (deny & accessWrite) != 0, writes},
-    };
     const Gate gate(descriptor);
-    for (const auto& rule : rules)
-        if (rule.holds) Announce(descriptor, rule.fact, (access & accessRead) != 0);
-    for (const auto& rule : rules)
-        if (rule.holds && IsAnnouncedByOthers(descriptor, rule.opposite)) return errorSharingViolation;
+    AnnounceShare(descriptor, access, deny);
+    for (const Rule& rule : rules)
+        if (rule.AppliesTo(access, deny) && IsAnnouncedByOthers(descriptor, rule.opposite))
+            return errorSharingViolation;
     return 0;
 }
 

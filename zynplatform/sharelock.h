@@ -11,6 +11,8 @@ namespace zynplatform {
 // Announces what the descriptor's open does and denies (FileAccess bits). 0, or error 32 when it conflicts
 // with another open; the caller then closes the descriptor.
 std::uint32_t TakeShareLock(int descriptor, unsigned access, unsigned deny);
+// The same for a file that nobody else can have opened.
+void AnnounceShare(int descriptor, unsigned access, unsigned deny);
 // Whether another open denies writing, or writes.
 bool IsWritingDenied(int descriptor);
 bool IsWrittenByOthers(int descriptor);
