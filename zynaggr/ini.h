@@ -198,6 +198,8 @@ protected:
     bool FailLoad(const CStringA& sErr);
     bool FailSave(const CStringA& sErr);
     bool IsSafeToSave();
+    bool WaitForTurn(zynplatform::SaveLock& turn);
+    bool WriteModel();
     void ForgetSaveFailure();
     void ForgetComments();
 
@@ -223,11 +225,11 @@ protected:
     // What is known of m_aSections and the file.
     enum LoadState { loadNotTried, loadDone, loadFailed, loadNotDecoded };
     std::atomic<LoadState> m_nLoadState = loadNotTried;
-    std::atomic<bool> m_bReloadDue = true;              // whatever m_TimeMeter says
-    CStringA m_sSaveErr;                                // the text of the last save, when it failed
-    bool m_bInTransaction = false;                      // saving waits for the end of a CzynINITransaction
-    const zynplatform::SaveLock* m_pSaveLock = nullptr; // of the transaction that is being committed
-    std::unique_ptr<zyn::IniIndex> m_pIndex;            // for look-ups; dropped whenever the model changes
+    std::atomic<bool> m_bReloadDue = true;        // whatever m_TimeMeter says
+    CStringA m_sSaveErr;                          // the text of the last save, when it failed
+    bool m_bInTransaction = false;                // saving waits for the end of a CzynINITransaction
+    zynplatform::SaveLock* m_pSaveLock = nullptr; // of the transaction that is being committed
+    std::unique_ptr<zyn::IniIndex> m_pIndex;      // for look-ups; dropped whenever the model changes
 };
 
 // A line of a section.

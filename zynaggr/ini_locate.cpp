@@ -1,11 +1,11 @@
 #include "zynaggr/ini.h"
 
 #include "zynaggr/ini_index_impl.h"
-#include "zynaggr/ini_savers_impl.h"
 #include "zynaggr/zynfile.h"
 #include "zynaggr/zynhelpers.h"
 #include "zynplatform/filesystem.h"
 #include "zynplatform/paths.h"
+#include "zynplatform/savelock.h"
 
 #include <string>
 
@@ -133,11 +133,12 @@ bool CzynINI::IsHomeDir() {
 bool CzynINI::CheckWrite() {
     const CzynEnterCriticalSection lock(&m_CS);
     if (m_sIniName.IsEmpty()) return false;
+    zynplatform::LoadLock lockedOut; // who saves the file
+    lockedOut.Take(m_sIniName, zynplatform::saveLockLimit);
     CzynFile file;
     const unsigned flags =
         CFile::modeCreate | CFile::modeNoTruncate | CFile::shareDenyNone | CFile::modeWrite;
-    m_bReadOnly =
-        !zyn::OpenBesideSavers(m_sIniName, [&] { return file.Open(m_sIniName, flags, nullptr) != 0; });
+    m_bReadOnly = !file.Open(m_sIniName, flags, nullptr);
     file.Close();
     return !m_bReadOnly;
 }

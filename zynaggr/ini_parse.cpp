@@ -2,13 +2,12 @@
 
 #include "zynaggr/ini_index_impl.h"
 #include "zynaggr/ini_parser_impl.h"
-#include "zynaggr/ini_savers_impl.h"
 #include "zynaggr/zyn_translate.h"
-#include "zynaggr/zynfile.h"
 #include "zynaggr/zynstringfile.h"
 #include "zynhost/memory.h"
 #include "zynplatform/cp1251.h"
-#include "zynplatform/file.h"
+#include "zynplatform/filesystem.h"
+#include "zynplatform/savelock.h"
 
 #include <new>
 
@@ -51,15 +50,15 @@ bool CzynINI::IsLoadDue() {
 bool CzynINI::Parse() {
     if (!IsLoadDue()) return true;
     const CzynEnterCriticalSection lock(&m_CS);
-    if (!CzynFile::IsFileExist(m_sIniName)) return true;
+    if (zynplatform::IsPathMissing(m_sIniName)) return true;
     m_bFileExist = true;
 
+    zynplatform::LoadLock lockedOut; // who saves the file
+    lockedOut.Take(m_sIniName, zynplatform::saveLockLimit);
+    m_bReadOnly = !lockedOut.IsWritable(m_sIniName);
     CzynStringFile file;
-    const bool isOpen = zyn::OpenBesideSavers(m_sIniName, [&] {
-        return file.Open(m_sIniName, CFile::modeRead | CFile::shareDenyNone, zynEncUnknown) != 0;
-    });
-    m_bReadOnly = !zynplatform::CouldWriteFile(m_sIniName);
-    if (!isOpen) return FailLoad(file.GetErrorMessage());
+    if (!file.Open(m_sIniName, CFile::modeRead | CFile::shareDenyNone, zynEncUnknown))
+        return FailLoad(file.GetErrorMessage());
     const std::string_view text = file.ReadAllData();
     const CzynStringFile::LoadFailure failure =
         text.empty() ? file.GetLoadFailure() : CzynStringFile::loadDone;

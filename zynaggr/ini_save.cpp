@@ -1,11 +1,11 @@
 #include "zynaggr/ini.h"
 
 #include "zynaggr/zyn_translate.h"
-#include "zynaggr/zynfile.h"
 #include "zynaggr/zynhelpers.h"
 #include "zynaggr/zynmessage.h"
 #include "zynaggr/zynstringfile.h"
 #include "zynplatform/cp1251.h"
+#include "zynplatform/filesystem.h"
 #include "zynplatform/replace.h"
 #include "zynplatform/savelock.h"
 #include "zynplatform/syserror.h"
@@ -125,24 +125,11 @@ bool CzynINI::InternalSave() {
         return FailSave(
             CzynTranslate::Translate("Файл ini не удалось прочитать, поэтому он не сохраняется"_cp1251));
     zynplatform::SaveLock own;
-    if (!m_pSaveLock && !m_sIniName.IsEmpty() &&
-        own.Take(m_sIniName, zynplatform::saveLockLimit, true) == zynplatform::errorSharingViolation)
-        return FailSave(CStringA(CzynTranslate::Translate("Ошибка при открытии файла: "_cp1251)) +
-                        zynplatform::DescribeSystemError(zynplatform::errorSharingViolation));
-    m_bReadOnly = !(m_pSaveLock ? *m_pSaveLock : own).IsWritable();
-    if (m_bReadOnly) return FailSave(CzynTranslate::Translate("Файл ini доступен только для чтения"_cp1251));
-    const CStringA sText = ComposeText();
-    CzynStringFile file;
-    if (!file.Open(m_sIniName, CFile::modeCreate | CFile::modeWrite | CFile::typeBinary, m_nEncoding))
-        return FailSave(file.GetErrorMessage());
-    const bool isTaken =
-        sText.IsEmpty() || file.WriteString(sText, static_cast<std::size_t>(sText.GetLength()));
-    if (!isTaken || !file.FlushWithBackup()) {
-        CStringA sErr(CzynTranslate::Translate("Ошибка при записи файла ini"_cp1251));
-        if (file.GetWriteError() != 0)
-            sErr.Append(": ").Append(zynplatform::DescribeSystemError(file.GetWriteError()));
-        return FailSave(sErr);
-    }
+    zynplatform::SaveLock& turn = m_pSaveLock ? *m_pSaveLock : own;
+    if (!WaitForTurn(turn)) return false;
+    const bool isWritten = WriteModel();
+    turn.EndWriting();
+    if (!isWritten) return false;
     ForgetSaveFailure();
     ForgetComments();
     m_nLoadState = loadDone;
@@ -151,10 +138,36 @@ bool CzynINI::InternalSave() {
     return true;
 }
 
+// Checks also whether the file may be written.
+bool CzynINI::WaitForTurn(zynplatform::SaveLock& turn) {
+    constexpr unsigned limit = zynplatform::saveLockLimit;
+    std::uint32_t error = m_pSaveLock || m_sIniName.IsEmpty() ? 0 : turn.Take(m_sIniName, limit, true);
+    m_bReadOnly = !turn.IsWritable();
+    if (error != zynplatform::errorSharingViolation && m_bReadOnly)
+        return FailSave(CzynTranslate::Translate("Файл ini доступен только для чтения"_cp1251));
+    if (error == 0) error = turn.BeginWriting(limit);
+    return error == 0 || FailSave(CStringA(CzynTranslate::Translate("Ошибка при открытии файла: "_cp1251)) +
+                                  zynplatform::DescribeSystemError(error));
+}
+
+bool CzynINI::WriteModel() {
+    const CStringA sText = ComposeText();
+    CzynStringFile file;
+    if (!file.Open(m_sIniName, CFile::modeCreate | CFile::modeWrite | CFile::typeBinary, m_nEncoding))
+        return FailSave(file.GetErrorMessage());
+    const bool isTaken =
+        sText.IsEmpty() || file.WriteString(sText, static_cast<std::size_t>(sText.GetLength()));
+    if (isTaken && file.FlushWithBackup()) return true;
+    CStringA sErr(CzynTranslate::Translate("Ошибка при записи файла ini"_cp1251));
+    if (file.GetWriteError() != 0)
+        sErr.Append(": ").Append(zynplatform::DescribeSystemError(file.GetWriteError()));
+    return FailSave(sErr);
+}
+
 // Sections that are less than what the file holds must not take its place.
 bool CzynINI::IsSafeToSave() {
     return (m_nLoadState != loadFailed && m_nLoadState != loadNotDecoded) ||
-           !CzynFile::IsFileExist(m_sIniName);
+           zynplatform::IsPathMissing(m_sIniName);
 }
 
 bool CzynINI::FailSave(const CStringA& sErr) {

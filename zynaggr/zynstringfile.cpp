@@ -372,7 +372,7 @@ bool CzynStringFile::PutInPlace(std::string_view mark, std::string_view text, bo
                    zynplatform::CopyToNewFile(m_hFile, to, isPrivate) == 0;
         };
         if (withBackup) zyn::KeepBackup(m_sName, 1, linkOrCopy);
-        m_nWriteError = replacement.Commit(m_hFile);
+        m_nWriteError = replacement.Commit(m_hFile, withBackup);
     }
     if (m_nWriteError == zynplatform::errorNotSupported) {
         const auto copy = [this](const char* to, bool isPrivate) {

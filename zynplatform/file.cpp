@@ -101,17 +101,6 @@ std::uint32_t CloseFile(FileHandle handle) {
     return UniqueDescriptor(Descriptor(handle)).Close();
 }
 
-bool CouldWriteFile(const char* name) {
-    const std::string nativeName = ToNativePath(name);
-    struct stat status;
-    if (stat(nativeName.c_str(), &status) != 0 || S_ISDIR(status.st_mode) ||
-        faccessat(AT_FDCWD, nativeName.c_str(), W_OK, AT_EACCESS) != 0)
-        return false;
-    if (!S_ISREG(status.st_mode)) return true;
-    const UniqueDescriptor descriptor = OpenByName(nativeName, O_RDONLY | O_CLOEXEC | O_NOCTTY, 0);
-    return !descriptor || !IsWritingDenied(descriptor.Get());
-}
-
 std::uint32_t ReadFile(FileHandle handle, void* buffer, std::size_t count, std::size_t& done) {
     for (done = 0; done < count;) {
         const ssize_t part = Uninterrupted([&] {

@@ -45,10 +45,6 @@ ZYN_API std::uint32_t OpenFile(const char* name, const OpenMode& mode, FileHandl
 // The handle is closed also when an error, such as a late write error, is reported.
 ZYN_API std::uint32_t CloseFile(FileHandle handle);
 
-// Whether an existing file would open for writing that denies nobody anything. It is not opened for writing,
-// so that nobody who watches it is told of a change.
-ZYN_API bool CouldWriteFile(const char* name);
-
 // Reads up to `count` bytes; fewer only at the end of the file or on an error.
 ZYN_API std::uint32_t ReadFile(FileHandle handle, void* buffer, std::size_t count, std::size_t& done);
 // Writes all of them or reports an error; how much arrived before the error is not told.

@@ -98,6 +98,11 @@ bool PathExists(const char* name) {
     return stat(ToNativePath(name).c_str(), &status) == 0;
 }
 
+bool IsPathMissing(const char* name) {
+    struct stat status;
+    return stat(ToNativePath(name).c_str(), &status) != 0 && (errno == ENOENT || errno == ENOTDIR);
+}
+
 bool IsPathWritable(const char* name) {
     return access(ToNativePath(name).c_str(), W_OK) == 0;
 }

@@ -14,6 +14,8 @@ namespace zynplatform {
 
 // True for an existing file or folder.
 ZYN_API bool PathExists(const char* name);
+// True when there surely is neither: not when the system cannot tell.
+ZYN_API bool IsPathMissing(const char* name);
 // Whether this process may write the existing file.
 ZYN_API bool IsPathWritable(const char* name);
 

@@ -13,12 +13,12 @@ class Patience {
 public:
     explicit Patience(unsigned milliseconds) : m_end(Now() + milliseconds) {}
 
-    // Sleeps for a moment, longer from time to time; false at once when the time is over.
+    // Sleeps for a moment, whose length is left to chance; false at once when the time is over. The moment is
+    // short: what one waits for is often free only until somebody else takes it again.
     bool Wait() {
-        const std::int64_t now = Now();
-        if (now >= m_end) return false;
-        m_pause = m_pause < longest ? m_pause + m_pause / 2 + now % 7 * 1000 : longest / 4;
-        const timespec pause{0, static_cast<long>(m_pause)};
+        if (Now() >= m_end) return false;
+        m_chance = m_chance * 1664525 + 1013904223;
+        const timespec pause{0, static_cast<long>(50'000 + (m_chance >> 15))};
         nanosleep(&pause, nullptr);
         return true;
     }
@@ -31,10 +31,9 @@ public:
     }
 
 private:
-    static constexpr std::int64_t longest = 2'000'000; // nanoseconds
-
     std::int64_t m_end;
-    std::int64_t m_pause = 50'000;
+    std::uint32_t m_chance = static_cast<std::uint32_t>(m_end) ^
+                             static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(this));
 };
 
 } // namespace zynplatform

@@ -235,7 +235,7 @@ bool ChangeRegistry(const std::function<bool(std::string& text)>& change) {
     const OpenMode mode{.access = accessRead | accessWrite};
     Replacement replacement;
     std::uint32_t error = replacement.Prepare(handle, libraryName.c_str(), mode, {text});
-    if (error == 0) error = replacement.Commit(handle);
+    if (error == 0) error = replacement.Commit(handle, false);
     if (error == errorNotSupported) error = OverwriteFile(handle, {text});
     return CloseFile(handle) == 0 && error == 0;
 }

@@ -92,7 +92,7 @@ bool Replacement::HasName(const std::string& name, int descriptor) const {
 std::uint32_t Replacement::RemoveStale() const {
     const UniqueDescriptor found(
         openat(m_folder, m_temporaryName.c_str(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
-    if (found && !TakeSavingTurn(found.Get())) return errorSharingViolation;
+    if (found && !TakeTurn(found.Get(), Turn::saving)) return errorSharingViolation;
     std::uint32_t error = 0;
     if ((!found || HasName(m_temporaryName, found.Get())) &&
         unlinkat(m_folder, m_temporaryName.c_str(), 0) != 0 && errno != ENOENT)
@@ -107,7 +107,8 @@ std::uint32_t Replacement::MakeTemporary(unsigned access) {
         UniqueDescriptor made(
             Uninterrupted([&] { return openat(m_folder, m_temporaryName.c_str(), flags, 0600); }));
         // Between making it and taking its turn, another process may have taken it for stale.
-        if (made && TakeSavingTurn(made.Get()) && HasName(m_temporaryName, made.Get())) {
+        if (made && TakeTurn(made.Get(), Turn::saving) && TakeTurn(made.Get(), Turn::text) &&
+            HasName(m_temporaryName, made.Get())) {
             m_temporary = HandleOf(made.Release());
             return 0;
         }
@@ -156,10 +157,12 @@ bool Replacement::LinkOldFile(const char* secondName) const {
            linkat(m_folder, m_name.c_str(), AT_FDCWD, target.c_str(), 0) == 0;
 }
 
-std::uint32_t Replacement::Commit(FileHandle& file) {
+std::uint32_t Replacement::Commit(FileHandle& file, bool keepsTurns) {
     if (!HasName(m_temporaryName, Descriptor(m_temporary))) return errorNotSupported;
     if (renameat(m_folder, m_temporaryName.c_str(), m_folder, m_name.c_str()) != 0) return ErrorOfTheWay();
-    ReleaseSavingTurn(Descriptor(m_temporary));
+    if (!keepsTurns)
+        for (const Turn turn : {Turn::saving, Turn::text})
+            ReleaseTurn(Descriptor(m_temporary), turn);
     CloseFile(std::exchange(file, std::exchange(m_temporary, noFile)));
     return Sync(m_folder);
 }
@@ -195,13 +198,13 @@ std::uint32_t CopyContent(int from, int to) {
 
 std::uint32_t OverwriteFile(FileHandle handle, TextPieces text) {
     const int file = Descriptor(handle);
-    if (!IsPlainFile(handle)) return WriteAll(file, text);
+    struct stat status;
+    if (fstat(file, &status) != 0) return LastError();
+    if (!S_ISREG(status.st_mode)) return WriteAll(file, text);
     std::int64_t length = 0;
     for (const std::string_view piece : text)
         length += static_cast<std::int64_t>(piece.size());
-    const std::int64_t present = GetFileLength(handle);
-    if (present < 0) return LastError();
-    if (const std::uint32_t error = Reserve(file, present, length)) return error;
+    if (const std::uint32_t error = Reserve(file, status.st_size, length)) return error;
     if (SeekFile(handle, 0, SeekFrom::begin) < 0) return LastError();
     if (const std::uint32_t error = WriteAll(file, text)) return error;
     if (const std::uint32_t error = SetFileLength(handle, length)) return error;

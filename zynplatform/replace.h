@@ -44,7 +44,9 @@ public:
 
     // The new file takes the name, and `file` becomes the handle of it. errorNotSupported when the name
     // cannot be given after all; other errors: the text may or may not survive a loss of power.
-    std::uint32_t Commit(FileHandle& file);
+    // With `keepsTurns` the handle has the new file's locks of savelock.h until it is closed: whoever waits
+    // for the end of the save waits until then.
+    std::uint32_t Commit(FileHandle& file, bool keepsTurns);
 
 private:
     std::uint32_t MakeTemporary(unsigned access);

@@ -12,19 +12,27 @@
 
 namespace zynplatform {
 
-std::uint32_t SaveLock::Take(const char* name, unsigned limitMilliseconds, bool create) {
-    Release();
-    const std::string nativeName = ToNativePath(name);
-    const int flags = O_WRONLY | (create ? O_CREAT : 0) | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
-    for (Patience patience(limitMilliseconds);;) {
-        UniqueDescriptor descriptor(Uninterrupted([&] { return open(nativeName.c_str(), flags, 0666); }));
-        if (!descriptor) return LastError();
+namespace {
+
+std::uint32_t WaitForTurn(int descriptor, Turn turn, bool isAlone, Patience& patience) {
+    while (!TakeTurn(descriptor, turn, isAlone))
+        if (!patience.Wait()) return errorSharingViolation;
+    return 0;
+}
+
+// Opens the file that has the name once the turn is had.
+std::uint32_t OpenInTurn(const std::string& name, int flags, Turn turn, unsigned limit, FileHandle& handle) {
+    for (Patience patience(limit);;) {
+        UniqueDescriptor descriptor(Uninterrupted(
+            [&] { return open(name.c_str(), flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0666); }));
         struct stat opened, named;
-        if (fstat(descriptor.Get(), &opened) != 0) return LastError();
-        while (S_ISREG(opened.st_mode) && !TakeSavingTurn(descriptor.Get()))
-            if (!patience.Wait()) return errorSharingViolation;
-        if (stat(nativeName.c_str(), &named) == 0 && IsSameFile(opened, named)) {
-            m_handle = HandleOf(descriptor.Release());
+        if (!descriptor || fstat(descriptor.Get(), &opened) != 0) return LastError();
+        const bool isAlone = (flags & O_ACCMODE) != O_RDONLY;
+        if (S_ISREG(opened.st_mode))
+            if (const std::uint32_t error = WaitForTurn(descriptor.Get(), turn, isAlone, patience))
+                return error;
+        if (stat(name.c_str(), &named) == 0 && IsSameFile(opened, named)) {
+            handle = HandleOf(descriptor.Release());
             return 0;
         }
         ReleaseLocks(descriptor.Get());
@@ -32,18 +40,52 @@ std::uint32_t SaveLock::Take(const char* name, unsigned limitMilliseconds, bool 
     }
 }
 
-bool SaveLock::IsWritable() const {
-    return IsHeld() && !IsWritingDenied(Descriptor(m_handle));
+void CloseHeld(FileHandle& handle) {
+    if (handle != noFile) CloseFile(std::exchange(handle, noFile));
+}
+
+} // namespace
+
+std::uint32_t SaveLock::Take(const char* name, unsigned limitMilliseconds, bool create) {
+    Release();
+    return OpenInTurn(ToNativePath(name), O_WRONLY | (create ? O_CREAT : 0), Turn::saving, limitMilliseconds,
+                      m_handle);
 }
 
 void SaveLock::Release() {
-    if (m_handle != noFile) CloseFile(std::exchange(m_handle, noFile));
+    CloseHeld(m_handle);
 }
 
-bool IsBeingSaved(const char* name) {
-    const UniqueDescriptor descriptor(Uninterrupted(
-        [&] { return open(ToNativePath(name).c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK); }));
-    return descriptor && IsSavingTurnTaken(descriptor.Get());
+std::uint32_t SaveLock::BeginWriting(unsigned limitMilliseconds) {
+    Patience patience(limitMilliseconds);
+    return m_handle == noFile || !IsPlainFile(m_handle)
+               ? 0
+               : WaitForTurn(Descriptor(m_handle), Turn::text, true, patience);
+}
+
+void SaveLock::EndWriting() {
+    if (m_handle != noFile && !IsInherited(m_handle)) ReleaseTurn(Descriptor(m_handle), Turn::text);
+}
+
+bool SaveLock::IsWritable() const {
+    return m_handle != noFile && !IsWritingDenied(Descriptor(m_handle));
+}
+
+LoadLock::~LoadLock() {
+    CloseHeld(m_handle);
+}
+
+std::uint32_t LoadLock::Take(const char* name, unsigned limitMilliseconds) {
+    const std::string nativeName = ToNativePath(name);
+    struct stat status;
+    if (stat(nativeName.c_str(), &status) != 0) return LastError();
+    if (!S_ISREG(status.st_mode)) return 0; // opening it might be noticed
+    return OpenInTurn(nativeName, O_RDONLY, Turn::text, limitMilliseconds, m_handle);
+}
+
+bool LoadLock::IsWritable(const char* name) const {
+    return (m_handle == noFile || !IsWritingDenied(Descriptor(m_handle))) &&
+           faccessat(AT_FDCWD, ToNativePath(name).c_str(), W_OK, AT_EACCESS) == 0;
 }
 
 } // namespace zynplatform

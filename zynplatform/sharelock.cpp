@@ -21,7 +21,7 @@
 // locks all stand on one byte; an exclusive one stands on a byte picked at random, so that any number of
 // writers find room.
 //
-// Whoever saves a file says so in a fifth range, by an exclusive lock on its first byte.
+// The turns are one byte each behind the ranges.
 
 namespace zynplatform {
 
@@ -30,7 +30,7 @@ namespace {
 constexpr off_t rangeSize = off_t{1} << 20;
 constexpr off_t rangesStart = off_t{1} << 62;
 
-enum Fact { reads, writes, deniesReading, deniesWriting, saves };
+enum Fact { reads, writes, deniesReading, deniesWriting };
 
 constexpr off_t RangeOf(Fact fact) {
     return rangesStart + fact * rangeSize;
@@ -158,22 +158,26 @@ bool IsWrittenByOthers(int descriptor) {
     return IsAnnouncedByOthers(descriptor, writes);
 }
 
-bool TakeSavingTurn(int descriptor) {
-    struct flock lock = LockOf(F_WRLCK, RangeOf(saves), 1);
+namespace {
+
+struct flock TurnLock(short type, Turn turn) {
+    return LockOf(type, rangesStart + 4 * rangeSize + static_cast<off_t>(turn), 1);
+}
+
+} // namespace
+
+bool TakeTurn(int descriptor, Turn turn, bool isAlone) {
+    struct flock lock = TurnLock(isAlone ? F_WRLCK : F_RDLCK, turn);
     return fcntl(descriptor, F_OFD_SETLK, &lock) == 0 || (errno != EAGAIN && errno != EACCES);
 }
 
-bool IsSavingTurnTaken(int descriptor) {
-    return IsAnnouncedByOthers(descriptor, saves);
+void ReleaseTurn(int descriptor, Turn turn) {
+    struct flock lock = TurnLock(F_UNLCK, turn);
+    fcntl(descriptor, F_OFD_SETLK, &lock);
 }
 
 void ReleaseLocks(int descriptor) {
     struct flock lock = LockOf(F_UNLCK, rangesStart, 0);
-    fcntl(descriptor, F_OFD_SETLK, &lock);
-}
-
-void ReleaseSavingTurn(int descriptor) {
-    struct flock lock = LockOf(F_UNLCK, RangeOf(saves), 1);
     fcntl(descriptor, F_OFD_SETLK, &lock);
 }
 

@@ -17,13 +17,14 @@ void AnnounceShare(int descriptor, unsigned access, unsigned deny);
 bool IsWritingDenied(int descriptor);
 bool IsWrittenByOthers(int descriptor);
 
-// Makes this descriptor, which must be open for writing, the one that saves the file: false, at once, when
-// another one is. The share modes have nothing to do with it.
-bool TakeSavingTurn(int descriptor);
-bool IsSavingTurnTaken(int descriptor); // by another one
+// Turns, which have nothing to do with the share modes: the one saves the file, the other reads or writes its
+// text. Alone takes a descriptor that is open for writing, with others who do not want it alone one that is
+// open for reading. Taking a turn never waits: false when others have it.
+enum class Turn { saving, text };
+bool TakeTurn(int descriptor, Turn turn, bool isAlone = true);
+void ReleaseTurn(int descriptor, Turn turn);
 
 // Takes back whatever the descriptor has announced or taken.
 void ReleaseLocks(int descriptor);
-void ReleaseSavingTurn(int descriptor);
 
 } // namespace zynplatform

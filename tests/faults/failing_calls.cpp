@@ -1,0 +1,165 @@
+#include "faults/failing_calls.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdarg>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <initializer_list>
+#include <string_view>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+namespace {
+
+int callsLeft = 0;
+FailingCall::Kind wanted;
+const char* failed = nullptr;
+
+bool IsOneOf(std::initializer_list<std::string_view> names, std::string_view name) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+bool NeedsRoom(std::string_view name) {
+    return IsOneOf({"open64", "openat64", "write", "fallocate64", "linkat", "fsetxattr", "fsync"}, name);
+}
+
+// The others never wait, or close, which is over all the same.
+bool CanBeInterrupted(std::string_view name) {
+    return IsOneOf({"open64", "openat64", "read", "write", "fsync", "ftruncate64", "fallocate64", "flock"},
+                   name);
+}
+
+// Whether this call goes wrong; errno is set then. Otherwise `length`, when given, may have become shorter.
+bool Fails(const char* name, std::size_t* length = nullptr) {
+    const bool isDiskFull = failed && wanted == FailingCall::noSpace;
+    if (!isDiskFull && (callsLeft == 0 || --callsLeft != 0)) return false;
+    if (!failed) failed = name;
+    switch (wanted) {
+    case FailingCall::kill:
+        raise(SIGKILL);
+        return true;
+    case FailingCall::shorten:
+        if (length && *length > 1) *length /= 2;
+        return false;
+    case FailingCall::interrupt:
+        errno = EINTR;
+        return CanBeInterrupted(name);
+    case FailingCall::noSpace:
+        errno = ENOSPC;
+        return NeedsRoom(name);
+    case FailingCall::ioError:
+        errno = EIO;
+        return true;
+    }
+    return false;
+}
+
+template <class Function> Function* Real(const char* name) {
+    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+}
+
+} // namespace
+
+FailingCall::FailingCall(int nth, Kind kind) {
+    wanted = kind;
+    failed = nullptr;
+    callsLeft = nth;
+}
+
+FailingCall::~FailingCall() {
+    callsLeft = 0;
+    if (wanted == noSpace) wanted = ioError;
+}
+
+bool FailingCall::Happened() {
+    return failed != nullptr;
+}
+
+const char* FailingCall::Name() {
+    return failed ? failed : "";
+}
+
+#define PASSED_ON(result, name, parameters, arguments)                                                       \
+    extern "C" result name parameters {                                                                      \
+        static const auto real = Real<result parameters>(#name);                                             \
+        return Fails(#name) ? -1 : real arguments;                                                           \
+    }
+
+PASSED_ON(int, faccessat, (int folder, const char* name, int mode, int flags), (folder, name, mode, flags))
+PASSED_ON(int, fallocate64, (int file, int mode, off64_t begin, off64_t length), (file, mode, begin, length))
+PASSED_ON(int, fchmod, (int file, mode_t mode), (file, mode))
+PASSED_ON(int, fchown, (int file, uid_t user, gid_t group), (file, user, group))
+PASSED_ON(ssize_t, fgetxattr, (int file, const char* name, void* value, size_t size),
+          (file, name, value, size))
+PASSED_ON(ssize_t, flistxattr, (int file, char* list, size_t size), (file, list, size))
+PASSED_ON(int, flock, (int file, int operation), (file, operation))
+PASSED_ON(int, fstat64, (int file, struct stat64* status), (file, status))
+PASSED_ON(int, fstatat64, (int folder, const char* name, struct stat64* status, int flags),
+          (folder, name, status, flags))
+PASSED_ON(int, ftruncate64, (int file, off64_t length), (file, length))
+PASSED_ON(int, linkat, (int from, const char* old, int to, const char* name, int flags),
+          (from, old, to, name, flags))
+PASSED_ON(off64_t, lseek64, (int file, off64_t offset, int whence), (file, offset, whence))
+PASSED_ON(ssize_t, readlink, (const char* name, char* target, size_t size), (name, target, size))
+PASSED_ON(int, rename, (const char* from, const char* to), (from, to))
+PASSED_ON(int, renameat, (int from, const char* old, int to, const char* name), (from, old, to, name))
+PASSED_ON(int, stat64, (const char* name, struct stat64* status), (name, status))
+PASSED_ON(int, unlink, (const char* name), (name))
+PASSED_ON(int, unlinkat, (int folder, const char* name, int flags), (folder, name, flags))
+
+// Whether it is called counts here, not what it does for so long.
+extern "C" int fsync(int) {
+    return Fails("fsync") ? -1 : 0;
+}
+
+// Closed it is in any case.
+extern "C" int close(int file) {
+    static const auto real = Real<int(int)>("close");
+    const bool fails = Fails("close");
+    const int error = errno;
+    const int result = real(file);
+    if (!fails) return result;
+    errno = error;
+    return -1;
+}
+
+extern "C" ssize_t read(int file, void* buffer, size_t size) {
+    static const auto real = Real<ssize_t(int, void*, size_t)>("read");
+    return Fails("read", &size) ? -1 : real(file, buffer, size);
+}
+
+extern "C" ssize_t write(int file, const void* buffer, size_t size) {
+    static const auto real = Real<ssize_t(int, const void*, size_t)>("write");
+    return Fails("write", &size) ? -1 : real(file, buffer, size);
+}
+
+extern "C" int open64(const char* name, int flags, ...) {
+    static const auto real = Real<int(const char*, int, ...)>("open64");
+    std::va_list arguments;
+    va_start(arguments, flags);
+    const unsigned mode = flags & O_CREAT ? va_arg(arguments, unsigned) : 0;
+    va_end(arguments);
+    return Fails("open64") ? -1 : real(name, flags, mode);
+}
+
+extern "C" int openat64(int folder, const char* name, int flags, ...) {
+    static const auto real = Real<int(int, const char*, int, ...)>("openat64");
+    std::va_list arguments;
+    va_start(arguments, flags);
+    const unsigned mode = flags & O_CREAT ? va_arg(arguments, unsigned) : 0;
+    va_end(arguments);
+    return Fails("openat64") ? -1 : real(folder, name, flags, mode);
+}
+
+extern "C" int fcntl64(int file, int command, ...) {
+    static const auto real = Real<int(int, int, ...)>("fcntl64");
+    std::va_list arguments;
+    va_start(arguments, command);
+    void* const argument = va_arg(arguments, void*);
+    va_end(arguments);
+    return Fails("fcntl64") ? -1 : real(file, command, argument);
+}

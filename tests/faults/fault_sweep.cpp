@@ -1,0 +1,182 @@
+#include "faults/failing_calls.h"
+#include "support/temp_folder.h"
+#include "zynaggr/ini_transaction.h"
+#include "zynplatform/cp1251.h"
+
+#include <cstdio>
+#include <set>
+#include <sys/wait.h>
+#include <unistd.h>
+
+// fault_sweep: makes every single system call of every kind of edit go wrong in every way, and looks at what
+// is left. At every moment the file or its ".bak" must hold a whole text, the one before or the one after the
+// edit (the file itself, unless it has a second name and must be overwritten); an edit that answers true has
+// reached the file, one that answers false left a text; no descriptor and no temporary file is left; and the
+// next edit comes through.
+
+using namespace zynplatform::literals;
+
+namespace {
+
+struct Edit {
+    const char* name;
+    bool (*run)(CzynINI& ini);
+};
+
+constexpr Edit edits[] = {
+    {"write", [](CzynINI& ini) { return ini.WriteString("s", "k", "new value", nullptr); }},
+    {"add", [](CzynINI& ini) { return ini.WriteInt("t", "n", 5, "a comment"); }},
+    {"delete", [](CzynINI& ini) { return ini.Delete("s", "k"); }},
+    {"create",
+     [](CzynINI& ini) {
+         return ini.GetString("s", "made", "default", true), ini.GetErrDescription().IsEmpty();
+     }},
+    {"rename group",
+     [](CzynINI& ini) { return ini.RenameGroupe("s", "r"), ini.GetErrDescription().IsEmpty(); }},
+    {"rename key",
+     [](CzynINI& ini) { return ini.RenameParam("s", "k", "l"), ini.GetErrDescription().IsEmpty(); }},
+    {"flush",
+     [](CzynINI& ini) {
+         ini.SetWriteMode(false);
+         const bool edited =
+             ini.WriteString("s", "k", "later", nullptr) && ini.WriteString("u", "a", "b", nullptr);
+         return ini.Flush() && edited;
+     }},
+    {"transaction",
+     [](CzynINI& ini) {
+         CzynINITransaction transaction(ini);
+         return transaction.IsBegun() && ini.WriteString("s", "k", "committed", nullptr) &&
+                transaction.Commit();
+     }},
+};
+
+// An INI file before an edit.
+struct Start {
+    const char* name;
+    std::string text; // empty: there is no file
+    bool hasSecondName;
+};
+
+const std::string inCodePage =
+    "; \xEF\xE5\xF0\xE2\xE0\xFF\r\n[s]\r\nk=v\r\n" + std::string(3000, 'x') + "\r\n";
+const Start starts[] = {
+    {"new", "", false},
+    {"1251", inCodePage, false},
+    {"UTF-8", "\xEF\xBB\xBF; \xD0\x81\r\n[s]\r\nk=v\r\n", false},
+    {"UCS-2", std::string("\xFF\xFE[\0s\0]\0\r\0\n\0k\0=\0v\0\r\0\n\0", 24), false},
+    {"two names", inCodePage, true},
+};
+
+constexpr const char* kindNames[] = {"I/O error", "disk full", "interrupted", "shortened", "killed"};
+
+int CountDescriptors() {
+    int count = 0;
+    for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator("/proc/self/fd"))
+        ++count;
+    return count;
+}
+
+// Exit statuses of the process that edits.
+enum Outcome { done, refused, silent, leaked, otherwise = 100 };
+
+Outcome RunEdit(const Edit& edit, const CStringA& name, int nth, FailingCall::Kind kind, bool& happened) {
+    CzynINI ini(name);
+    const int before = CountDescriptors();
+    bool answer;
+    {
+        const FailingCall failing(nth, kind);
+        answer = edit.run(ini);
+        happened = FailingCall::Happened();
+    }
+    if (CountDescriptors() != before) return leaked;
+    if (!answer && ini.GetErrDescription().IsEmpty()) return silent;
+    return answer ? done : refused;
+}
+
+class Sweep {
+public:
+    // The n-th call; false when there are fewer.
+    bool Fail(const Edit& edit, const Start& start, const std::string& after, int nth,
+              FailingCall::Kind kind) {
+        const TempFolder folder;
+        Prepare(folder, start);
+        const pid_t child = fork();
+        if (child == 0) {
+            setenv("TMPDIR", folder.Native("tmp").c_str(), 1);
+            bool happened = false;
+            const Outcome outcome = RunEdit(edit, folder.Path("f.ini"), nth, kind, happened);
+            folder.Write("tmp/call", FailingCall::Name());
+            _exit(happened ? outcome : otherwise + outcome);
+        }
+        int status = 0;
+        waitpid(child, &status, 0);
+        const bool happened = WIFSIGNALED(status) || WEXITSTATUS(status) < otherwise;
+        const int outcome = WIFSIGNALED(status) ? refused : WEXITSTATUS(status) % otherwise;
+        const std::string file = folder.Read("f.ini"), backup = folder.Read("f.ini.bak");
+        const bool isWhole =
+            file == start.text || file == after || (start.hasSecondName && backup == start.text);
+        const bool mayLeave = WIFSIGNALED(status);
+        const char* fault =
+            !isWhole                                            ? "no whole text is left"
+            : outcome == done && file != after                  ? "true, but the text is not there"
+            : outcome == silent                                 ? "false without a text"
+            : outcome == leaked                                 ? "a descriptor is left open"
+            : !mayLeave && !IsTidy(folder)                      ? "a temporary file is left"
+            : kind == FailingCall::interrupt && outcome != done ? "an interruption is a failure"
+            : kind == FailingCall::shorten && outcome != done   ? "a short transfer is a failure"
+                                                                : NextEdit(folder);
+        ++m_runs;
+        if (!fault) return happened;
+        ++m_faults;
+        std::printf("%s of %s, call %d (%s) %s: %s\n", edit.name, start.name, nth,
+                    folder.Read("tmp/call").c_str(), kindNames[kind], fault);
+        return happened;
+    }
+
+    void Prepare(const TempFolder& folder, const Start& start) {
+        std::filesystem::create_directory(folder.Native("tmp"));
+        if (!start.text.empty()) folder.Write("f.ini", start.text);
+        if (start.hasSecondName)
+            std::filesystem::create_hard_link(folder.Native("f.ini"), folder.Native("second"));
+    }
+
+    static bool IsTidy(const TempFolder& folder) {
+        const std::set<std::string> allowed{"f.ini", "f.ini.bak", "second", "tmp"};
+        for (const auto& entry : std::filesystem::directory_iterator(folder.Native()))
+            if (!allowed.contains(entry.path().filename().string())) return false;
+        return true;
+    }
+
+    const char* NextEdit(const TempFolder& folder) {
+        CzynINI next(folder.Path("f.ini"));
+        if (!next.WriteString("z", "last", "1", nullptr)) return "the next edit is refused";
+        if (!CzynINI(folder.Path("f.ini")).isParamSet("z", "last")) return "the next edit is not there";
+        return IsTidy(folder) ? nullptr : "the next edit leaves a temporary file";
+    }
+
+    int m_runs = 0, m_faults = 0;
+};
+
+} // namespace
+
+int main() {
+    if (access("/dev/shm", W_OK) == 0) setenv("TMPDIR", "/dev/shm", 1); // a disk would take minutes
+    Sweep sweep;
+    for (const Edit& edit : edits)
+        for (const Start& start : starts) {
+            std::string after;
+            {
+                const TempFolder folder;
+                sweep.Prepare(folder, start);
+                CzynINI ini(folder.Path("f.ini"));
+                edit.run(ini);
+                after = folder.Read("f.ini");
+            }
+            for (const auto kind : {FailingCall::ioError, FailingCall::noSpace, FailingCall::interrupt,
+                                    FailingCall::shorten, FailingCall::kill})
+                for (int nth = 1; sweep.Fail(edit, start, after, nth, kind); ++nth) {
+                }
+        }
+    std::printf("%d runs, %d faults\n", sweep.m_runs, sweep.m_faults);
+    return sweep.m_faults == 0 ? 0 : 1;
+}
