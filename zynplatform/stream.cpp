@@ -86,7 +86,7 @@ std::size_t Stream::ReadLine(std::string& line, std::size_t limit) {
 
 bool Stream::WriteRaw(std::string_view bytes) {
     if (bytes.size() > bufferSize - m_pending && !Flush()) return false;
-    if (bytes.size() >= bufferSize) return WriteFile(m_handle, bytes.data(), bytes.size()) == 0;
+    if (bytes.size() >= bufferSize) return WriteNow(bytes);
     if (!m_buffer) m_buffer.reset(new char[bufferSize]);
     std::memcpy(&m_buffer[m_pending], bytes.data(), bytes.size());
     m_pending += bytes.size();
@@ -107,7 +107,11 @@ bool Stream::Write(const void* buffer, std::size_t count) {
 
 bool Stream::Flush() {
     const std::size_t pending = std::exchange(m_pending, 0);
-    if (pending == 0 || WriteFile(m_handle, m_buffer.get(), pending) == 0) return true;
+    return pending == 0 || WriteNow({m_buffer.get(), pending});
+}
+
+bool Stream::WriteNow(std::string_view bytes) {
+    if (WriteFile(m_handle, bytes.data(), bytes.size()) == 0) return true;
     m_lostBytes = true; // how many arrived is not known, so they are not written again
     return false;
 }

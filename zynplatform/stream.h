@@ -38,8 +38,7 @@ public:
     // A system error number, 0 for success. The stream must not be open.
     std::uint32_t Open(const char* name, const Mode& mode);
     bool IsOpen() const { return m_handle != noFile; } // Open succeeded and no Close came since
-    // Closed afterwards whatever is reported; false when buffered bytes could not be written or closing
-    // failed.
+    // Closed afterwards whatever is reported; false when something was not written or closing failed.
     bool Close();
 
     // The number of bytes read: fewer than asked for only at the end of the file or on an error.
@@ -66,6 +65,7 @@ private:
     bool DropReadAhead();
     std::string_view NextRun(std::size_t limit, bool stopAfterLineFeed);
     bool WriteRaw(std::string_view bytes);
+    bool WriteNow(std::string_view bytes);
 
     FileHandle m_handle = noFile;
     unsigned m_access = accessNone;

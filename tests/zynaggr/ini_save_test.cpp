@@ -2,8 +2,11 @@
 #include "zynaggr/zynmessage.h"
 
 #include <cstdlib>
+#include <sys/inotify.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <tuple>
+#include <unistd.h>
 
 using namespace std::string_literals;
 using namespace std::string_view_literals;
@@ -39,6 +42,7 @@ TEST_F(IniSaveTest, LayoutIsHeadersNumberedPairsAndTheRest) {
     // clang-format off
     const std::pair<std::string_view, std::string_view> cases[] = {
         {"[s]\n10=a\nx=b\n2=c\n", "[s]\r\n2=c\r\n10=a\r\nx=b\r\n"},             {"[s]\n; c\n3=\n-1=m\n\n003=z\n", "[s]\r\n-1=m\r\n003=z\r\n; c\r\n\r\n"},
+        {"[s]\n99999999999=c\n4294967296=b\n-0=z\n-99999999999=a\n", "[s]\r\n-99999999999=a\r\n-0=z\r\n4294967296=b\r\n99999999999=c\r\n"},
         {"[s]\n1=a\n01=b\n-=c\n1=d\n", "[s]\r\n-=c\r\n1=a\r\n01=b\r\n1=d\r\n"}, {"[s]\n 1=a\n1 =b\n0=z\n", "[s]\r\n0=z\r\n 1=a\r\n1 =b\r\n"},
         {"[a]\n2=x\n[b]\n1=y\n", "[a]\r\n2=x\r\n\r\n[b]\r\n1=y\r\n"},           {"[a]\nk=v\n[b]\n", "[a]\r\nk=v\r\n\r\n[b]\r\n"},
         {"[a]\nk=v\n; c\n[b]\n", "[a]\r\nk=v\r\n; c\r\n[b]\r\n"},               {"[a]\nk=v\n\n[b]\n", "[a]\r\nk=v\r\n\r\n[b]\r\n"},
@@ -139,6 +143,109 @@ TEST_F(IniSaveTest, FailedSavesTellWhyAndTheModeChangesAllTheSame) {
         EXPECT_TRUE(ini.m_bWriteMode);
         EXPECT_EQ("[s]\nk=1\n", File());
         EXPECT_EQ("<s|>{k:3}", ini.Model());
+    }
+}
+
+TEST_F(IniSaveTest, NothingIsSavedOverWhatCouldNotBeRead) {
+    const struct {
+        std::string bytes;
+        std::uintmax_t size; // of the file, a hole behind the bytes
+        bool isLoaded;       // as an empty file
+    } cases[] = {{"\xFF\xFE\0\0\0\0\1\0"s, 8, true}, {"[s]\nk=1\n", 1u << 30, false}};
+    for (const auto& [bytes, size, isLoaded] : cases) {
+        Load("[s]\r\nk=0\r\n");
+        folder.Write("f.ini", bytes);
+        std::filesystem::resize_file(folder.Native("f.ini"), size);
+        ini.SetNeedReload();
+        EXPECT_EQ(isLoaded, ini.Parse());
+        EXPECT_EQ(isLoaded ? "" : "<s|>{k:0}", ini.Model());
+        EXPECT_EQ("d", ini.GetString("s", "k", "d", true));
+        for (const bool deferred : {false, true}) {
+            ini.SetWriteMode(!deferred);
+            EXPECT_FALSE(ini.WriteString("s", "k", "2", nullptr) && ini.Flush());
+            EXPECT_FALSE(ini.GetErrDescription().IsEmpty());
+        }
+        ini.SetWriteMode(true);
+        EXPECT_TRUE(std::filesystem::file_size(folder.Native("f.ini")) == size && !folder.Has("f.ini.new"));
+        Load("[s]\r\nk=1\r\n");
+        EXPECT_TRUE(ini.WriteString("s", "l", "2", nullptr));
+        EXPECT_EQ("[s]\r\nk=1\r\nl=2\r\n", File());
+    }
+}
+
+TEST_F(IniSaveTest, EditsComeToStandOnAModelThatWasLoadedOrNowhere) {
+    Load("[s]\r\nk=1\r\n");
+    folder.Write("f.ini", "[s]\r\nk=2\r\n");
+    ini.SetNeedReload();
+    {
+        const OtherHandle other(folder.Path("f.ini"), {.deny = zynplatform::accessRead});
+        ini.SetWriteMode(false);
+        EXPECT_FALSE(ini.WriteString("s", "l", "3", nullptr));
+        EXPECT_EQ(openFailedText, ini.GetErrDescription());
+    }
+    EXPECT_TRUE(ini.WriteString("s", "l", "3", nullptr) && ini.Flush());
+    EXPECT_EQ("[s]\r\nk=2\r\nl=3\r\n", File());
+
+    zynplatform::SetTickSource([] { return 5u; }); // the system has just started
+    folder.Write("f.ini", "[s]\r\nk=4\r\n");
+    OpenIni early(folder.Path("f.ini"));
+    EXPECT_TRUE(early.WriteString("s", "l", "5", nullptr));
+    EXPECT_EQ("[s]\r\nk=4\r\nl=5\r\n", File());
+    folder.Write("f.ini", "[s]\r\nk=6\r\n");
+    early.SetNeedReload();
+    EXPECT_EQ(6, early.GetInt("s", "k", 0, false));
+}
+
+TEST_F(IniSaveTest, FailedChecksAndRenamesAreMadeGoodLater) {
+    Load("[s]\r\nk=1\r\n");
+    {
+        const OtherHandle other(folder.Path("f.ini"), {.deny = zynplatform::accessWrite});
+        ini.SetNeedReload();
+        EXPECT_FALSE(ini.WriteInt("s", "k", 2, nullptr));
+        ini.RenameGroupe("s", "t");
+        EXPECT_EQ(readOnlyText, ini.GetErrDescription());
+        EXPECT_TRUE(ini.isParamSet("t", "k"));
+    }
+    EXPECT_TRUE(ini.WriteInt("t", "k", 2, nullptr));
+    EXPECT_EQ("", ini.GetErrDescription());
+    EXPECT_EQ(";"s + "Группа опций [t] была переименована. Старое название группы [s]"_cp1251 +
+                  "\r\n[t]\r\nk=2\r\n",
+              File());
+    EXPECT_TRUE(ini.InternalSave());
+    EXPECT_EQ(0u, File().find(';')); // once
+}
+
+TEST_F(IniSaveTest, QueriesDoNotOpenTheFileForWritingAndAnswerWhetherItCouldBeWritten) {
+    Load("[s]\r\nk=1\r\n");
+    const int watch = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+    ASSERT_GE(inotify_add_watch(watch, folder.Native("f.ini").c_str(), IN_CLOSE_WRITE), 0);
+    ini.SetNeedReload();
+    EXPECT_EQ(1, ini.GetInt("s", "k", 0, false));
+    char event[1000];
+    EXPECT_EQ(-1, read(watch, event, sizeof event));
+    close(watch);
+    EXPECT_FALSE(ini.m_bReadOnly);
+    const OtherHandle other(folder.Path("f.ini"), {.deny = zynplatform::accessWrite});
+    ini.SetNeedReload();
+    EXPECT_EQ(1, ini.GetInt("s", "k", 0, false));
+    EXPECT_TRUE(ini.m_bReadOnly);
+}
+
+// The backup is the old file, or a copy of it that nobody may read who may not read the file.
+TEST_F(IniSaveTest, BackupIsForThoseWhoMayReadTheFile) {
+    for (const bool inPlace : {false, true}) {
+        Load("[s]\r\nk=1\r\n");
+        if (inPlace) std::filesystem::create_hard_link(folder.Native("f.ini"), folder.Native("second"));
+        if (chown(folder.Native("f.ini").c_str(), 1234, 2345) != 0) GTEST_SKIP() << "needs the right to give";
+        std::filesystem::permissions(folder.Native("f.ini"), std::filesystem::perms{0640});
+        EXPECT_TRUE(ini.WriteString("s", "k", "2", nullptr));
+        struct stat file, backup;
+        ASSERT_EQ(0, stat(folder.Native("f.ini").c_str(), &file) +
+                         stat(folder.Native("f.ini.bak").c_str(), &backup));
+        for (const struct stat& one : {file, backup})
+            EXPECT_TRUE(one.st_uid == 1234 && one.st_gid == 2345 && (one.st_mode & 07777) == 0640);
+        EXPECT_EQ(inPlace ? 2u : 1u, file.st_nlink);
+        EXPECT_EQ("[s]\r\nk=1\r\n", Backup());
     }
 }
 

@@ -126,6 +126,7 @@ TEST(ZynFile, ClosedFileAndNullsAnswerFailure) {
     EXPECT_FALSE(file.Close());
     EXPECT_TRUE(file.Open("/dev/full", 1, nullptr));
     EXPECT_FALSE(file.WriteString(std::string(100'000, 'x').c_str()));
+    EXPECT_FALSE(file.Close());
 }
 
 TEST(ZynFile, LinesOfAnyLengthArriveWhole) {
@@ -197,6 +198,8 @@ TEST(ZynFileHelpers, NamesDecide) {
     EXPECT_TRUE(CzynFile::IsFileAttrAllowWrite(f) && !CzynFile::IsFileAttrAllowWrite(g));
     EXPECT_FALSE(CzynFile::CreateBackupFile(g, 1) || folder.Has("g.bak.tmp") || folder.Has("g.bak"));
     EXPECT_TRUE(CzynFile::CopyFile(f, g, true, false) && !CzynFile::CopyFile(f, g, true, false));
+    fs::create_symlink("/dev/full", folder.Native("full"));
+    EXPECT_TRUE(!CzynFile::CopyFile(f, folder.Path("full"), false, false) && folder.Has("full"));
     EXPECT_TRUE(!CzynFile::Rename(f, g) && CzynFile::Remove(g) && CzynFile::Rename(f, g));
 }
 
@@ -260,6 +263,14 @@ TEST(ZynFileHelpers, BackupGoesToTheTemporaryFolderWhenItsOwnRefuses) {
     fs::create_directory(temporary.Native("f.bak.tmp"));
     EXPECT_FALSE(CzynFile::CreateBackupFile(folder.Path("f"), 3));
     unsetenv("TEMP");
+    unsetenv("TMPDIR"); // strangers write to what is left
+    const std::string unique = folder.Native().filename();
+    folder.Write(unique, "x");
+    fs::create_directory(folder.Native(unique + ".bak.tmp"));
+    EXPECT_TRUE(CzynFile::CreateBackupFile(folder.Path(unique), 1));
+    EXPECT_EQ(fs::status("/tmp/" + unique + ".bak").permissions(), fs::perms{0600});
+    EXPECT_TRUE(fs::remove("/tmp/" + unique + ".bak"));
+    fs::remove(folder.Native(unique));
     EXPECT_EQ(BackupsIn(temporary), (Backups{{"bak", "now"}, {"01.bak", "now"}, {"02.bak", "earlier"}}));
     EXPECT_TRUE(BackupsIn(folder).empty());
 }

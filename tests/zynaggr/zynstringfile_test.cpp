@@ -5,9 +5,15 @@
 #include "zynplatform/cp1251.h"
 
 #include <cstring>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <new>
 #include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <thread>
+#include <tuple>
+#include <unistd.h>
 #include <vector>
 
 using namespace std::string_literals;
@@ -204,6 +210,111 @@ TEST_F(ZynStringFileTest, FileOpenedToBeEmptiedIsExclusiveAndKeepsItsContentUnti
     EXPECT_EQ("", folder.Read("f"));
     EXPECT_EQ(0, file.Open(folder.Path("none/f"), emptying, zynEncUnknown));
     EXPECT_STREQ("Ошибка при открытии файла: Путь не найден."_cp1251, file.GetErrorMessage());
+}
+
+TEST_F(ZynStringFileTest, FileOpenedToBeEmptiedIsEmptyToEveryOperationOfItsOwn) {
+    enum Act { nothing, raw, length, text };
+    const std::tuple<unsigned, Act, std::string> cases[] = {
+        {emptying, nothing, ""},
+        {emptying, raw, "raw bytes"},
+        {emptying, length, "\0\0\0\0"s},
+        {emptying, text, "text"},
+        {emptying | CFile::shareDenyNone, text, "text"},
+        {CFile::modeCreate | CFile::modeRead, raw, ""}, // for reading only
+    };
+    for (const auto& [flags, act, after] : cases) {
+        Open("old content", flags);
+        EXPECT_EQ(0, file.GetLength());
+        char byte;
+        EXPECT_EQ(0u, file.Read(&byte, 1));
+        const bool isDone = act == raw      ? file.Write("raw bytes", 9)
+                            : act == length ? file.SetLength(4)
+                            : act == text   ? file.WriteString("text") != 0
+                                            : false;
+        EXPECT_EQ(!after.empty(), isDone);
+        file.Close();
+        EXPECT_EQ(after, folder.Read("f")) << flags << act;
+    }
+    Open("old content", emptying | CFile::shareDenyNone); // the one that writes nothing destroys nothing
+    CzynStringFile other(folder.Path("f"), emptying | CFile::shareDenyNone);
+    EXPECT_TRUE(other.WriteString("text") && other.Flush());
+    file.Close();
+    EXPECT_EQ("text", folder.Read("f"));
+}
+
+// What the file is to everybody else stays, whether it can be replaced or must be written over.
+TEST_F(ZynStringFileTest, FlushChangesNothingButTheText) {
+    const auto path = [&](const char* name) { return folder.Native(name); };
+    const struct {
+        const char* name;
+        bool isReplaced;
+        void (*prepare)(const TempFolder&);
+    } cases[] = {
+        {"a file", true, [](const TempFolder&) {}},
+        {"a link", true,
+         [](const TempFolder& in) {
+             std::filesystem::create_directory(in.Native("d"));
+             std::filesystem::rename(in.Native("f"), in.Native("d/target"));
+             std::filesystem::create_symlink("d/target", in.Native("f"));
+         }},
+        {"the temporary of a killed process", true,
+         [](const TempFolder& in) { in.Write(".f.zynsave", "half"); }},
+        {"a foreign folder in the temporary's place", false,
+         [](const TempFolder& in) { std::filesystem::create_directory(in.Native(".f.zynsave")); }},
+        {"a second name", false,
+         [](const TempFolder& in) { std::filesystem::create_hard_link(in.Native("f"), in.Native("g")); }},
+    };
+    for (const auto& [name, isReplaced, prepare] : cases) {
+        file.Close();
+        for (const auto& entry : std::filesystem::directory_iterator(folder.Native()))
+            std::filesystem::remove_all(entry);
+        folder.Write("f", "the old content");
+        prepare(folder);
+        const std::string f = path("f").string();
+        const bool isRoot = chown(f.c_str(), 1234, 2345) == 0;
+        chmod(f.c_str(), 0604);
+        setxattr(f.c_str(), "user.note", "mine", 4, 0);
+        const auto before = std::filesystem::hard_link_count(f);
+        struct stat old, now;
+        ASSERT_EQ(0, stat(f.c_str(), &old));
+        ASSERT_NE(0, file.Open(folder.Path("f"), CFile::modeReadWrite, zynEncUnknown)) << name;
+        EXPECT_TRUE(file.WriteString("text") && file.Load2Memory() && file.Flush());
+        EXPECT_EQ("the old contenttext", folder.Read("f"));
+        ASSERT_EQ(0, stat(f.c_str(), &now));
+        EXPECT_EQ(isReplaced, old.st_ino != now.st_ino) << name;
+        EXPECT_TRUE(now.st_mode == old.st_mode && (!isRoot || (now.st_uid == 1234 && now.st_gid == 2345)));
+        char note[5] = {};
+        EXPECT_TRUE(getxattr(f.c_str(), "user.note", note, 4) <= 0 || note == "mine"s);
+        EXPECT_EQ(before, std::filesystem::hard_link_count(f));
+        EXPECT_EQ(name == "a link"s, std::filesystem::is_symlink(f));
+        EXPECT_FALSE(std::filesystem::is_regular_file(path(".f.zynsave")));
+        CzynStringFile other; // the handle is exclusive as before
+        EXPECT_EQ(0, other.Open(folder.Path("f"), CFile::shareDenyNone, zynEncUnknown)) << name;
+        EXPECT_TRUE(file.WriteString("more") && file.Flush());
+        EXPECT_EQ("the old contenttextmore", folder.Read("f"));
+    }
+}
+
+TEST_F(ZynStringFileTest, PipesAndDevicesAreReadAndWrittenAsTheyAre) {
+    ASSERT_NE(0, file.Open("/dev/null", emptying, zynEncUTF8));
+    EXPECT_TRUE(file.WriteString("text") && file.Flush());
+    ASSERT_NE(0, file.Open("/dev/full", emptying, zynEncUTF8));
+    EXPECT_TRUE(file.WriteString("text") && !file.Flush());
+    ASSERT_NE(0,
+              file.Open("/proc/self/status", CFile::shareDenyNone, zynEncUnknown)); // says that it is empty
+    CStringA line;
+    EXPECT_TRUE(file.ReadString(line) && line.Find("Name:") == 0);
+    mkfifo(folder.Native("pipe").c_str(), 0600);
+    const int end = open(folder.Native("pipe").c_str(), O_RDWR | O_CLOEXEC);
+    ASSERT_NE(0, file.Open(folder.Path("pipe"), CFile::shareDenyNone, zynEncUnknown));
+    std::thread slow([&] {
+        usleep(20'000);
+        EXPECT_EQ(7, write(end, "a\nslow\n", 7));
+        close(end);
+    });
+    EXPECT_TRUE(file.ReadString(line) && file.ReadString(line));
+    EXPECT_STREQ("slow", line);
+    slow.join();
 }
 
 TEST_F(ZynStringFileTest, TextForWhichThereIsNoRoomStaysPendingAndTheOldFileWhole) {

@@ -27,7 +27,9 @@ void UseTheLibrary() {
     const CzynStackLogger logger("Child", true);
     unsigned id = 0, depth = 0;
     std::sscanf(lastLine, "%*s t0x%x L%u:%*d Fun Child-<", &id, &depth);
-    if (id != static_cast<unsigned>(gettid()) || depth != 1 || CzynTranslate::Translate("one") != std::string_view("two")) _exit(1);
+    if (id != static_cast<unsigned>(gettid()) || depth != 1 ||
+        CzynTranslate::Translate("one") != std::string_view("two"))
+        _exit(1);
 }
 
 TEST(ForkThreads, ChildPrintsLogsAndTranslatesWhateverOtherThreadsAreDoing) {

@@ -89,6 +89,31 @@ TEST_F(Registry, WhatMayNotBeWrittenIsNotThere) {
     EXPECT_EQ(Text(), "[A]\n");
 }
 
+TEST_F(Registry, OnlyAPlainFileIsARegistryAndStaysWhatItWas) {
+    const auto sets = [] {
+        const auto key = RegistryKey::OpenOrCreate("A");
+        return key && key->SetNumber("n", 1);
+    };
+    for (const char* target : {"/dev/null", "no/such/file", "pipe"}) {
+        fs::remove(m_file);
+        const bool isPipe = target == std::string("pipe");
+        isPipe ? static_cast<void>(mkfifo(m_file.c_str(), 0600)) : fs::create_symlink(target, m_file);
+        EXPECT_FALSE(sets()) << target;
+        EXPECT_EQ(!isPipe, fs::is_symlink(m_file)) << target;
+    }
+    fs::remove(m_file);
+    Write("[A]\n");
+    fs::permissions(m_file, fs::perms(0664));
+    const bool isRoot = chown(m_file.c_str(), 1234, 2345) == 0;
+    const mode_t mask = umask(077);
+    EXPECT_TRUE(sets());
+    umask(mask);
+    struct stat file, lock;
+    ASSERT_EQ(0, stat(m_file.c_str(), &file) + stat((m_file.string() + ".lock").c_str(), &lock));
+    EXPECT_EQ(0664u, file.st_mode & 07777);
+    EXPECT_TRUE(!isRoot || (file.st_uid == 1234 && file.st_gid == 2345 && lock.st_uid == 1234));
+}
+
 TEST_F(Registry, ProcessesWritingAtOnceLoseNothing) {
     for (int child = 0; child < 3; ++child) {
         if (fork() != 0) continue;

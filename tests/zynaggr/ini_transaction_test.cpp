@@ -1,0 +1,77 @@
+#include "zynaggr/ini_transaction.h"
+
+#include "support/ini_model.h"
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+using IniTransactionTest = IniFileTest;
+
+TEST_F(IniTransactionTest, CollectsEveryEditAndSavesThemTogetherOrNotAtAll) {
+    for (const bool commits : {true, false}) {
+        Load("[s]\r\nk=1\r\n");
+        folder.Write("f.ini", "[s]\r\nk=2\r\n"); // since
+        {
+            CzynINITransaction edits(ini);
+            ASSERT_TRUE(edits.IsBegun());
+            EXPECT_EQ(2, ini.GetInt("s", "k", 0, false));
+            EXPECT_TRUE(ini.WriteString("s", "l", "3", nullptr) && ini.Delete("s", "k") && ini.Flush());
+            EXPECT_EQ("d", ini.GetString("t", "m", "d", true));
+            ini.RenameParam("s", "l", "n");
+            ini.SetWriteMode(true);
+            EXPECT_TRUE(ini.isParamSet("s", "n"));
+            EXPECT_EQ("[s]\r\nk=2\r\n", File());
+            OpenIni other(folder.Path("f.ini")); // may read, not save
+            EXPECT_TRUE(other.isParamSet("s", "k"));
+            EXPECT_FALSE(other.WriteString("s", "o", "1", nullptr));
+            EXPECT_EQ(openFailedText, other.GetErrDescription());
+            CzynINITransaction second(ini), third(other, 10);
+            EXPECT_FALSE(second.IsBegun() || third.IsBegun() || second.Commit());
+            EXPECT_EQ(commits, commits && edits.Commit());
+            EXPECT_FALSE(commits && edits.Commit()); // it is over
+        }
+        EXPECT_EQ(!commits, ini.isParamSet("s", "k"));
+        EXPECT_EQ(commits, ini.isParamSet("s", "n") && File().ends_with("\r\n\r\n[t]\r\nm=d\r\n"));
+        EXPECT_TRUE(ini.WriteString("s", "p", "1", nullptr)); // as ever
+        EXPECT_NE(File().npos, File().find("p=1"));
+    }
+    ini.SetWriteMode(false);
+    CzynINITransaction refused(ini);
+    EXPECT_FALSE(refused.IsBegun());
+}
+
+TEST_F(IniTransactionTest, FailedCommitCanBeTriedAgain) {
+    Load("[s]\r\n");
+    CzynINITransaction edits(ini);
+    ini.WriteString("s", "k", "1", nullptr);
+    {
+        const OtherHandle other(folder.Path("f.ini"), {.deny = zynplatform::accessWrite});
+        EXPECT_FALSE(edits.Commit());
+        EXPECT_EQ(readOnlyText, ini.GetErrDescription());
+    }
+    EXPECT_TRUE(edits.Commit());
+    EXPECT_EQ("[s]\r\nk=1\r\n", File());
+}
+
+TEST(IniTransactionThreads, GuardedIncrementsOfSeveralProcessesAreAllThere) {
+    const TempFolder folder;
+    const CStringA name = folder.Path("f.ini");
+    for (int process = 0; process < 4; ++process) {
+        if (fork() != 0) continue;
+        CzynINI ini(name);
+        bool isDone = true;
+        for (int i = 0; i < 500; ++i) {
+            CzynINITransaction edits(ini);
+            isDone = isDone && edits.IsBegun() &&
+                     ini.WriteInt("s", "n", ini.GetInt("s", "n", 0, false) + 1, nullptr) && edits.Commit();
+        }
+        _exit(isDone ? 0 : 1);
+    }
+    for (int status = 0; wait(&status) > 0;)
+        EXPECT_EQ(0, status);
+    EXPECT_EQ(2000, CzynINI(name).GetInt("s", "n", 0, false));
+}
+
+} // namespace
