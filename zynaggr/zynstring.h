@@ -4,9 +4,11 @@
 #include "zynplatform/types.h"
 
 #include <cassert>
+#include <concepts>
 #include <cstdarg>
 #include <cstdint>
 #include <type_traits>
+#include <utility>
 
 // The library's own growable strings: CzynStringA holds 8-bit text in code page 1251, CzynStringW
 // (zynstringw.h) 16-bit text. Both are this one template, and do the same; where they differ it is said.
@@ -71,8 +73,12 @@ public:
     // The character at an index, 0 outside the text.
     C GetAt(int index) const;
     C operator[](int index) const { return GetAt(index); }
-    // Stores a character; nothing happens outside the text.
-    void SetAt(int index, C character) requires(!isNarrow) {
+    template <std::integral Index> C operator[](Index index) const {
+        return GetAt(std::cmp_equal(static_cast<int>(index), +index) ? static_cast<int>(index) : -1);
+    }
+    // CzynStringW only: stores a character; nothing happens outside the text. A template, so that no exported
+    // name has the condition in it, which compilers spell differently.
+    template <class = C> void SetAt(int index, C character) requires(!isNarrow) {
         const bool isInside = index >= 0 && static_cast<std::uint32_t>(index) < m_nLength;
         assert(isInside);
         if (isInside) m_pBuffer[index] = character;
@@ -156,23 +162,16 @@ public:
     int Compare(const C* text, bool caseSensitive) const;
     int CompareNoCase(const C* text) const { return Compare(text, false); }
 
-    // As Compare with case, but null is an empty text.
-    bool operator<(const BasicString& other) requires isNarrow { return Order(other) < 0; }
-    bool operator<(const C* text) requires isNarrow { return Order(text) < 0; }
-    bool operator<=(const BasicString& other) requires isNarrow { return Order(other) <= 0; }
-    bool operator<=(const C* text) requires isNarrow { return Order(text) <= 0; }
-    bool operator>(const BasicString& other) requires isNarrow { return Order(other) > 0; }
-    bool operator>(const C* text) requires isNarrow { return Order(text) > 0; }
-    bool operator>=(const BasicString& other) requires isNarrow { return Order(other) >= 0; }
-    bool operator>=(const C* text) requires isNarrow { return Order(text) >= 0; }
-    bool operator<(const BasicString& other) const requires(!isNarrow) { return Order(other) < 0; }
-    bool operator<(const C* text) const requires(!isNarrow) { return Order(text) < 0; }
-    bool operator<=(const BasicString& other) const requires(!isNarrow) { return Order(other) <= 0; }
-    bool operator<=(const C* text) const requires(!isNarrow) { return Order(text) <= 0; }
-    bool operator>(const BasicString& other) const requires(!isNarrow) { return Order(other) > 0; }
-    bool operator>(const C* text) const requires(!isNarrow) { return Order(text) > 0; }
-    bool operator>=(const BasicString& other) const requires(!isNarrow) { return Order(other) >= 0; }
-    bool operator>=(const C* text) const requires(!isNarrow) { return Order(text) >= 0; }
+    // As Compare with case, but null is an empty text. The string stands on the left: `text < string`
+    // compares the addresses of the buffers.
+    bool operator<(const BasicString& other) const { return Order(other) < 0; }
+    bool operator<(const C* text) const { return Order(text) < 0; }
+    bool operator<=(const BasicString& other) const { return Order(other) <= 0; }
+    bool operator<=(const C* text) const { return Order(text) <= 0; }
+    bool operator>(const BasicString& other) const { return Order(other) > 0; }
+    bool operator>(const C* text) const { return Order(text) > 0; }
+    bool operator>=(const BasicString& other) const { return Order(other) >= 0; }
+    bool operator>=(const C* text) const { return Order(text) >= 0; }
 
     // The one text, then the other.
     friend BasicString operator+(const BasicString& left, const BasicString& right) {

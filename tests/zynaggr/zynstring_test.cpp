@@ -97,7 +97,9 @@ TYPED_TEST(StringTest, PartsAndSearchesKeepWithinTheText) {
         }
     }
     const auto* const null = static_cast<const TypeParam*>(nullptr);
-    ExpectEach({{abc.Find(null, 1), 0},
+    ExpectEach({{abc[1L], 'b'},
+                {abc[static_cast<unsigned short>(2)], 'c'},
+                {abc.Find(null, 1), 0},
                 {this->Make("").Find(this->T("").c_str(), 0), -1},
                 {abc.Find(TypeParam(0), 0), -1},
                 {this->Make("aba").ReverseFind('a'), 2},
@@ -164,7 +166,7 @@ TYPED_TEST(StringTest, ComparesWithAndWithoutCase) {
     };
     const auto sign = [](int result) { return (result > 0) - (result < 0); };
     for (const auto& c : cases) {
-        auto left = this->Make(c.left);
+        const auto left = this->Make(c.left);
         const auto right = this->T(c.right);
         EXPECT_EQ(c.exact, sign(left.Compare(right.c_str(), true))) << c.left << ' ' << c.right;
         EXPECT_EQ(c.folded, sign(left.CompareNoCase(right.c_str()))) << c.left << ' ' << c.right;
