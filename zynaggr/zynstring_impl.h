@@ -6,6 +6,7 @@
 #include "zynhost/memory.h"
 #include "zynhost/stringresources.h"
 #include "zynplatform/codepage.h"
+#include "zynplatform/textsearch_impl.h"
 
 #include <algorithm>
 #include <cassert>
@@ -356,10 +357,12 @@ template <class C> int BasicString<C>::Replace(const C* from, const C* to) {
         with(to, detail::LengthOf(to));
     if (text.empty() || pattern.empty()) return 0;
     std::uint64_t hits = 0;
-    for (std::size_t at = text.find(pattern); at != text.npos; at = text.find(pattern, at + pattern.size()))
+    for (std::size_t at = FindText(text, pattern, 0); at != text.npos;
+         at = FindText(text, pattern, at + pattern.size()))
         ++hits;
     if (hits == 0) return 0;
 
+    using zynplatform::FindText;
     const std::uint64_t length = m_nLength - hits * pattern.size() + hits * with.size();
     if (length + 1 > StringTraits<C>::sizeLimit) AfxThrowMemoryException();
     // In place where the result is no longer and neither text lies in the buffer; else into a new one.
@@ -373,7 +376,7 @@ template <class C> int BasicString<C>::Replace(const C* from, const C* to) {
         out += piece.size();
     };
     std::size_t copied = 0;
-    for (std::size_t at = text.find(pattern); at != text.npos; at = text.find(pattern, copied)) {
+    for (std::size_t at = FindText(text, pattern, 0); at != text.npos; at = FindText(text, pattern, copied)) {
         put(text.substr(copied, at - copied));
         put(with);
         copied = at + pattern.size();
@@ -402,11 +405,10 @@ template <class C> int BasicString<C>::Replace(C from, C to) {
 // ---- Searching
 
 template <class C> int BasicString<C>::Find(const C* pattern, unsigned start) const {
-    const std::size_t length = detail::LengthOf(pattern);
-    if (m_nLength == 0) return -1;
-    if (length == 0) return 0;
-    const std::basic_string_view<C> text(m_pBuffer, m_nLength);
-    const std::size_t at = text.find(pattern, start, length);
+    const std::basic_string_view<C> text(m_pBuffer, m_nLength), wanted(pattern, detail::LengthOf(pattern));
+    if (text.empty()) return -1;
+    if (wanted.empty()) return 0;
+    const std::size_t at = zynplatform::FindText(text, wanted, start);
     return at == text.npos ? -1 : static_cast<int>(at);
 }
 
