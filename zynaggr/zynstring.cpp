@@ -26,17 +26,11 @@ int StringTraits<char>::Format(char* buffer, std::size_t size, const char* forma
 }
 
 bool StringTraits<char>::Environment(const char* name, std::string& value) {
+    using namespace zynplatform;
+    const std::string nativeName = Recode(name ? name : "", ansiCodePage, utf8CodePage);
     std::string native;
-    if (!zynplatform::GetEnvironmentValue(name, native)) return false;
-    if (native.starts_with('/')) {
-        value = zynplatform::FromNativePath(native);
-        return true;
-    }
-    using zynplatform::utf8CodePage;
-    std::u16string wide(zynplatform::WideLength(utf8CodePage, native.data(), native.size()), u'\0');
-    zynplatform::ToWide(utf8CodePage, native.data(), native.size(), wide.data());
-    value.resize(wide.size());
-    zynplatform::ToNarrow(zynplatform::ansiCodePage, wide.data(), wide.size(), value.data());
+    if (!GetEnvironmentValue(nativeName.c_str(), native)) return false;
+    value = native.starts_with('/') ? FromNativePath(native) : Recode(native, utf8CodePage, ansiCodePage);
     return true;
 }
 

@@ -27,8 +27,8 @@
 // texts to a string of which you have asked for room (GetBuffer), or one character at a time.
 //
 // Texts taken may be null, which counts as an empty text where nothing else is said, and may lie in the
-// string's own buffer. Letters are folded by code page 1251, or as the same letters in Unicode: Latin, the
-// Russian alphabet, Ё.
+// string's own buffer, also in the room behind the text; they count as they were when the operation began.
+// Letters are folded by code page 1251, or as the same letters in Unicode: Latin, the Russian alphabet, Ё.
 //
 // An operation that runs out of memory, or would reach 2^32 bytes, throws std::bad_alloc and leaves the
 // string as it was. Nothing else throws. One string is for one thread at a time.
@@ -115,7 +115,7 @@ public:
     // U+0020). Where a single character is given and nothing is left, the buffer is given up.
     BasicString& Trim() { return Trim(C(' ')); }
     BasicString& Trim(C character) { return TrimRight(character).TrimLeft(character); }
-    BasicString& Trim(const C* set) { return TrimRight(set).TrimLeft(set); }
+    BasicString& Trim(const C* set);
     BasicString& TrimLeft() { return TrimLeft(C(' ')); }
     BasicString& TrimLeft(C character);
     BasicString& TrimLeft(const C* set);
@@ -214,7 +214,7 @@ protected:
     unsigned Reserve(std::uint64_t size);
     BasicString& Assign(const C* text, std::uint64_t length);
     BasicString& AppendText(const C* text, std::uint64_t length);
-    bool IsOwn(const C* text) const { return text >= m_pBuffer && text <= m_pBuffer + m_nLength; }
+    bool IsOwn(const C* text) const { return text >= m_pBuffer && text < m_pBuffer + m_nSize; }
     BasicString& DropLeft(unsigned count);
     int Order(const C* text) const;
     std::uint32_t SkipEqualBlocks(const C* text) const;

@@ -203,4 +203,12 @@ std::size_t ToNarrow(unsigned codePage, const WCHAR* text, std::size_t length, c
     }
 }
 
+std::string Recode(std::string_view text, unsigned from, unsigned to) {
+    std::u16string wide(WideLength(from, text.data(), text.size()), u'\0');
+    ToWide(from, text.data(), text.size(), wide.data());
+    std::string result(NarrowLength(to, wide.data(), wide.size()), '\0');
+    ToNarrow(to, wide.data(), wide.size(), result.data());
+    return result;
+}
+
 } // namespace zynplatform

@@ -4,6 +4,8 @@
 #include "zynplatform/types.h"
 
 #include <cstddef>
+#include <string>
+#include <string_view>
 
 // Conversion between 8-bit and 16-bit text.
 //
@@ -42,5 +44,8 @@ ZYN_API std::size_t ToNarrow(unsigned codePage, const WCHAR* text, std::size_t l
 // to `length` bytes, From1251ToUtf8 up to three times as many; both return how many.
 ZYN_API std::size_t Utf8To1251(const char* text, std::size_t length, char* target);
 ZYN_API std::size_t From1251ToUtf8(const char* text, std::size_t length, char* target);
+
+// A text of one code page in another one.
+ZYN_API std::string Recode(std::string_view text, unsigned from, unsigned to);
 
 } // namespace zynplatform

@@ -20,14 +20,6 @@ std::int64_t SystemTime() {
 
 std::atomic<std::int64_t (*)()> timeSource{SystemTime};
 
-std::string Recode(std::string_view text, unsigned from, unsigned to) {
-    std::u16string wide(WideLength(from, text.data(), text.size()), u'\0');
-    ToWide(from, text.data(), text.size(), wide.data());
-    std::string result(NarrowLength(to, wide.data(), wide.size()), '\0');
-    ToNarrow(to, wide.data(), wide.size(), result.data());
-    return result;
-}
-
 std::int64_t Milliseconds() {
     return timeSource.load(std::memory_order_acquire)();
 }

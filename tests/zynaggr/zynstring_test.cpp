@@ -5,6 +5,7 @@
 #include "zynhost/stringresources.h"
 #include "zynplatform/codepage.h"
 #include "zynplatform/cp1251.h"
+#include "zynplatform/environment.h"
 
 #include <algorithm>
 #include <climits>
@@ -131,7 +132,9 @@ TYPED_TEST(StringTest, TrimsFoldsAndEdits) {
                 {text.Left(3).GetLength(), 1},
                 {(text += text.GetCString()).GetLength(), 8},
                 {text.MakeReverse().GetAt(0), isWide ? 'd' : 'a'},
-                {text.Remove(0), 2}});
+                {text.Replace(text.GetAt(0), TypeParam(0)), 2},
+                {(text += text.GetCString()).GetLength(), 8},
+                {text.Remove(0), 4}});
 }
 
 TYPED_TEST(StringTest, TokenizeMovesThePosition) {
@@ -200,12 +203,14 @@ TYPED_TEST(StringTest, LoadsResourcesAndEnvironment) {
     EXPECT_EQ(this->T("Строка"_cp1251), this->Content(text));
     zynSetStringResources(&module, nullptr);
 
-    const auto name = this->T("ZYN_STRING_TEST");
-    setenv("ZYN_STRING_TEST", "Ёж", 1); // UTF-8, as the system has it
+    const auto name = this->T("ПЕРЕМЕННАЯ"_cp1251);
+    setenv("ПЕРЕМЕННАЯ", "Ёж", 1); // UTF-8, as the system has it
+    std::string path;
+    EXPECT_TRUE(zynplatform::GetEnvironmentPath("ПЕРЕМЕННАЯ"_cp1251, path) && path == "Ёж"_cp1251);
     EXPECT_EQ(1, text.GetEnvironmentVariableA(name.c_str()));
     EXPECT_EQ(this->T("Ёж"_cp1251), this->Content(text));
     EXPECT_EQ(4u, text.m_nSize);
-    unsetenv("ZYN_STRING_TEST");
+    unsetenv("ПЕРЕМЕННАЯ");
     EXPECT_EQ(0, text.GetEnvironmentVariableA(name.c_str()));
     EXPECT_TRUE(text.IsEmpty());
 }
@@ -311,7 +316,7 @@ template <class S, class C> int Change(S& s, unsigned step, const C* text, const
     if (step == 10) return s.Remove(c);
     if (step == 11) s.TrimLeft(c);
     if (step == 12) s.TrimRight(c);
-    if (step == 13) s.Trim(other);
+    if (step == 13) s.Trim(text);
     if (step == 14) s.GetBuffer(n * 3);
     if (step == 15) s.SetSize(static_cast<unsigned>(n) * 5);
     return s.GetLength();
@@ -334,9 +339,12 @@ TYPED_TEST(StringTest, RandomOperationsAgreeWithTheModel) {
     int failures = 0;
     for (int round = 0; round < 100'000; ++round) {
         std::basic_string<C> text = pickText(pick(6)), other = pickText(pick(4));
-        const C* own = nullptr; // a piece of the string itself now and then
+        const C* own = nullptr; // a piece of the string itself now and then, or of the room behind it
+        const std::size_t end = model.text.size() + 1;
         if (pick(4) == 0)
-            text = own = string.GetCString() + pick(static_cast<unsigned>(model.text.size()) + 1);
+            text = own = string.GetCString() + pick(static_cast<unsigned>(end));
+        else if (pick(4) == 0 && model.size - end > text.size())
+            own = std::char_traits<C>::copy(string.GetBuffer(0) + end, text.c_str(), text.size() + 1);
         const C c = static_cast<C>('a' + pick(3));
         const unsigned step = pick(16);
         const int n = static_cast<int>(pick(12));
