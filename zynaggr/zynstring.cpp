@@ -4,8 +4,6 @@
 #include "zynplatform/environment.h"
 #include "zynplatform/paths.h"
 
-#include <cstdio>
-
 namespace zyn {
 
 template class BasicString<char>;
@@ -18,12 +16,6 @@ static_assert([] {
     }
     return true;
 }());
-
-int StringTraits<char>::Format(char* buffer, std::size_t size, const char* format, std::va_list arguments) {
-    const int length = std::vsnprintf(buffer, size, format, arguments);
-    if (length < 0) *buffer = 0;
-    return length < 0 || static_cast<std::size_t>(length) >= size ? -1 : length;
-}
 
 bool StringTraits<char>::Environment(const char* name, std::string& value) {
     using namespace zynplatform;

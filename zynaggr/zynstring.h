@@ -193,9 +193,10 @@ public:
     // ---- Made from elsewhere
 
     // As printf, into at most 3999 characters: a longer result is cut there. The number of characters, -1
-    // when cut or when the format is ill-formed. An empty format empties a CzynStringA and returns 0; it
-    // leaves a CzynStringW as it is. CzynStringW: %s and %c take 16-bit text and characters, %hs, %hc, %S and
-    // %C 8-bit ones; "%2$d" picks an argument.
+    // when cut or when the format is ill-formed, "%n" included. An empty format empties a CzynStringA and
+    // returns 0; it leaves a CzynStringW as it is. %s and %c take text and characters of the string's own
+    // kind, %S and %C of the other one, %hs and %hc 8-bit, %ls and %lc 16-bit ones. "I64", "I32" and "I"
+    // stand before integers of 64 bits, of 32, and of the size of a pointer; "%2$d" picks an argument.
     int Format(const C* format, ...);
     // An environment variable's value: 1, or 0 with the string empty when there is none. A native absolute
     // path in it becomes a library path; makes room for one character more than needed.

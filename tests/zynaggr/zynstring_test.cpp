@@ -215,34 +215,34 @@ TYPED_TEST(StringTest, LoadsResourcesAndEnvironment) {
     EXPECT_TRUE(text.IsEmpty());
 }
 
-TEST(StringFormatTest, IsCutAtItsLimitAndSaysSo) {
-    CzynStringA narrow("old");
-    ExpectEach({{narrow.Format("%s-%02d", "abc", 5), 6}, {narrow.Compare("abc-05", true), 0}});
-    ExpectEach({{narrow.Format("%5000d", 1), -1}, {narrow.GetLength(), 3999}});
-    ExpectEach({{narrow.Format(""), 0}, {narrow.GetLength(), 0}});
-    CzynStringW wide(u"old");
-    ExpectEach({{wide.Format(nullptr), 0}, {wide.Format(u""), 0}, {wide.GetLength(), 3}});
-    for (const WCHAR* tooWide : {u"%5000d", u"%.5000d"}) // the digit stands behind the limit
-        ExpectEach({{wide.Format(tooWide, 1), -1}, {wide.Find(u"1", 0), -1}, {wide.GetLength(), 3999}});
-}
-
-TEST(StringFormatTest, WideDirectivesPrintWhatTheCLibraryWould) {
-    CzynStringW text;
-    const auto check = [&](int result, std::u16string_view expected) {
-        EXPECT_EQ(static_cast<int>(expected.size()), result);
-        EXPECT_EQ(expected, std::u16string_view(text, static_cast<std::size_t>(text.GetLength())));
+TYPED_TEST(StringTest, FormatsLikeTheCLibraryWithTextOfBothKinds) {
+    constexpr bool isNarrow = std::is_same_v<TypeParam, char>;
+    typename TestFixture::String text = this->Make("old");
+    const auto check = [&](std::string_view expected, const char* format, auto... arguments) {
+        const int length = text.Format(this->T(format).c_str(), arguments...);
+        EXPECT_EQ(static_cast<int>(expected.size()), length) << format;
+        EXPECT_EQ(this->T(expected), this->Content(text)) << format;
     };
-    check(text.Format(u"%s|%hs|%S|%c|%C|%%", u"Ёж", "\xA8", "b", u'Ж', 'c'), u"Ёж|Ё|b|Ж|c|%");
-    check(text.Format(u"%5s|%-5s|%.1s|%s", u"ab", u"ab", u"ab", static_cast<const WCHAR*>(nullptr)),
-          u"   ab|ab   |a|(null)");
-    check(text.Format(u"%d %u %x %#X %o %+d %05d", -1, 4000000000u, 255, 255, 8, 7, 42),
-          u"-1 4000000000 ff 0XFF 10 +7 00042");
-    check(text.Format(u"%lld %I64d %ld %hhd %zu", 1LL << 40, -(1LL << 40), 5L, 257, std::size_t(9)),
-          u"1099511627776 -1099511627776 5 1 9");
-    check(text.Format(u"%*d|%-*d|%.*f|%g", 4, 7, 4, 7, 2, 3.14159, 0.5), u"   7|7   |3.14|0.5");
-    check(text.Format(u"%2$s %1$d %2$s", 3, u"x"), u"x 3 x");
-    for (const WCHAR* illFormed : {u"%", u"%n", u"%5", u"%2$d", u"%1$s %1$d", u"%l"})
-        EXPECT_EQ(-1, text.Format(illFormed, 1, 2));
+    const void* const narrow = "Ёж"_cp1251;
+    const void* const wide = u"Ёж";
+    check("Ёж|Ёж|Ж|Ж|%"_cp1251, isNarrow ? "%s|%S|%c|%C|%%" : "%S|%s|%C|%c|%%", narrow, wide, "Ж"_cp1251[0],
+          u'Ж');
+    check("Ёж|Ёж|Ж|Ж|Ё"_cp1251, "%hs|%ls|%hc|%lc|%.1ws", narrow, wide, "Ж"_cp1251[0], u'Ж', wide);
+    check("  Ёж|Ёж  |(null)"_cp1251, "%4ls|%-4ls|%ls", wide, wide, nullptr);
+    check("-1 4000000000 ff 0XFF 10 +7 00042", "%d %u %x %#X %o %+d %05d", -1, 4000000000u, 255, 255, 8, 7,
+          42);
+    check("1099511627776 -1099511627776 5 1 9 7", "%lld %I64d %ld %hhd %zu %I32d", 1LL << 40, -(1LL << 40),
+          5L, 257, std::size_t(9), 7);
+    check("   7|7   |3.14|0.5|7", "%*d|%-*d|%.*f|%g|%Iu", 4, 7, 4, 7, 2, 3.14159, 0.5, std::size_t(7));
+    check("Ёж 3 Ёж"_cp1251, "%2$ls %1$I64d %2$ls", 3LL, wide);
+
+    for (const char* illFormed : {"%", "%n", "%5", "%l", "%I", "%2$I64d", "%1$ls %1$d"})
+        EXPECT_EQ(-1, text.Format(this->T(illFormed).c_str(), nullptr, nullptr)) << illFormed;
+    for (const char* tooWide : {"%5000d", "%5000I32d", "%.5000I32d"}) // the digit stands behind the limit
+        ExpectEach({{text.Format(this->T(tooWide).c_str(), 1), -1},
+                    {text.Find(TypeParam('1'), 0), -1},
+                    {text.GetLength(), 3999}});
+    ExpectEach({{text.Format(nullptr), 0}, {text.GetLength(), isNarrow ? 0 : 3999}});
 }
 
 // The rules again, slow and plain: a text and a capacity.
