@@ -69,6 +69,8 @@ public:
     // when no translation was found, and when the process has no application object (nothing changes then).
     // Unless silent, message boxes say what is missing. The second argument is not used.
     //
+    // While a box is shown, the dictionary has what was read so far, and what the host adds to it stays.
+    //
     // A text that two files translate differently keeps the translation that was met first. The Russian texts
     // of a file without a translation are forgotten. With string ids shown, translations begin with "[id] ".
     static bool Init(bool bSilent, CStringA* psUnused);

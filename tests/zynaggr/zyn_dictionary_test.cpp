@@ -6,6 +6,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
+
 using namespace zynplatform::literals;
 using testing::ElementsAre;
 
@@ -23,6 +25,16 @@ struct OpenTranslate : CzynTranslate {
 std::string List(const std::string& lines, const std::string& encoding = "utf-8") {
     return "<?xml version=\"1.0\" encoding=\"" + encoding + "\"?>\n<strings>\n" + lines + "</strings>\n";
 }
+
+// Does something while it shows a message box.
+struct AskingHost : Host {
+    using Host::Host;
+    int DoMessageBox(const char* text, std::uint32_t style, std::uint32_t help) override {
+        whileShown();
+        return Host::DoMessageBox(text, style, help);
+    }
+    std::function<void()> whileShown = [] {};
+};
 
 // Each test begins as a process does: nothing loaded.
 struct Dictionary : testing::Test {
@@ -49,7 +61,7 @@ struct Dictionary : testing::Test {
     }
 
     bool isRead = false;
-    Host host{german};
+    AskingHost host{german};
 };
 
 } // namespace
@@ -134,11 +146,17 @@ TEST_F(Dictionary, WhatIsMissingOrDoubtfulIsReported) {
     }
 
     // Two entries of one text: the translation met first stays.
+    std::string shown;
+    host.whileShown = [&] { // what was merged is there, and what is added stays
+        shown = Translated("A") + Translated("C");
+        CzynTranslate::AddStringTranslationPair("C", "c");
+    };
     for (const bool showIds : {true, false}) {
         OpenTranslate::m_bShowStringId = showIds;
         EXPECT_TRUE(InitWith(List("<s>A</s>\n<s>A</s>\n<s>A</s>\n<s>B</s>\n<s>C</s>\n"),
                              List("<s>a</s>\n<s>a</s>\n<s>z</s>\n<s>b</s>\n")));
-        EXPECT_EQ(Translated("A") + Translated("B"), showIds ? "[1] a[4] b" : "ab");
+        EXPECT_EQ(Translated("A") + Translated("B") + Translated("C"), showIds ? "[1] a[4] bc" : "abc");
+        EXPECT_EQ(shown, showIds ? "[1] aC" : "aC");
         EXPECT_THAT(host.boxes, ElementsAre(heading + "[#5] C\r\n" +
                                             "Found different translation variants in different " +
                                             "files for strings:\r\n\"A\"\n" + (showIds ? "\"A\"\n" : "")));
