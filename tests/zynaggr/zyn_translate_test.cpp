@@ -1,6 +1,8 @@
 #include "support/host.h"
+#include "zynaggr/ini.h"
 #include "zynaggr/zyn_translate.h"
 #include "zynaggr/zynerror.h"
+#include "zynaggr/zynhelpers.h"
 #include "zynplatform/cp1251.h"
 #include "zynplatform/registry.h"
 
@@ -24,6 +26,56 @@ TEST(Translate, GivesTheTextItselfUnlessADictionaryHasIt) {
         EXPECT_EQ(static_cast<const void*>(CzynTranslate::Translate(text)), text);
     const SzynErrorDescription error(-1, nullptr, nullptr, 0, nullptr, 7, nullptr, nullptr, nullptr);
     EXPECT_EQ(SzynErrorDescription(error).Print(nullptr, true), "Module:  7; ");
+    CzynTranslate::SetShouldTranslate(false);
+}
+
+TEST(Translate, KeepsToAFormatWhoseTranslationReadsOtherArguments) {
+    const char* const format = "%s; %-*d%% %.1f %ld %c %ls";
+    const std::pair<bool, const char*> translations[] = {
+        {true, "[%10s] %*x %g%% (%li) %c %ls"},
+        {true, "%1$s %3$*2$d %4$f %5$ld %6$c %7$S"},
+        {false, ""},
+        {false, "%s; %-*d%% %.1f %ld %c"},         // one less
+        {false, "%s; %-*d%% %.1f %ld %c %ls %d"},  // one more
+        {false, "%s; %-*d%% %.1f %ld %c %ls 5 %"}, // ill-formed
+        {false, "%s; %-*d%% %.1f %ld %c %ls %n"},
+        {false, "%ls; %-*d%% %.1f %ld %c %ls"}, // other types
+        {false, "%s; %-*d%% %.1f %d %c %ls"},
+        {false, "%s; %-*d%% %.1f %Id %c %p"},
+        {false, "%s; %-*d%% %.*f %ld %c %ls"},
+        {false, "%s; %-*c%% %.1f %ld %d %ls"},
+        {false, "%s; %-*d%% %.1f %c %ld %ls"}, // another order
+        {false, "%1$s %2$*3$d %4$f %5$ld %6$c %7$ls"},
+    };
+    CzynTranslate::SetShouldTranslate(true);
+    for (const auto& [isUsed, translation] : translations) {
+        CzynTranslate::AddStringTranslationPair(format, translation);
+        EXPECT_STREQ(CzynTranslate::TranslateFormat(format), isUsed ? translation : format);
+    }
+    EXPECT_EQ(CzynTranslate::TranslateFormat("%n"), CStringA("%n"));
+    EXPECT_EQ(CzynTranslate::TranslateFormat(nullptr), nullptr);
+
+    const TempFolder folder; // what the library formats itself
+    folder.Write("a.ini", "[old]\nkey=1\n");
+    for (const char* own : {"; Опция '%s' была переименована. Старое название опции '%s'"_cp1251,
+                            "Группа опций [%s] была переименована. Старое название группы [%s]"_cp1251,
+                            "Путь из ini '%s' заменен полным путем '%s'"_cp1251, "Описание ошибки: %s"_cp1251,
+                            "Код ошибки: %i;\nОписание ошибки: %s"_cp1251})
+        CzynTranslate::AddStringTranslationPair(own, "%n %s %s %s %s");
+    CzynINI ini;
+    ini.SetINI(folder.Path("a.ini"), false, 0);
+    ini.RenameParam("old", "key", "k");
+    ini.RenameGroupe("old", "new");
+    EXPECT_EQ(folder.Read("a.ini"),
+              ";Группа опций [new] была переименована. Старое название группы [old]\r\n[new]\r\n"
+              "; Опция 'k' была переименована. Старое название опции 'key'\r\nk=1\r\n"_cp1251);
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(ini.ExpandPath(".\\x"), folder.Path("x"));
+    EXPECT_NE(testing::internal::GetCapturedStdout().find("Путь из ini '.\\x' заменен"_cp1251),
+              std::string::npos);
+    CStringA text;
+    zynGetDescriptionSystemError(2, text, true);
+    EXPECT_EQ(text.Left(13), "Код ошибки: 2"_cp1251);
     CzynTranslate::SetShouldTranslate(false);
 }
 
