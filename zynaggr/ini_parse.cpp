@@ -261,7 +261,7 @@ bool CzynINI::Parse() {
 bool CzynINI::ParseText(std::string_view text) {
     if (Parser(m_aSections, text).Run()) return true;
     m_sErr.Format(
-        CzynTranslate::Translate(
+        CzynTranslate::TranslateFormat(
             "Ошибка при разборе ini %s: строка помечена как содержащая секцию, но объекта секции нет"_cp1251),
         m_sIniName.GetString());
     return false;
