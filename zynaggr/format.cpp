@@ -42,20 +42,10 @@ FormatType TypeOf(char conversion, std::string_view length) {
     }
 }
 
-// Conversions of one kind may stand for each other: numbers whatever their notation.
+// Conversions of one kind may stand for each other: numbers of one type in whatever notation.
 char KindOf(const FormatDirective<char>& directive) {
-    switch (directive.conversion) {
-    case 'c':
-    case 'C':
-        return IsNarrow(directive) ? 'c' : 'C';
-    case 's':
-    case 'S':
-        return IsNarrow(directive) ? 's' : 'S';
-    case 'p':
-        return 'p';
-    default:
-        return 0;
-    }
+    const bool isNumber = std::string_view("sScCp").find(directive.conversion) == std::string_view::npos;
+    return isNumber ? '0' : directive.conversion;
 }
 
 // The next directive that reads something; one without a type at the end.
@@ -151,11 +141,13 @@ template <class C> bool FormatReader<C>::Parse(FormatDirective<C>& directive) {
         if (!TakeSize(directive.precision, directive.precisionArgument)) return false;
         if (directive.precisionArgument == 0) directive.precision = std::max(directive.precision, 0);
     }
+    directive.written = m_rest;
     directive.length = TakeLength();
+    directive.written.remove_suffix(m_rest.size());
     if (m_rest.empty() || static_cast<std::make_unsigned_t<C>>(m_rest[0]) >= 0x80) return false;
     directive.conversion = static_cast<char>(m_rest[0]);
     m_rest.remove_prefix(1);
-    if (directive.conversion == '%') return true;
+    if (directive.conversion == '%') return directive.widthArgument + directive.precisionArgument == 0;
     directive.type = TypeOf(directive.conversion, directive.length);
     if (directive.argument == 0) directive.argument = ++m_next;
     return directive.type != FormatType::none && directive.argument <= mostArguments;
@@ -168,8 +160,9 @@ bool ReadSameArguments(std::string_view left, std::string_view right) {
     FormatReader<char> ofLeft(left), ofRight(right);
     while (true) {
         const FormatDirective<char> one = NextReading(ofLeft), two = NextReading(ofRight);
-        if (one.type != two.type || one.argument != two.argument || KindOf(one) != KindOf(two) ||
-            one.widthArgument != two.widthArgument || one.precisionArgument != two.precisionArgument)
+        if (one.type != two.type || KindOf(one) != KindOf(two) || one.written != two.written ||
+            one.argument != two.argument || one.widthArgument != two.widthArgument ||
+            one.precisionArgument != two.precisionArgument)
             return false;
         if (one.type == FormatType::none) return ofLeft.IsWellFormed() && ofRight.IsWellFormed();
     }

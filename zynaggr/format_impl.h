@@ -20,6 +20,7 @@ template <class C> struct FormatDirective {
     int widthArgument = 0;             // number of the argument that gives it, from 1 on; 0: none
     int precisionArgument = 0;
     int argument = 0;
+    std::basic_string_view<C> written; // the length as the format has it
     const char* length = ""; // as the C library spells it: "h", "hh", "l", "ll", "L", "j", "z" or "t"
     char conversion = 0;     // 0: the text at the format's end
     FormatType type = FormatType::none;

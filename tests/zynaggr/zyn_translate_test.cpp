@@ -33,15 +33,18 @@ TEST(Translate, KeepsToAFormatWhoseTranslationReadsOtherArguments) {
     const char* const format = "%s; %-*d%% %.1f %ld %c %ls";
     const std::pair<bool, const char*> translations[] = {
         {true, "[%10s] %*x %g%% (%li) %c %ls"},
-        {true, "%1$s %3$*2$d %4$f %5$ld %6$c %7$S"},
+        {true, "%1$s %3$*2$d %4$f %5$ld %6$c %7$ls"},
         {false, ""},
         {false, "%s; %-*d%% %.1f %ld %c"},         // one less
         {false, "%s; %-*d%% %.1f %ld %c %ls %d"},  // one more
         {false, "%s; %-*d%% %.1f %ld %c %ls 5 %"}, // ill-formed
         {false, "%s; %-*d%% %.1f %ld %c %ls %n"},
+        {false, "%s; %-*d%*% %.1f %ld %c %ls"},
         {false, "%ls; %-*d%% %.1f %ld %c %ls"}, // other types
         {false, "%s; %-*d%% %.1f %d %c %ls"},
-        {false, "%s; %-*d%% %.1f %Id %c %p"},
+        {false, "%s; %-*d%% %.1f %Id %c %ls"}, // of which the C library knows nothing
+        {false, "%s; %-*Ld%% %.1f %ld %c %ls"},
+        {false, "%s; %-*d%% %.1f %ld %c %lp"},
         {false, "%s; %-*d%% %.*f %ld %c %ls"},
         {false, "%s; %-*c%% %.1f %ld %d %ls"},
         {false, "%s; %-*d%% %.1f %c %ld %ls"}, // another order
