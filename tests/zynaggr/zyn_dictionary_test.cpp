@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 
 using namespace zynplatform::literals;
-using testing::ElementsAre;
+using testing::ElementsAre, testing::HasSubstr, testing::Not;
 
 namespace {
 
@@ -156,6 +156,13 @@ TEST_F(Dictionary, FilesOfOneRunShareTheirIds) {
     EXPECT_EQ(Translated("a1") + Translated("b1") + Translated("a2") + Translated("b2"), "oneonetwotwo");
     EXPECT_THAT(host.boxes, ElementsAre("48 Could not find translation data file!\n\n" +
                                         std::string(host.folder.Path("translate#c#de-DE.xml"))));
+    // Whatever was met first stays, also when a box was shown since.
+    std::filesystem::remove(host.folder.Native("translate#c#ru-RU.xml"));
+    host.folder.Write("translate#b#ru-RU.xml", List("<s id=\"1\">S</s>\n<s id=\"8\">x</s>\n"));
+    host.folder.Write("translate#b#de-DE.xml", List("<s id=\"1\">t</s>\n"));
+    EXPECT_TRUE(InitWith(List("<s id=\"1\">S</s>\n<s id=\"9\">y</s>\n"), List("<s id=\"1\">s</s>\n")));
+    EXPECT_THAT(host.boxes, ElementsAre(Not(HasSubstr("\"S\"")), HasSubstr("\"S\"")));
+
     std::set<int> languages{1};
     EXPECT_EQ(CzynTranslate::GetTranslateFiles(host.folder.Path(), languages), 2);
     EXPECT_THAT(languages, ElementsAre(76, 137));

@@ -41,9 +41,10 @@ TEST(Translate, KeepsToAFormatWhoseTranslationReadsOtherArguments) {
     // Fewer, more, ill-formed, other types, of which the C library does not know all, and another order.
     for (const char* other :
          {"", "%s %*d%% %.1f %ld", "%s %*d%% %.1f %ld %c %s", "%s %*d%% %.1f %ld %c %",
-          "%s %*d%% %.1f %ld %c %n", "%s %*d%*% %.1f %ld %c", "%ls %*d%% %.1f %ld %c", "%s %*d %.1f %d %c",
+          "%s %*d%% %.1f %ld %c %n", "%s %*d%% %.1f %ld %c%*%", "%ls %*d%% %.1f %ld %c", "%s %*d %.1f %d %c",
           "%s %*d %.1f %Id %c", "%s %*Ld %.1f %ld %c", "%s %*d %.1f %ld %p", "%s %*d %.*f %ld %c",
-          "%s %*c %.1f %ld %d", "%s %*d %.1f %c %ld", "%1$s %2$*3$d %4$f %5$ld %6$c"})
+          "%s %*c %.1f %ld %d", "%s %*d %.1f %c %ld", "%1$s %3$*3$d %4$f %5$ld %6$c",
+          "%1$s %3$*2$d %4$.*2$f %5$ld %6$c", "%1$s %3$*2$d %4$f %5$ld %5$c"})
         EXPECT_FALSE(isUsed(other)) << other;
     EXPECT_TRUE(CzynTranslate::TranslateFormat("%n") && !CzynTranslate::TranslateFormat(nullptr));
 
