@@ -236,7 +236,7 @@ TYPED_TEST(StringTest, FormatsLikeTheCLibraryWithTextOfBothKinds) {
     check("   7|7   |3.14|0.5|7", "%*d|%-*d|%.*f|%g|%Iu", 4, 7, 4, 7, 2, 3.14159, 0.5, std::size_t(7));
     check("Ёж 3 Ёж"_cp1251, "%2$ls %1$I64d %2$ls", 3LL, wide);
 
-    for (const char* illFormed : {"%", "%n", "%5", "%l", "%I", "%2$I64d", "%1$ls %1$d"})
+    for (const char* illFormed : {"%n", "%I", "%I32d%", "%I32d%5", "%Id%l", "%2$I64d", "%1$ls %1$d"})
         EXPECT_EQ(-1, text.Format(this->T(illFormed).c_str(), nullptr, nullptr)) << illFormed;
     for (const char* tooWide : {"%5000d", "%5000I32d", "%.5000I32d"}) // the digit stands behind the limit
         ExpectEach({{text.Format(this->T(tooWide).c_str(), 1), -1},
