@@ -197,8 +197,8 @@ template <class C> void Print(Output<C>& output, FormatDirective<C> directive, c
         break;
     case 'c':
     case 'C': {
-        const char narrow = static_cast<char>(value.integer);
-        const WCHAR wide = static_cast<WCHAR>(value.integer);
+        const auto narrow = static_cast<char>(value.integer);
+        const auto wide = static_cast<WCHAR>(value.integer);
         text =
             IsNarrow(directive) ? Converted<C>(View<char>(&narrow, 1)) : Converted<C>(View<WCHAR>(&wide, 1));
         break;

@@ -61,7 +61,7 @@ namespace {
 // The zone's standard time of today. The C library's own answer, timezone and tzname, changes with every
 // moment that is converted.
 void SetStandardZone(std::tm& time) {
-    constexpr std::int64_t halfYear = 183 * 86400;
+    constexpr std::int64_t halfYear = std::int64_t{183} * 86400;
     std::tm local{};
     for (const std::int64_t moment : {CurrentTime(), CurrentTime() + halfYear})
         if (LocalTime(moment, local) && local.tm_isdst == 0) break;
