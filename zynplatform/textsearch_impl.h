@@ -69,8 +69,10 @@ std::size_t FindTwoWay(std::basic_string_view<C> text, std::basic_string_view<C>
 // Where a pattern, which is not empty, stands first from `start` on; npos for nowhere.
 template <class C>
 std::size_t FindText(std::basic_string_view<C> text, std::basic_string_view<C> pattern, std::size_t start) {
-    constexpr std::size_t patience = 4, advance = 256;
-    // Comparing at every first character is the quickest, but for texts that mislead it again and again.
+    // Comparing at every first character is the quickest, but for texts that mislead it again and again,
+    // which costs little while the pattern is short; then the standard's search is the best for bytes.
+    constexpr std::size_t patience = 4, advance = 256, shortPattern = sizeof(C) == 1 ? 16 : 0;
+    if (pattern.size() <= shortPattern) return text.find(pattern, start);
     std::size_t at = text.find(pattern[0], start);
     for (std::size_t compared = 0; at < text.size() && text.size() - at >= pattern.size();
          at = text.find(pattern[0], at + 1)) {
