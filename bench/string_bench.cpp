@@ -76,6 +76,16 @@ template <class C> void FindStd(benchmark::State& state) {
         benchmark::DoNotOptimize(text.find(pattern.c_str()));
 }
 
+// A text in which the pattern's beginning stands everywhere, and the pattern nowhere.
+template <class C> void FindMisled(benchmark::State& state) {
+    const auto length = static_cast<unsigned>(state.range(0));
+    const zyn::BasicString<C> text(C('a'), length);
+    zyn::BasicString<C> pattern(C('a'), length / 2);
+    pattern += C('b');
+    for (auto _ : state)
+        benchmark::DoNotOptimize(text.Find(pattern, 0));
+}
+
 template <class C> void Replace(benchmark::State& state) {
     const auto words = Words<C>(), from = Of<C>("word"), to = Of<C>("item no ");
     for (auto _ : state) {
@@ -192,6 +202,8 @@ void TrimStd(benchmark::State& state) {
 BOTH("append 1000 characters", AppendCharacters);
 BOTH("append 50 texts", AppendTexts);
 BOTH("find", Find);
+BENCHMARK(FindMisled<char>)->Name("CzynStringA, find, misled/ours")->Arg(40'000)->Arg(160'000)->Arg(640'000);
+BENCHMARK(FindMisled<WCHAR>)->Name("CzynStringW, find, misled/ours")->Arg(40'000)->Arg(160'000)->Arg(640'000);
 BOTH("replace", Replace);
 BOTH("tokenize", Tokenize);
 BOTH("compare", Compare);

@@ -57,7 +57,7 @@ bool Fail(const CStringA& message) {
 // The same with a format in Russian that takes a file name.
 bool Fail(const char* format, const CStringA& fileName) {
     CStringA message;
-    message.Format(CzynTranslate::Translate(format), fileName.GetString());
+    message.Format(CzynTranslate::TranslateFormat(format), fileName.GetString());
     return Fail(message);
 }
 

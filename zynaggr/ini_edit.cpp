@@ -191,7 +191,8 @@ void CzynINI::RenameGroupe(const char* szOldName, const char* szNewName) {
     m_pIndex.reset();
     section->m_sName = sNew;
     section->m_sComment.Format(
-        CzynTranslate::Translate("Группа опций [%s] была переименована. Старое название группы [%s]"_cp1251),
+        CzynTranslate::TranslateFormat(
+            "Группа опций [%s] была переименована. Старое название группы [%s]"_cp1251),
         sNew.GetString(), sOld.GetString());
     if (!InternalSave()) return; // a reload would undo the edit and erase the text
     SetNeedReload();
@@ -211,7 +212,7 @@ void CzynINI::RenameParam(const char* szSection, const char* szOldName, const ch
     option->m_sKey = sNew;
     CStringA sComment;
     sComment.Format(
-        CzynTranslate::Translate("; Опция '%s' была переименована. Старое название опции '%s'"_cp1251),
+        CzynTranslate::TranslateFormat("; Опция '%s' была переименована. Старое название опции '%s'"_cp1251),
         sNew.GetString(), sOld.GetString());
     int index = 0;
     while (options.GetAt(index) != option)

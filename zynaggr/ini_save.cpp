@@ -264,10 +264,10 @@ CStringA CzynINI::ExpandPath(const char* szPath) {
         if (expanded)
             sResult = sDirectory + sPath.Mid(2);
         else
-            sMessage.Format(CzynTranslate::Translate(szFailure), sPath.GetString());
+            sMessage.Format(CzynTranslate::TranslateFormat(szFailure), sPath.GetString());
     }
     if (expanded) {
-        sMessage.Format(CzynTranslate::Translate("Путь из ini '%s' заменен полным путем '%s'"_cp1251),
+        sMessage.Format(CzynTranslate::TranslateFormat("Путь из ini '%s' заменен полным путем '%s'"_cp1251),
                         sPath.GetString(), sResult.GetString());
         PrintInfoWithSaveFlags(sMessage);
     } else if (!sMessage.IsEmpty()) {

@@ -73,14 +73,22 @@ public:
                           [&](const auto& entry) { return !std::ranges::binary_search(known, entry.first); });
     }
 
-    void FillDictionary() const {
+    // Moves what was merged into the dictionary.
+    void FillDictionary() {
         std::vector<std::pair<std::string_view, Translation>> entries(m_aMerged.begin(), m_aMerged.end());
         std::ranges::sort(entries, {}, [](const auto& entry) { return entry.first; });
-        for (const auto& [source, translation] : entries) // ascending: each is appended
+        for (const auto& [source, translation] : entries) // ascending: in an empty one each is appended
             zyn::dictionary.Add(source.data(), Shown(translation));
+        m_aMerged.clear();
     }
 
 private:
+    // A text of the translation map, with the id under which it was met first.
+    struct Translation {
+        int id;
+        const CStringA* text;
+    };
+
     bool LoadTranslation(const CStringA& sStem) {
         CStringA sFile = sStem + m_sFixedEnding;
         if (!m_sFixedEnding.IsEmpty() && LoadXmlMap(sFile, m_aTranslations, true)) return true;
@@ -88,9 +96,22 @@ private:
             sFile = sStem + "#" + m_sCulture + ".xml";
             if (LoadXmlMap(sFile, m_aTranslations, true)) return true;
         }
-        if (!m_bSilent)
-            AfxMessageBox("Could not find translation data file!\n\n" + sFile, MB_ICONEXCLAMATION);
+        if (!m_bSilent) Show("Could not find translation data file!\n\n" + sFile, MB_ICONEXCLAMATION);
         return false;
+    }
+
+    // The host may translate while it shows a box, and add to the dictionary.
+    void Show(const CStringA& sText, std::uint32_t nIcon) {
+        FillDictionary();
+        AfxMessageBox(sText, nIcon);
+    }
+
+    // Takes a pair in, unless the text has a translation already; false when that is another one.
+    bool Add(int id, const CStringA& sSource, const CStringA& sTranslation) {
+        if (const auto* const item = zyn::dictionary.Find(sSource.View()))
+            return item->m_sValue == sTranslation;
+        const auto [entry, added] = m_aMerged.try_emplace(sSource.View(), Translation{id, &sTranslation});
+        return added || Shown(entry->second) == sTranslation;
     }
 
     void Merge() {
@@ -107,20 +128,11 @@ private:
                 missing.Add(sLine + sSource + "\r\n");
                 continue;
             }
-            const Translation merged{id, &translation->second};
-            const auto [entry, added] = m_aMerged.try_emplace(sSource.View(), merged);
-            if (!added && !(Shown(entry->second) == translation->second))
-                variants.Add("\"" + sSource + "\"\n");
+            if (!Add(id, sSource, translation->second)) variants.Add("\"" + sSource + "\"\n");
         }
         if (!m_bSilent && !(missing.IsEmpty() && variants.IsEmpty()))
-            AfxMessageBox(missing.Text() + variants.Text(), MB_ICONHAND);
+            Show(missing.Text() + variants.Text(), MB_ICONHAND);
     }
-
-    // A text of the translation map, with the id under which it was met first.
-    struct Translation {
-        int id;
-        const CStringA* text;
-    };
 
     static CStringA Shown(const Translation& translation) {
         if (!m_bShowStringId) return *translation.text;
@@ -134,19 +146,19 @@ private:
     bool m_bSilent;
     std::map<int, CStringA> m_aSources;      // by id, of all files so far
     std::map<int, CStringA> m_aTranslations; // likewise
-    // The dictionary to be. It points into the two maps, from which no text that it has is taken.
+    // What the dictionary does not have yet. It points into the two maps, from which no text of it is taken.
     std::unordered_map<std::string_view, Translation> m_aMerged;
 };
 
-// Where the host's dictionaries are, with a backslash at its end.
+// Where the host's dictionaries are, with a backslash at its end; nothing when there is no such place.
 CStringA DictionaryFolder() {
     const CStringA sHelpFile = AfxGetApp()->GetHelpFilePath();
     const std::string path = zynplatform::ToLibraryPath(sHelpFile.View());
     if (const std::size_t end = path.rfind('\\'); end != path.npos && end > 0)
         return CStringA(std::string_view(path).substr(0, end + 1));
     std::string current;
-    zynplatform::GetCurrentFolder(current);
-    return CStringA(std::string_view(current + "\\"));
+    if (zynplatform::GetCurrentFolder(current) && !current.ends_with('\\')) current += '\\';
+    return CStringA(std::string_view(current));
 }
 
 bool IsEnglishEdition() {

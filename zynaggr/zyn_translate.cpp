@@ -1,5 +1,6 @@
 #include "zynaggr/zyn_translate.h"
 
+#include "zynaggr/format_impl.h"
 #include "zynaggr/zyn_dictionary_impl.h"
 #include "zynhost/application.h"
 #include "zynplatform/cp1251.h"
@@ -42,6 +43,12 @@ const char* CzynTranslate::Translate(const char* szText) {
     if (!m_bTranslate || !szText || !*szText) return szText;
     const zyn::Dictionary::Item* const item = zyn::dictionary.Find(szText);
     return item ? item->m_sValue.GetString() : szText;
+}
+
+const char* CzynTranslate::TranslateFormat(const char* szFormat) {
+    const char* const szTranslation = Translate(szFormat);
+    const bool bFits = szTranslation == szFormat || zyn::ReadSameArguments(szFormat, szTranslation);
+    return bFits ? szTranslation : szFormat;
 }
 
 void CzynTranslate::AddStringTranslationPair(const CStringA& sText, const CStringA& sTranslation) {

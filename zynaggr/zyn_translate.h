@@ -12,9 +12,9 @@
 // Translation of the library's texts, and the user's choice of the interface language.
 //
 // Every text that the library shows or stores for the user is written in Russian and passes through
-// CzynTranslate::Translate at the place where it is shown or stored, a format string before its arguments are
-// put in. A translation must therefore keep the format's placeholders in their order. Hosts may pass their
-// own texts through it too.
+// CzynTranslate::Translate at the place where it is shown or stored, a format string through TranslateFormat
+// before its arguments are put in. A translation must therefore keep the format's placeholders in their
+// order. Hosts may pass their own texts through them too.
 //
 //     App app;                            // a CWinApp: its help file's folder has the dictionaries
 //     CzynTranslate::Init(false, nullptr); // the language of the thread's locale
@@ -34,8 +34,10 @@
 // one entry, whose text may run on over further lines (they are joined with nothing between them) up to
 // "</s>". A line with "/>" behind its "<s" is passed over, and so is an entry that never ends. Without
 // encoding="utf-8" the text is in code page 1251. In a text the five named entities, then the escapes of
-// ConvertSpecSymbols are decoded. Texts of the two files belong together by id; an entry without an id, or
+// ConvertSpecSymbols are decoded. A letter that code page 1251 does not have becomes '?', also in a file in
+// UTF-8: write "laesst" for "lässt". Texts of the two files belong together by id; an entry without an id, or
 // with one that is taken, gets the lowest free number from 1, so that two files in the same order need none.
+// scripts/check-dictionary shows a translator what will be lost, is missing, or does not fit.
 //
 // All state is static and process-wide and not guarded: Init, AddStringTranslationPair and the operations
 // that set something must not run while other threads use the library. The registry is the one of
@@ -55,6 +57,12 @@ public:
     // it. The text returned belongs to the dictionary and stays valid until that is changed.
     static const char* Translate(const char* szText);
 
+    // The same for a format as printf takes it: the format itself, too, when its translation would not read
+    // the same arguments in the same order (number, order and types of the directives; flags, widths and the
+    // notation of a number may differ). So a slip in a dictionary cannot harm the process. "%n" is no
+    // directive.
+    static const char* TranslateFormat(const char* szFormat);
+
     // Whether translation is in force; at first it is not. Setting it does not touch the dictionary.
     static bool IsNeedTranslate() { return m_bTranslate; }
     static void SetShouldTranslate(bool bTranslate) { m_bTranslate = bTranslate; }
@@ -68,6 +76,8 @@ public:
     // on. On Russian the texts stay as they are: true, with translation off. False, with Russian in force,
     // when no translation was found, and when the process has no application object (nothing changes then).
     // Unless silent, message boxes say what is missing. The second argument is not used.
+    //
+    // While a box is shown, the dictionary has what was read so far, and what the host adds to it stays.
     //
     // A text that two files translate differently keeps the translation that was met first. The Russian texts
     // of a file without a translation are forgotten. With string ids shown, translations begin with "[id] ".

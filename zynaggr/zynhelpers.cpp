@@ -144,9 +144,9 @@ std::string zynToNativePath(const char* path) {
 void zynGetDescriptionSystemError(int code, CStringA& out, bool withCode) {
     const char* const text = zynplatform::DescribeSystemError(static_cast<std::uint32_t>(code));
     if (withCode)
-        out.Format(CzynTranslate::Translate("Код ошибки: %i;\nОписание ошибки: %s"_cp1251), code, text);
+        out.Format(CzynTranslate::TranslateFormat("Код ошибки: %i;\nОписание ошибки: %s"_cp1251), code, text);
     else
-        out.Format(CzynTranslate::Translate("Описание ошибки: %s"_cp1251), text);
+        out.Format(CzynTranslate::TranslateFormat("Описание ошибки: %s"_cp1251), text);
     out.Remove('\r');
 }
 

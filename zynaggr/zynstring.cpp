@@ -4,8 +4,6 @@
 #include "zynplatform/environment.h"
 #include "zynplatform/paths.h"
 
-#include <cstdio>
-
 namespace zyn {
 
 template class BasicString<char>;
@@ -19,24 +17,12 @@ static_assert([] {
     return true;
 }());
 
-int StringTraits<char>::Format(char* buffer, std::size_t size, const char* format, std::va_list arguments) {
-    const int length = std::vsnprintf(buffer, size, format, arguments);
-    if (length < 0) *buffer = 0;
-    return length < 0 || static_cast<std::size_t>(length) >= size ? -1 : length;
-}
-
 bool StringTraits<char>::Environment(const char* name, std::string& value) {
+    using namespace zynplatform;
+    const std::string nativeName = Recode(name ? name : "", ansiCodePage, utf8CodePage);
     std::string native;
-    if (!zynplatform::GetEnvironmentValue(name, native)) return false;
-    if (native.starts_with('/')) {
-        value = zynplatform::FromNativePath(native);
-        return true;
-    }
-    using zynplatform::utf8CodePage;
-    std::u16string wide(zynplatform::WideLength(utf8CodePage, native.data(), native.size()), u'\0');
-    zynplatform::ToWide(utf8CodePage, native.data(), native.size(), wide.data());
-    value.resize(wide.size());
-    zynplatform::ToNarrow(zynplatform::ansiCodePage, wide.data(), wide.size(), value.data());
+    if (!GetEnvironmentValue(nativeName.c_str(), native)) return false;
+    value = native.starts_with('/') ? FromNativePath(native) : Recode(native, utf8CodePage, ansiCodePage);
     return true;
 }
 

@@ -4,9 +4,11 @@
 #include "zynplatform/types.h"
 
 #include <cassert>
+#include <concepts>
 #include <cstdarg>
 #include <cstdint>
 #include <type_traits>
+#include <utility>
 
 // The library's own growable strings: CzynStringA holds 8-bit text in code page 1251, CzynStringW
 // (zynstringw.h) 16-bit text. Both are this one template, and do the same; where they differ it is said.
@@ -25,8 +27,8 @@
 // texts to a string of which you have asked for room (GetBuffer), or one character at a time.
 //
 // Texts taken may be null, which counts as an empty text where nothing else is said, and may lie in the
-// string's own buffer. Letters are folded by code page 1251, or as the same letters in Unicode: Latin, the
-// Russian alphabet, Ё.
+// string's own buffer, also in the room behind the text; they count as they were when the operation began.
+// Letters are folded by code page 1251, or as the same letters in Unicode: Latin, the Russian alphabet, Ё.
 //
 // An operation that runs out of memory, or would reach 2^32 bytes, throws std::bad_alloc and leaves the
 // string as it was. Nothing else throws. One string is for one thread at a time.
@@ -71,8 +73,12 @@ public:
     // The character at an index, 0 outside the text.
     C GetAt(int index) const;
     C operator[](int index) const { return GetAt(index); }
-    // Stores a character; nothing happens outside the text.
-    void SetAt(int index, C character) requires(!isNarrow) {
+    template <std::integral Index> C operator[](Index index) const {
+        return GetAt(std::cmp_equal(static_cast<int>(index), +index) ? static_cast<int>(index) : -1);
+    }
+    // CzynStringW only: stores a character; nothing happens outside the text. A template, so that no exported
+    // name has the condition in it, which compilers spell differently.
+    template <class = C> void SetAt(int index, C character) requires(!isNarrow) {
         const bool isInside = index >= 0 && static_cast<std::uint32_t>(index) < m_nLength;
         assert(isInside);
         if (isInside) m_pBuffer[index] = character;
@@ -109,7 +115,7 @@ public:
     // U+0020). Where a single character is given and nothing is left, the buffer is given up.
     BasicString& Trim() { return Trim(C(' ')); }
     BasicString& Trim(C character) { return TrimRight(character).TrimLeft(character); }
-    BasicString& Trim(const C* set) { return TrimRight(set).TrimLeft(set); }
+    BasicString& Trim(const C* set);
     BasicString& TrimLeft() { return TrimLeft(C(' ')); }
     BasicString& TrimLeft(C character);
     BasicString& TrimLeft(const C* set);
@@ -156,23 +162,16 @@ public:
     int Compare(const C* text, bool caseSensitive) const;
     int CompareNoCase(const C* text) const { return Compare(text, false); }
 
-    // As Compare with case, but null is an empty text.
-    bool operator<(const BasicString& other) requires isNarrow { return Order(other) < 0; }
-    bool operator<(const C* text) requires isNarrow { return Order(text) < 0; }
-    bool operator<=(const BasicString& other) requires isNarrow { return Order(other) <= 0; }
-    bool operator<=(const C* text) requires isNarrow { return Order(text) <= 0; }
-    bool operator>(const BasicString& other) requires isNarrow { return Order(other) > 0; }
-    bool operator>(const C* text) requires isNarrow { return Order(text) > 0; }
-    bool operator>=(const BasicString& other) requires isNarrow { return Order(other) >= 0; }
-    bool operator>=(const C* text) requires isNarrow { return Order(text) >= 0; }
-    bool operator<(const BasicString& other) const requires(!isNarrow) { return Order(other) < 0; }
-    bool operator<(const C* text) const requires(!isNarrow) { return Order(text) < 0; }
-    bool operator<=(const BasicString& other) const requires(!isNarrow) { return Order(other) <= 0; }
-    bool operator<=(const C* text) const requires(!isNarrow) { return Order(text) <= 0; }
-    bool operator>(const BasicString& other) const requires(!isNarrow) { return Order(other) > 0; }
-    bool operator>(const C* text) const requires(!isNarrow) { return Order(text) > 0; }
-    bool operator>=(const BasicString& other) const requires(!isNarrow) { return Order(other) >= 0; }
-    bool operator>=(const C* text) const requires(!isNarrow) { return Order(text) >= 0; }
+    // As Compare with case, but null is an empty text. The string stands on the left: `text < string`
+    // compares the addresses of the buffers.
+    bool operator<(const BasicString& other) const { return Order(other) < 0; }
+    bool operator<(const C* text) const { return Order(text) < 0; }
+    bool operator<=(const BasicString& other) const { return Order(other) <= 0; }
+    bool operator<=(const C* text) const { return Order(text) <= 0; }
+    bool operator>(const BasicString& other) const { return Order(other) > 0; }
+    bool operator>(const C* text) const { return Order(text) > 0; }
+    bool operator>=(const BasicString& other) const { return Order(other) >= 0; }
+    bool operator>=(const C* text) const { return Order(text) >= 0; }
 
     // The one text, then the other.
     friend BasicString operator+(const BasicString& left, const BasicString& right) {
@@ -194,9 +193,10 @@ public:
     // ---- Made from elsewhere
 
     // As printf, into at most 3999 characters: a longer result is cut there. The number of characters, -1
-    // when cut or when the format is ill-formed. An empty format empties a CzynStringA and returns 0; it
-    // leaves a CzynStringW as it is. CzynStringW: %s and %c take 16-bit text and characters, %hs, %hc, %S and
-    // %C 8-bit ones; "%2$d" picks an argument.
+    // when cut or when the format is ill-formed, "%n" included. An empty format empties a CzynStringA and
+    // returns 0; it leaves a CzynStringW as it is. %s and %c take text and characters of the string's own
+    // kind, %S and %C of the other one, %hs and %hc 8-bit, %ls and %lc 16-bit ones. "I64", "I32" and "I"
+    // stand before integers of 64 bits, of 32, and of the size of a pointer; "%2$d" picks an argument.
     int Format(const C* format, ...);
     // An environment variable's value: 1, or 0 with the string empty when there is none. A native absolute
     // path in it becomes a library path; makes room for one character more than needed.
@@ -215,7 +215,7 @@ protected:
     unsigned Reserve(std::uint64_t size);
     BasicString& Assign(const C* text, std::uint64_t length);
     BasicString& AppendText(const C* text, std::uint64_t length);
-    bool IsOwn(const C* text) const { return text >= m_pBuffer && text <= m_pBuffer + m_nLength; }
+    bool IsOwn(const C* text) const { return text >= m_pBuffer && text < m_pBuffer + m_nSize; }
     BasicString& DropLeft(unsigned count);
     int Order(const C* text) const;
     std::uint32_t SkipEqualBlocks(const C* text) const;

@@ -6,6 +6,7 @@
 #include "zynhost/memory.h"
 #include "zynhost/stringresources.h"
 #include "zynplatform/codepage.h"
+#include "zynplatform/textsearch_impl.h"
 
 #include <algorithm>
 #include <cassert>
@@ -227,10 +228,11 @@ template <class C> void BasicString<C>::ReleaseBuffer(int length) {
 
 template <class C> BasicString<C>& BasicString<C>::AppendText(const C* text, std::uint64_t length) {
     if (length == 0) return *this;
-    const bool isOwn = IsOwn(text);
-    const std::size_t offset = isOwn ? static_cast<std::size_t>(text - m_pBuffer) : 0;
-    Reserve(m_nLength + length + 1);
-    detail::Copy(m_pBuffer + m_nLength, isOwn ? m_pBuffer + offset : text, length);
+    const std::uint64_t size = m_nLength + length + 1;
+    if (size > m_nSize && IsOwn(text)) // which growing gives up
+        return AppendText(std::basic_string<C>(text, static_cast<std::size_t>(length)).c_str(), length);
+    Reserve(size);
+    detail::Move(m_pBuffer + m_nLength, text, length);
     m_nLength += static_cast<std::uint32_t>(length);
     m_pBuffer[m_nLength] = 0;
     return *this;
@@ -242,7 +244,7 @@ template <class C> BasicString<C>& BasicString<C>::operator+=(const BasicString&
 
 // The string's own buffer counts as the string: zero characters inside are appended too.
 template <class C> BasicString<C>& BasicString<C>::operator+=(const C* text) {
-    return text == m_pBuffer ? AppendText(m_pBuffer, m_nLength) : AppendText(text, detail::LengthOf(text));
+    return AppendText(text, text == m_pBuffer && *text != 0 ? m_nLength : detail::LengthOf(text));
 }
 
 template <class C> BasicString<C>& BasicString<C>::Append(const C* text, int count) {
@@ -274,6 +276,11 @@ template <class C> BasicString<C>& BasicString<C>::DropLeft(unsigned count) {
     m_nLength -= count;
     detail::Move(m_pBuffer, m_pBuffer + count, std::uint64_t{m_nLength} + 1);
     return *this;
+}
+
+template <class C> BasicString<C>& BasicString<C>::Trim(const C* set) {
+    if (IsOwn(set)) return Trim(std::basic_string<C>(set).c_str());
+    return TrimRight(set).TrimLeft(set);
 }
 
 template <class C> BasicString<C>& BasicString<C>::TrimLeft(C character) {
@@ -309,8 +316,11 @@ template <class C> BasicString<C>& BasicString<C>::TrimLeft(const C* set) {
 
 template <class C> BasicString<C>& BasicString<C>::TrimRight(const C* set) {
     const detail::CharacterSet<C> members(set);
-    while (m_nLength > 0 && members.Has(m_pBuffer[m_nLength - 1]))
-        m_pBuffer[--m_nLength] = 0;
+    unsigned length = m_nLength;
+    while (length > 0 && members.Has(m_pBuffer[length - 1]))
+        --length;
+    std::fill(m_pBuffer + length, m_pBuffer + m_nLength, C(0)); // the set may have stood there
+    m_nLength = length;
     return *this;
 }
 
@@ -351,12 +361,14 @@ template <class C> int BasicString<C>::Remove(C character) {
 }
 
 template <class C> int BasicString<C>::Replace(const C* from, const C* to) {
+    using zynplatform::FindText;
     using View = std::basic_string_view<C>;
     const View text(m_pBuffer, m_nLength), pattern(from, detail::LengthOf(from)),
         with(to, detail::LengthOf(to));
     if (text.empty() || pattern.empty()) return 0;
     std::uint64_t hits = 0;
-    for (std::size_t at = text.find(pattern); at != text.npos; at = text.find(pattern, at + pattern.size()))
+    for (std::size_t at = FindText(text, pattern, 0); at != text.npos;
+         at = FindText(text, pattern, at + pattern.size()))
         ++hits;
     if (hits == 0) return 0;
 
@@ -373,7 +385,7 @@ template <class C> int BasicString<C>::Replace(const C* from, const C* to) {
         out += piece.size();
     };
     std::size_t copied = 0;
-    for (std::size_t at = text.find(pattern); at != text.npos; at = text.find(pattern, copied)) {
+    for (std::size_t at = FindText(text, pattern, 0); at != text.npos; at = FindText(text, pattern, copied)) {
         put(text.substr(copied, at - copied));
         put(with);
         copied = at + pattern.size();
@@ -402,11 +414,10 @@ template <class C> int BasicString<C>::Replace(C from, C to) {
 // ---- Searching
 
 template <class C> int BasicString<C>::Find(const C* pattern, unsigned start) const {
-    const std::size_t length = detail::LengthOf(pattern);
-    if (m_nLength == 0) return -1;
-    if (length == 0) return 0;
-    const std::basic_string_view<C> text(m_pBuffer, m_nLength);
-    const std::size_t at = text.find(pattern, start, length);
+    const std::basic_string_view<C> text(m_pBuffer, m_nLength), wanted(pattern, detail::LengthOf(pattern));
+    if (text.empty()) return -1;
+    if (wanted.empty()) return 0;
+    const std::size_t at = zynplatform::FindText(text, wanted, start);
     return at == text.npos ? -1 : static_cast<int>(at);
 }
 

@@ -38,7 +38,7 @@ bool zyn::ReportArrayFailure(const std::bad_alloc& failure, const ArrayFailure& 
     char message[1024];
     std::snprintf(
         message, sizeof(message),
-        CzynTranslate::Translate(
+        CzynTranslate::TranslateFormat(
             "Ошибка при выделении памяти в CzynTAggr<...>::SetSize: %s\r\n Size: %i  max_size: %i"_cp1251),
         reason, array.size, array.wanted);
 

@@ -2,18 +2,12 @@
 
 #include "zynplatform/avx512.h"
 #include "zynplatform/cp1251.h"
+#include "zynplatform/systempage_impl.h"
 #include "zynplatform/utf8.h"
 
 #include <algorithm>
 #include <array>
-#include <bit>
-#include <cerrno>
 #include <cstdint>
-#include <cstring>
-#include <string>
-#include <string_view>
-
-#include <iconv.h>
 
 namespace zynplatform {
 namespace {
@@ -106,87 +100,19 @@ template <class From, class To> std::size_t Convert1251(const From* text, std::s
     return length;
 }
 
-// --- Every page but our own ---
-
-constexpr const char* wideName = std::endian::native == std::endian::little ? "UTF-16LE" : "UTF-16BE";
-
-// The system's converter with the output of one conversion. Without a target the output is only counted.
-class Converter {
-public:
-    Converter(const char* to, const char* from, void* target)
-        : m_converter(iconv_open(to, from)), m_target(static_cast<char*>(target)) {}
-    Converter(const Converter&) = delete;
-    Converter& operator=(const Converter&) = delete;
-    ~Converter() {
-        if (IsOpen()) iconv_close(m_converter);
+// The page that a number stands for: some name the system's pages by their part.
+constexpr unsigned Resolved(unsigned codePage) {
+    switch (codePage) {
+    case 0: // the system's
+    case 3: // the thread's
+        return ansiCodePage;
+    case 1: // of the console
+        return 866;
+    case 2:
+        return 10007;
+    default:
+        return codePage;
     }
-
-    bool IsOpen() const { return m_converter != reinterpret_cast<iconv_t>(-1); }
-    std::size_t Written() const { return m_written; }
-
-    // Takes off `text` what can be converted before a character that can't. A null text ends the output.
-    void Convert(std::string_view& text) {
-        char* source = const_cast<char*>(text.data()); // only read
-        std::size_t length = text.size();
-        bool isFull = true;
-        while (isFull) {
-            std::array<char, 1024> chunk;
-            char* out = chunk.data();
-            std::size_t room = chunk.size();
-            const std::size_t result = iconv(m_converter, source ? &source : nullptr, &length, &out, &room);
-            isFull = result == static_cast<std::size_t>(-1) && errno == E2BIG;
-            Write({chunk.data(), chunk.size() - room});
-        }
-        text = {source, length};
-    }
-
-    void Write(std::string_view bytes) {
-        if (m_target) std::memcpy(m_target + m_written, bytes.data(), bytes.size());
-        m_written += bytes.size();
-    }
-
-private:
-    iconv_t m_converter;
-    char* m_target;
-    std::size_t m_written = 0;
-};
-
-std::string PageName(unsigned codePage) {
-    if (codePage == 20866) return "KOI8-R";
-    if (codePage == 21866) return "KOI8-U";
-    if (codePage > 28590 && codePage < 28606)
-        return std::string("ISO-8859-").append(std::to_string(codePage - 28590));
-    return std::string("CP").append(std::to_string(codePage));
-}
-
-std::size_t SystemToWide(unsigned codePage, std::string_view text, WCHAR* target) {
-    constexpr WCHAR replacement = 0xFFFD;
-    Converter converter(wideName, PageName(codePage).c_str(), target);
-    if (!converter.IsOpen() || text.empty()) return 0;
-    converter.Convert(text);
-    while (!text.empty()) {
-        converter.Write({reinterpret_cast<const char*>(&replacement), sizeof replacement});
-        text.remove_prefix(1);
-        converter.Convert(text);
-    }
-    return converter.Written() / sizeof(WCHAR);
-}
-
-std::size_t SystemToNarrow(unsigned codePage, const WCHAR* units, std::size_t length, char* target) {
-    constexpr WCHAR replacement = u'?';
-    Converter converter(PageName(codePage).c_str(), wideName, target);
-    if (!converter.IsOpen() || length == 0) return 0;
-    std::string_view text(reinterpret_cast<const char*>(units), length * sizeof(WCHAR));
-    converter.Convert(text);
-    while (!text.empty()) {
-        // In the page's own form, which need not be ASCII.
-        std::string_view other(reinterpret_cast<const char*>(&replacement), sizeof replacement);
-        converter.Convert(other);
-        text.remove_prefix(sizeof(WCHAR));
-        converter.Convert(text);
-    }
-    converter.Convert(text = {});
-    return converter.Written();
 }
 
 // What the vector instructions leave goes by way of so many 16-bit units.
@@ -234,7 +160,7 @@ std::size_t From1251ToUtf8(const char* text, std::size_t length, char* target) {
 }
 
 std::size_t WideLength(unsigned codePage, const char* text, std::size_t length) {
-    switch (codePage) {
+    switch (codePage = Resolved(codePage)) {
     case ansiCodePage:
         return length;
     case utf8CodePage:
@@ -245,7 +171,7 @@ std::size_t WideLength(unsigned codePage, const char* text, std::size_t length) 
 }
 
 std::size_t ToWide(unsigned codePage, const char* text, std::size_t length, WCHAR* target) {
-    switch (codePage) {
+    switch (codePage = Resolved(codePage)) {
     case ansiCodePage:
         return Convert1251(text, length, target);
     case utf8CodePage:
@@ -256,25 +182,33 @@ std::size_t ToWide(unsigned codePage, const char* text, std::size_t length, WCHA
 }
 
 std::size_t NarrowLength(unsigned codePage, const WCHAR* text, std::size_t length) {
-    switch (codePage) {
+    switch (codePage = Resolved(codePage)) {
     case ansiCodePage:
         return length;
     case utf8CodePage:
         return WideToUtf8(text, length, nullptr);
     default:
-        return SystemToNarrow(codePage, text, length, nullptr);
+        return SystemToNarrow(codePage, {text, length}, nullptr);
     }
 }
 
 std::size_t ToNarrow(unsigned codePage, const WCHAR* text, std::size_t length, char* target) {
-    switch (codePage) {
+    switch (codePage = Resolved(codePage)) {
     case ansiCodePage:
         return Convert1251(text, length, target);
     case utf8CodePage:
         return target ? WideToUtf8(text, length, target) : 0;
     default:
-        return SystemToNarrow(codePage, text, length, target);
+        return SystemToNarrow(codePage, {text, length}, target);
     }
+}
+
+std::string Recode(std::string_view text, unsigned from, unsigned to) {
+    std::u16string wide(WideLength(from, text.data(), text.size()), u'\0');
+    ToWide(from, text.data(), text.size(), wide.data());
+    std::string result(NarrowLength(to, wide.data(), wide.size()), '\0');
+    ToNarrow(to, wide.data(), wide.size(), result.data());
+    return result;
 }
 
 } // namespace zynplatform

@@ -1,5 +1,6 @@
 #include "zynplatform/environment.h"
 
+#include "zynplatform/codepage.h"
 #include "zynplatform/paths.h"
 
 #include <cstdlib>
@@ -23,8 +24,9 @@ bool GetEnvironmentValue(const char* name, std::string& value) {
 }
 
 bool GetEnvironmentPath(const char* name, std::string& value) {
+    const std::string nativeName = Recode(name ? name : "", ansiCodePage, utf8CodePage);
     std::string found;
-    GetEnvironmentValue(name, found);
+    GetEnvironmentValue(nativeName.c_str(), found);
     // A value written with backslashes alone is in library form already.
     const bool isLibraryForm = found.find('\\') != found.npos && found.find('/') == found.npos;
     value = isLibraryForm ? found : FromNativePath(found);

@@ -18,8 +18,8 @@ ZYN_API std::uint32_t GetThreadLocale();
 ZYN_API void SetThreadLocale(std::uint32_t lcid);
 
 // The identifier for a POSIX locale name, as "sr_RS.UTF-8@latin": the best match of language, region and
-// script. An unknown region gives the language's usual one; "C", an empty name and an unknown language give
-// 1033.
+// script. An unknown region or script gives the language's usual one, as Spanish of Spain for "es_CU"; "C",
+// an empty name and an unknown language give 1033.
 ZYN_API std::uint32_t LocaleFromPosixName(std::string_view name);
 
 } // namespace zynplatform

@@ -20,14 +20,6 @@ std::int64_t SystemTime() {
 
 std::atomic<std::int64_t (*)()> timeSource{SystemTime};
 
-std::string Recode(std::string_view text, unsigned from, unsigned to) {
-    std::u16string wide(WideLength(from, text.data(), text.size()), u'\0');
-    ToWide(from, text.data(), text.size(), wide.data());
-    std::string result(NarrowLength(to, wide.data(), wide.size()), '\0');
-    ToNarrow(to, wide.data(), wide.size(), result.data());
-    return result;
-}
-
 std::int64_t Milliseconds() {
     return timeSource.load(std::memory_order_acquire)();
 }
@@ -59,13 +51,28 @@ void SetTimeSource(std::int64_t (*milliseconds)()) {
 }
 
 bool LocalTime(std::int64_t seconds, std::tm& local) {
+    tzset(); // localtime_r need not look at TZ again
     const std::time_t time = seconds;
     return localtime_r(&time, &local) != nullptr;
 }
 
+namespace {
+
+// The zone's standard time of today. The C library's own answer, timezone and tzname, changes with every
+// moment that is converted.
+void SetStandardZone(std::tm& time) {
+    constexpr std::int64_t halfYear = std::int64_t{183} * 86400;
+    std::tm local{};
+    for (const std::int64_t moment : {CurrentTime(), CurrentTime() + halfYear})
+        if (LocalTime(moment, local) && local.tm_isdst == 0) break;
+    time.tm_gmtoff = local.tm_gmtoff;
+    time.tm_zone = local.tm_zone;
+}
+
+} // namespace
+
 std::string FormatTime(const char* format, std::tm time) {
-    tzset();
-    time.tm_gmtoff = -timezone;
+    SetStandardZone(time);
     const bool isUtf8 = std::string_view(nl_langinfo(_NL_TIME_CODESET)) == "UTF-8";
     const std::string recoded = isUtf8 ? Recode(format, ansiCodePage, utf8CodePage) : format;
     const std::size_t limit = std::max<std::size_t>(256, 64 * recoded.size());

@@ -48,12 +48,14 @@ ZYN_API TimeOfDay LocalTimeOfDay();
 ZYN_API void SetTimeSource(std::int64_t (*milliseconds)());
 
 // Breaks a count of seconds since 1970-01-01 00:00 UTC down into local time, by the time zone of the process
-// (the variable TZ, else the system's). False when the year does not fit the record. Safe from any thread.
+// (the variable TZ as it is at the time, else the system's). False when the year does not fit the record.
+// Safe from any thread that does so while nobody changes the environment; this goes for all that looks at the
+// zone.
 ZYN_API bool LocalTime(std::int64_t seconds, std::tm& local);
 
 // The text that std::strftime makes, of any length, in code page 1251: names of months and days, which come
 // from the process's locale, are converted when that is a UTF-8 one. %z and %Z name the standard time of the
-// process's time zone. The format is not empty and lies in code page 1251.
+// process's time zone, today's whatever the date. The format is not empty and lies in code page 1251.
 //
 // Empty when the text is empty, and when it is longer than 256 bytes and 64 times its format: only a field
 // width makes it so, and a width may ask for gigabytes.

@@ -4,6 +4,7 @@
 #include "zynhost/application.h"
 #include "zynplatform/locale.h"
 
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -16,6 +17,7 @@ public:
 
     int DoMessageBox(const char* text, std::uint32_t style, std::uint32_t) override {
         boxes.push_back(std::to_string(style) + " " + text);
+        whileShown();
         return IDOK;
     }
     CStringA GetHelpFilePath() const override { return folder.Path("host.hlp"); }
@@ -30,5 +32,6 @@ public:
 
     TempFolder folder;
     std::vector<std::string> boxes;
+    std::function<void()> whileShown = [] {};
     std::map<std::string, int> profile;
 };

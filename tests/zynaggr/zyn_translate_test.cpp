@@ -1,6 +1,8 @@
 #include "support/host.h"
+#include "zynaggr/ini.h"
 #include "zynaggr/zyn_translate.h"
 #include "zynaggr/zynerror.h"
+#include "zynaggr/zynhelpers.h"
 #include "zynplatform/cp1251.h"
 #include "zynplatform/registry.h"
 
@@ -24,6 +26,47 @@ TEST(Translate, GivesTheTextItselfUnlessADictionaryHasIt) {
         EXPECT_EQ(static_cast<const void*>(CzynTranslate::Translate(text)), text);
     const SzynErrorDescription error(-1, nullptr, nullptr, 0, nullptr, 7, nullptr, nullptr, nullptr);
     EXPECT_EQ(SzynErrorDescription(error).Print(nullptr, true), "Module:  7; ");
+    CzynTranslate::SetShouldTranslate(false);
+}
+
+TEST(Translate, KeepsToAFormatWhoseTranslationReadsOtherArguments) {
+    const char* const format = "%s %*d%% %.1f %ld %c";
+    const auto isUsed = [&](const char* translation) {
+        CzynTranslate::AddStringTranslationPair(format, translation);
+        return CStringA(CzynTranslate::TranslateFormat(format)) == translation;
+    };
+    CzynTranslate::SetShouldTranslate(true);
+    for (const char* same : {"%%[%-10s] %-*x %g (%+li) %c", "%1$s %3$*2$d %4$f %5$ld %6$c"})
+        EXPECT_TRUE(isUsed(same)) << same;
+    // Fewer, more, ill-formed, other types, of which the C library does not know all, and another order.
+    for (const char* other :
+         {"", "%s %*d%% %.1f %ld", "%s %*d%% %.1f %ld %c %s", "%s %*d%% %.1f %ld %c %",
+          "%s %*d%% %.1f %ld %c %n", "%s %*d%% %.1f %ld %c%*%", "%ls %*d%% %.1f %ld %c", "%s %*d %.1f %d %c",
+          "%s %*d %.1f %Id %c", "%s %*Ld %.1f %ld %c", "%s %*d %.1f %ld %p", "%s %*d %.*f %ld %c",
+          "%s %*c %.1f %ld %d", "%s %*d %.1f %c %ld", "%1$s %3$*3$d %4$f %5$ld %6$c",
+          "%1$s %3$*2$d %4$.*2$f %5$ld %6$c", "%1$s %3$*2$d %4$f %5$ld %5$c"})
+        EXPECT_FALSE(isUsed(other)) << other;
+    EXPECT_TRUE(CzynTranslate::TranslateFormat("%n") && !CzynTranslate::TranslateFormat(nullptr));
+
+    const TempFolder folder; // what the library formats itself
+    folder.Write("a.ini", "[old]\nkey=1\n");
+    for (const char* own :
+         {"; Опция '%s' была переименована. Старое название опции '%s'"_cp1251,
+          "Группа опций [%s] была переименована. Старое название группы [%s]"_cp1251,
+          "Путь из ini '%s' заменен полным путем '%s'"_cp1251, "Код ошибки: %i;\nОписание ошибки: %s"_cp1251})
+        CzynTranslate::AddStringTranslationPair(own, "%n %s %s %s %s");
+    CzynINI ini;
+    ini.SetINI(folder.Path("a.ini"), false, 0);
+    ini.RenameParam("old", "key", "k");
+    ini.RenameGroupe("old", "new");
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(ini.ExpandPath(".\\x"), folder.Path("x"));
+    CStringA text;
+    zynGetDescriptionSystemError(2, text, true);
+    text = testing::internal::GetCapturedStdout().c_str() + text + folder.Read("a.ini").c_str();
+    for (const char* shown : {"Путь из ini '.\\x' заменен"_cp1251, "Код ошибки: 2"_cp1251,
+                              "Группа опций [new]"_cp1251, "; Опция 'k' была переименована"_cp1251})
+        EXPECT_GE(text.Find(shown), 0) << text;
     CzynTranslate::SetShouldTranslate(false);
 }
 

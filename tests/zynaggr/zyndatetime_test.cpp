@@ -88,9 +88,8 @@ TEST(DateTime, TakesAnyTimeAndAnswersNothingOutOfRange) {
     }
 }
 
-TEST(DateTime, CountsSecondsInLocalTime) {
+TEST(DateTime, CountsSecondsInLocalTimeByTheZoneAsItIs) {
     setenv("TZ", "EAST-5:30", 1);
-    tzset();
     EXPECT_DOUBLE_EQ(CzynDateTime(std::int64_t{253402280999}), lastDay + 86399 / 86400.0);
     for (const std::int64_t seconds : {std::int64_t{-1}, std::int64_t{253402281000},
                                        std::int64_t{2068146604800} /* the year 67536 */, INT64_MAX})
@@ -99,8 +98,12 @@ TEST(DateTime, CountsSecondsInLocalTime) {
     EXPECT_EQ(CzynDateTime::GetTickCount().Format("%F %T %z %Z"), "1970-01-01 05:30:00 +0530 EAST");
     zynplatform::SetTimeSource(nullptr);
     EXPECT_LE(std::abs(std::time(nullptr) - zynplatform::CurrentTime()), 1);
+    setenv("TZ", "WEST3", 1); // without tzset
+    EXPECT_EQ(CzynDateTime(std::int64_t{86400}).GetHour(), 21);
+    setenv("TZ", "America/Caracas", 1); // where standard time was another one in 2012
+    const auto zone = [](std::int64_t seconds) { return CzynDateTime(seconds).Format("%z %Z"); };
+    EXPECT_EQ(zone(1'350'000'000), zone(1'700'000'000));
     unsetenv("TZ");
-    tzset();
 }
 
 TEST(DateTime, ComparesAndAddsByStatusThenLinearly) {

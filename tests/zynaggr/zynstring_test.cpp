@@ -5,6 +5,7 @@
 #include "zynhost/stringresources.h"
 #include "zynplatform/codepage.h"
 #include "zynplatform/cp1251.h"
+#include "zynplatform/environment.h"
 
 #include <algorithm>
 #include <climits>
@@ -68,6 +69,12 @@ TYPED_TEST(StringTest, CapacityIsWhatWasAskedForAndConversionAsksForOneMore) {
     asked.ReleaseBuffer(-1); // changes nothing
     ExpectEach({{asked.m_nSize, 12}, {asked.GetLength(), 11}});
     EXPECT_THROW(asked.SetLength(UINT_MAX), std::bad_alloc);
+    constexpr bool isWide = requires {
+        asked.SetAt(1, TypeParam('x'));
+    }; // only there
+    static_assert(isWide != std::is_same_v<TypeParam, char>);
+    if constexpr (isWide) asked.SetAt(1, 'x');
+    EXPECT_EQ(asked[1L], isWide ? 'x' : '1');
 
     using Other = std::conditional_t<std::is_same_v<TypeParam, char>, WCHAR, char>;
     typename TestFixture::String text(Convert("Ёжи"_cp1251, Other()).c_str());
@@ -97,7 +104,8 @@ TYPED_TEST(StringTest, PartsAndSearchesKeepWithinTheText) {
         }
     }
     const auto* const null = static_cast<const TypeParam*>(nullptr);
-    ExpectEach({{abc.Find(null, 1), 0},
+    ExpectEach({{abc[static_cast<unsigned short>(2)], 'c'},
+                {abc.Find(null, 1), 0},
                 {this->Make("").Find(this->T("").c_str(), 0), -1},
                 {abc.Find(TypeParam(0), 0), -1},
                 {this->Make("aba").ReverseFind('a'), 2},
@@ -129,7 +137,9 @@ TYPED_TEST(StringTest, TrimsFoldsAndEdits) {
                 {text.Left(3).GetLength(), 1},
                 {(text += text.GetCString()).GetLength(), 8},
                 {text.MakeReverse().GetAt(0), isWide ? 'd' : 'a'},
-                {text.Remove(0), 2}});
+                {text.Replace(text.GetAt(0), TypeParam(0)), 2},
+                {(text += text.GetCString()).GetLength(), 8},
+                {text.Remove(0), 4}});
 }
 
 TYPED_TEST(StringTest, TokenizeMovesThePosition) {
@@ -164,7 +174,7 @@ TYPED_TEST(StringTest, ComparesWithAndWithoutCase) {
     };
     const auto sign = [](int result) { return (result > 0) - (result < 0); };
     for (const auto& c : cases) {
-        auto left = this->Make(c.left);
+        const auto left = this->Make(c.left);
         const auto right = this->T(c.right);
         EXPECT_EQ(c.exact, sign(left.Compare(right.c_str(), true))) << c.left << ' ' << c.right;
         EXPECT_EQ(c.folded, sign(left.CompareNoCase(right.c_str()))) << c.left << ' ' << c.right;
@@ -198,44 +208,46 @@ TYPED_TEST(StringTest, LoadsResourcesAndEnvironment) {
     EXPECT_EQ(this->T("Строка"_cp1251), this->Content(text));
     zynSetStringResources(&module, nullptr);
 
-    const auto name = this->T("ZYN_STRING_TEST");
-    setenv("ZYN_STRING_TEST", "Ёж", 1); // UTF-8, as the system has it
+    const auto name = this->T("ПЕРЕМЕННАЯ"_cp1251);
+    setenv("ПЕРЕМЕННАЯ", "Ёж", 1); // UTF-8, as the system has it
+    std::string path;
+    EXPECT_TRUE(zynplatform::GetEnvironmentPath("ПЕРЕМЕННАЯ"_cp1251, path) && path == "Ёж"_cp1251);
     EXPECT_EQ(1, text.GetEnvironmentVariableA(name.c_str()));
     EXPECT_EQ(this->T("Ёж"_cp1251), this->Content(text));
     EXPECT_EQ(4u, text.m_nSize);
-    unsetenv("ZYN_STRING_TEST");
+    unsetenv("ПЕРЕМЕННАЯ");
     EXPECT_EQ(0, text.GetEnvironmentVariableA(name.c_str()));
     EXPECT_TRUE(text.IsEmpty());
 }
 
-TEST(StringFormatTest, IsCutAtItsLimitAndSaysSo) {
-    CzynStringA narrow("old");
-    ExpectEach({{narrow.Format("%s-%02d", "abc", 5), 6}, {narrow.Compare("abc-05", true), 0}});
-    ExpectEach({{narrow.Format("%5000d", 1), -1}, {narrow.GetLength(), 3999}});
-    ExpectEach({{narrow.Format(""), 0}, {narrow.GetLength(), 0}});
-    CzynStringW wide(u"old");
-    ExpectEach({{wide.Format(nullptr), 0}, {wide.Format(u""), 0}, {wide.GetLength(), 3}});
-    for (const WCHAR* tooWide : {u"%5000d", u"%.5000d"}) // the digit stands behind the limit
-        ExpectEach({{wide.Format(tooWide, 1), -1}, {wide.Find(u"1", 0), -1}, {wide.GetLength(), 3999}});
-}
-
-TEST(StringFormatTest, WideDirectivesPrintWhatTheCLibraryWould) {
-    CzynStringW text;
-    const auto check = [&](int result, std::u16string_view expected) {
-        EXPECT_EQ(static_cast<int>(expected.size()), result);
-        EXPECT_EQ(expected, std::u16string_view(text, static_cast<std::size_t>(text.GetLength())));
+TYPED_TEST(StringTest, FormatsLikeTheCLibraryWithTextOfBothKinds) {
+    constexpr bool isNarrow = std::is_same_v<TypeParam, char>;
+    typename TestFixture::String text = this->Make("old");
+    const auto check = [&](std::string_view expected, const char* format, auto... arguments) {
+        const int length = text.Format(this->T(format).c_str(), arguments...);
+        EXPECT_EQ(static_cast<int>(expected.size()), length) << format;
+        EXPECT_EQ(this->T(expected), this->Content(text)) << format;
     };
-    check(text.Format(u"%s|%hs|%S|%c|%C|%%", u"Ёж", "\xA8", "b", u'Ж', 'c'), u"Ёж|Ё|b|Ж|c|%");
-    check(text.Format(u"%5s|%-5s|%.1s|%s", u"ab", u"ab", u"ab", static_cast<const WCHAR*>(nullptr)),
-          u"   ab|ab   |a|(null)");
-    check(text.Format(u"%d %u %x %#X %o %+d %05d", -1, 4000000000u, 255, 255, 8, 7, 42),
-          u"-1 4000000000 ff 0XFF 10 +7 00042");
-    check(text.Format(u"%lld %I64d %ld %hhd %zu", 1LL << 40, -(1LL << 40), 5L, 257, std::size_t(9)),
-          u"1099511627776 -1099511627776 5 1 9");
-    check(text.Format(u"%*d|%-*d|%.*f|%g", 4, 7, 4, 7, 2, 3.14159, 0.5), u"   7|7   |3.14|0.5");
-    check(text.Format(u"%2$s %1$d %2$s", 3, u"x"), u"x 3 x");
-    for (const WCHAR* illFormed : {u"%", u"%n", u"%5", u"%2$d", u"%1$s %1$d", u"%l"})
-        EXPECT_EQ(-1, text.Format(illFormed, 1, 2));
+    const void* const narrow = "Ёж"_cp1251;
+    const void* const wide = u"Ёж";
+    check("Ёж|Ёж|Ж|Ж|%"_cp1251, isNarrow ? "%s|%S|%c|%C|%%" : "%S|%s|%C|%c|%%", narrow, wide, "Ж"_cp1251[0],
+          u'Ж');
+    check("Ёж|Ёж|Ж|Ж|Ё"_cp1251, "%hs|%ls|%hc|%lc|%.1ws", narrow, wide, "Ж"_cp1251[0], u'Ж', wide);
+    check("  Ёж|Ёж  |(null)"_cp1251, "%4ls|%-4ls|%ls", wide, wide, nullptr);
+    check("-1 4000000000 ff 0XFF 10 +7 00042", "%d %u %x %#X %o %+d %05d", -1, 4000000000u, 255, 255, 8, 7,
+          42);
+    check("1099511627776 -1099511627776 5 1 9 7", "%lld %I64d %ld %hhd %zu %I32d", 1LL << 40, -(1LL << 40),
+          5L, 257, std::size_t(9), 7);
+    check("   7|7   |3.14|0.5|7", "%*d|%-*d|%.*f|%g|%Iu", 4, 7, 4, 7, 2, 3.14159, 0.5, std::size_t(7));
+    check("Ёж 3 Ёж"_cp1251, "%2$ls %1$I64d %2$ls", 3LL, wide);
+
+    for (const char* illFormed : {"%n", "%I", "%I32d%", "%I32d%5", "%Id%l", "%2$I64d", "%1$ls %1$d"})
+        EXPECT_EQ(-1, text.Format(this->T(illFormed).c_str(), nullptr, nullptr)) << illFormed;
+    for (const char* tooWide : {"%5000d", "%5000I32d", "%.5000I32d"}) // the digit stands behind the limit
+        ExpectEach({{text.Format(this->T(tooWide).c_str(), 1), -1},
+                    {text.Find(TypeParam('1'), 0), -1},
+                    {text.GetLength(), 3999}});
+    ExpectEach({{text.Format(nullptr), 0}, {text.GetLength(), isNarrow ? 0 : 3999}});
 }
 
 // The rules again, slow and plain: a text and a capacity.
@@ -309,7 +321,7 @@ template <class S, class C> int Change(S& s, unsigned step, const C* text, const
     if (step == 10) return s.Remove(c);
     if (step == 11) s.TrimLeft(c);
     if (step == 12) s.TrimRight(c);
-    if (step == 13) s.Trim(other);
+    if (step == 13) s.Trim(text);
     if (step == 14) s.GetBuffer(n * 3);
     if (step == 15) s.SetSize(static_cast<unsigned>(n) * 5);
     return s.GetLength();
@@ -332,9 +344,12 @@ TYPED_TEST(StringTest, RandomOperationsAgreeWithTheModel) {
     int failures = 0;
     for (int round = 0; round < 100'000; ++round) {
         std::basic_string<C> text = pickText(pick(6)), other = pickText(pick(4));
-        const C* own = nullptr; // a piece of the string itself now and then
+        const C* own = nullptr; // a piece of the string itself now and then, or of the room behind it
+        const std::size_t end = model.text.size() + 1;
         if (pick(4) == 0)
-            text = own = string.GetCString() + pick(static_cast<unsigned>(model.text.size()) + 1);
+            text = own = string.GetCString() + pick(static_cast<unsigned>(end));
+        else if (pick(4) == 0 && model.size - end > text.size())
+            own = std::char_traits<C>::copy(string.GetBuffer(0) + end, text.c_str(), text.size() + 1);
         const C c = static_cast<C>('a' + pick(3));
         const unsigned step = pick(16);
         const int n = static_cast<int>(pick(12));

@@ -174,46 +174,51 @@ TEST(CodePage, Utf8ConvertsAsTheTableOfWellFormedSequencesSays) {
         ASSERT_EQ(Converted<char>(part, announce(bytes), zynplatform::Utf8To1251), bytes) << text;
         ASSERT_EQ(Converted<char>(narrow, announce(back), zynplatform::From1251ToUtf8), back) << bytes;
     }
-}
-
-TEST(CodePage, EveryUnitSurvivesUtf8ExceptUnpairedSurrogates) {
-    std::u16string all;
+    std::u16string all = u"\xD83D\xDE00|"; // every unit alone, and blocks of it
     for (unsigned unit = 0; unit < 0x10000; ++unit)
-        all += static_cast<char16_t>(unit);
-    for (std::size_t copies = 1; copies <= 40; copies += 13) {
-        std::u16string text;
-        for (const char16_t unit : all)
-            text.append(copies, unit).append(1, u' ');
-        const std::string bytes = ReferenceUtf8(text);
-        EXPECT_EQ(Narrow(65001, text), bytes) << copies;
-        EXPECT_EQ(Wide(65001, bytes), ReferenceWide(bytes)) << copies;
-    }
-    EXPECT_EQ(Narrow(65001, u"\xD83D\xDE00\xD83D|\xDE00"), "😀\uFFFD|\uFFFD");
-    EXPECT_EQ(Wide(65001, "\xF0\x9F\x98|\xC0\xAF"), u"\uFFFD|\uFFFD\uFFFD");
+        (all += static_cast<char16_t>(unit)).append(1, u' ').append(70, static_cast<char16_t>(unit));
+    const std::string bytes = ReferenceUtf8(all);
+    EXPECT_TRUE(Narrow(65001, all) == bytes && Wide(65001, bytes) == ReferenceWide(bytes));
 }
 
 TEST(CodePage, OtherPagesAreTheSystemsAndUnknownOnesGiveNothing) {
-    for (const std::size_t copies : {1u, 1500u}) {
-        std::string bytes;
-        std::u16string units;
-        for (std::size_t i = 0; i < copies; ++i) {
-            bytes.append("\x8F\xE0\0\xF1", 4);
-            units.append(u"Пр\0ё", 4);
+    const struct {
+        unsigned page;
+        char way; // '>': to wide, '<': to narrow, '=': both
+        std::string_view narrow;
+        std::u16string_view wide;
+    } cases[] = {
+        {866, '=', {"\x8F\xE0\0\xF1", 4}, {u"Пр\0ё", 4}},
+        {1252, '>', "\x80\xE9\x81|", u"€é\xFFFD|"},
+        {932, '>', "\x93\xFA\x93", u"日\xFFFD"},
+        {1258, '=', "Hello", u"Hello"}, // the converter waits for a mark that may follow
+        {1258, '>', "a\x81\xCC|e\x81", u"a\xFFFD\x300|e\xFFFD"},
+        {1252, '<', "\x80\xE9?|??|?|??|?", u"€éя|😀|\xD800|\xDB40\xDC41|\xDB40"},
+        {54936, '=', "\x81\x30\x81\x30|\xD3\x36\x9C\x33", u"\x80|\xDB40\xDC41"},
+        {65000, '=', "A+BC8-+20DcQQ-z", u"AЯ\xDB40\xDC41z"},
+        {20127, '<', "A?", u"Aя"},
+        {0, '=', "\xFF", u"я"},
+        {1, '=', "\xEF", u"я"},
+        {2, '=', "\xDF", u"я"},
+        {3, '=', "\xFF", u"я"},
+    };
+    for (const auto& [page, way, narrow, wide] : cases)
+        for (const int copies : {1, 1500}) { // the second in several pieces
+            std::string bytes;
+            std::u16string units;
+            for (int i = 0; i < copies; ++i) {
+                (bytes += i > 0 ? "\n" : "") += narrow;
+                (units += i > 0 ? u"\n" : u"") += wide;
+            }
+            EXPECT_TRUE(way == '<' || Wide(page, bytes) == units) << page;
+            EXPECT_TRUE(way == '>' || Narrow(page, units) == bytes) << page;
         }
-        EXPECT_EQ(Wide(866, bytes), units);
-        EXPECT_EQ(Narrow(866, units), bytes);
-    }
-    EXPECT_EQ(Wide(1252, "\x80\xE9\x81|"), u"€é\xFFFD|");
-    EXPECT_EQ(Wide(932, "\x93\xFA\x93"), u"日\xFFFD");
-    EXPECT_EQ(Wide(unknownPage, "text"), u"");
-    EXPECT_EQ(Narrow(1252, u"€éя|😀|\xD800"), "\x80\xE9?|??|?");
-    EXPECT_EQ(Narrow(unknownPage, u"text"), "");
-    for (const unsigned page : {1251u, 65001u, 866u, unknownPage}) { // null is an empty text
-        EXPECT_EQ(zynplatform::WideLength(page, nullptr, 0), 0u);
-        EXPECT_EQ(zynplatform::ToWide(page, nullptr, 0, nullptr), 0u);
-        EXPECT_EQ(zynplatform::NarrowLength(page, nullptr, 0), 0u);
-        EXPECT_EQ(zynplatform::ToNarrow(page, nullptr, 0, nullptr), 0u);
-    }
+    EXPECT_TRUE(Wide(unknownPage, "text").empty() && Narrow(unknownPage, u"text").empty());
+    using namespace zynplatform;
+    for (const unsigned page : {1251u, 65001u, 866u, unknownPage}) // null is an empty text
+        EXPECT_EQ(WideLength(page, nullptr, 0) + ToWide(page, nullptr, 0, nullptr) +
+                      NarrowLength(page, nullptr, 0) + ToNarrow(page, nullptr, 0, nullptr),
+                  0u);
 }
 
 } // namespace
