@@ -163,6 +163,14 @@ protected:
     // Writes m_aSections to the file.
     virtual bool InternalSave();
 
+    // For a derived class that lets the library keep an index. The library cannot see whether a class of a
+    // host's changes the model: m_aSections, what hangs on it, or a key through the pointer that
+    // FindCreateOption returns. So its queries go through all names, every time. A class that calls
+    // ModelChanged, say in its constructor, promises to call it again before the next query or edit whenever
+    // it has changed a name, or has added, removed or moved a section or an entry; values don't matter. Its
+    // queries then cost the same however long the file is.
+    void ModelChanged();
+
     // The entry, or null. With bCreate it is made when missing, its section too.
     SOption* FindCreateOption(const char* szSection, const char* szKey, bool bCreate, const char* szComment);
     zyn::IniIndex& Index();
@@ -192,10 +200,11 @@ protected:
     bool m_bReadOnly = false; // the last write check failed
     std::atomic<bool> m_bFileExist = false;
     std::atomic<bool> m_bHomeDir = false;
-    SectionArray m_aSections{8}; // in file order
-    CzynTimeMeter m_TimeMeter;   // time since the last load or save
+    bool m_bTellsChanges = false; // ModelChanged was called
+    SectionArray m_aSections{8};  // in file order
+    CzynTimeMeter m_TimeMeter;    // time since the last load or save
     CZynCriticalSection m_CS;
-    std::unique_ptr<zyn::IniIndex> m_pIndex; // for look-ups; dropped whenever the model changes
+    std::unique_ptr<zyn::IniIndex> m_pIndex; // of m_aSections
 };
 
 // A line of a section.

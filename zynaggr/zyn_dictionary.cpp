@@ -135,7 +135,7 @@ private:
     std::map<int, CStringA> m_aSources;      // by id, of all files so far
     std::map<int, CStringA> m_aTranslations; // likewise
     // The dictionary to be. It points into the two maps, from which no text that it has is taken.
-    std::unordered_map<std::string_view, Translation> m_aMerged;
+    std::unordered_map<std::string_view, Translation, zyn::TextHash> m_aMerged;
 };
 
 // Where the host's dictionaries are, with a backslash at its end.
