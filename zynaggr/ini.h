@@ -191,7 +191,8 @@ protected:
     bool ParseText(std::string_view text);
     CStringA ComposeText();
 
-    CStringA m_sEnvForFind; // name of an environment variable that may point at the file
+    bool m_bTellsChanges = false; // ModelChanged was called
+    CStringA m_sEnvForFind;       // name of an environment variable that may point at the file
     CStringA m_sIniName;
     CStringA m_sIniPath;
     zynTextEncoding m_nEncoding = zynEncUnknown; // found at the last load; used when writing
@@ -200,9 +201,8 @@ protected:
     bool m_bReadOnly = false; // the last write check failed
     std::atomic<bool> m_bFileExist = false;
     std::atomic<bool> m_bHomeDir = false;
-    bool m_bTellsChanges = false; // ModelChanged was called
-    SectionArray m_aSections{8};  // in file order
-    CzynTimeMeter m_TimeMeter;    // time since the last load or save
+    SectionArray m_aSections{8}; // in file order
+    CzynTimeMeter m_TimeMeter;   // time since the last load or save
     CZynCriticalSection m_CS;
     std::unique_ptr<zyn::IniIndex> m_pIndex; // of m_aSections
 };
