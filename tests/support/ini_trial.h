@@ -32,7 +32,7 @@ public:
 
     bool Step() {
         const std::string section = Name(), key = Name(), text = Name();
-        const char *const s = section.c_str(), *const k = key.c_str(), *const t = text.c_str();
+        const char *const s = Argument(section), *const k = Argument(key), *const t = Argument(text);
         const char* const comment = std::array{"", "n", "note", "; note"}[m_pick(4)];
         const unsigned kind = m_pick(100);
         if (kind < 52) {
@@ -69,11 +69,13 @@ public:
         }
         CStringA note;
         if (kind == 98) {
-            note.Format("; Опция '%s' была переименована. Старое название опции '%s'"_cp1251, t, k);
+            note.Format("; Опция '%s' была переименована. Старое название опции '%s'"_cp1251, text.c_str(),
+                        key.c_str());
             if (m_reference.RenameLine(section, key, text, note.GetString())) Save();
             return All("", [&](CzynINI& ini) { return ini.RenameParam(s, k, t), ""; });
         }
-        note.Format("Группа опций [%s] была переименована. Старое название группы [%s]"_cp1251, t, s);
+        note.Format("Группа опций [%s] была переименована. Старое название группы [%s]"_cp1251, text.c_str(),
+                    section.c_str());
         if (m_reference.RenameSection(section, text, note.GetString())) Save();
         return All("", [&](CzynINI& ini) { return ini.RenameGroupe(s, t), ""; });
     }
@@ -96,8 +98,12 @@ private:
     std::string Name() {
         std::string name = m_pick(3) ? "" : "longer than a block ";
         for (unsigned letters = m_pick(3); letters > 0; --letters)
-            name += "aAbB1-\xC6\xE6\xA8\xB8@`"[m_pick(12)]; // Ж ж Ё ё
+            name += "aAbB1- \xC6\xE6\xA8\xB8@`"[m_pick(13)]; // Ж ж Ё ё
         return m_pick(8) ? name : name + "___copy";
+    }
+    // An empty text may be null.
+    const char* Argument(const std::string& text) {
+        return text.empty() && m_pick(2) ? nullptr : text.c_str();
     }
     static std::string Pairs(CzynINI& ini, const char* section) {
         CzynINI::KeyValArray pairs(8);
