@@ -26,7 +26,7 @@
 #endif
 
 // One settings file of 1 MB in code page 1251: 500 sections of 40 keys, with comments; the same peers in turn
-// load it, look keys up and save it.
+// load it, look keys up, edit it in memory and save it.
 
 namespace {
 
@@ -92,6 +92,10 @@ struct Ours {
     bool Set(const std::string& section, const std::string& key, const std::string& value) {
         return m_ini.WriteString(section.c_str(), key.c_str(), value.c_str(), nullptr);
     }
+    void Defer() { m_ini.SetWriteMode(false); }
+    bool Edit(const std::string& section, const std::string& key, const std::string& value) {
+        return Set(section, key, value);
+    }
     CzynINI m_ini;
 };
 
@@ -102,8 +106,11 @@ struct Simple {
         return m_ini.GetValue(section.c_str(), key.c_str(), "");
     }
     bool Set(const std::string& section, const std::string& key, const std::string& value) {
-        m_ini.SetValue(section.c_str(), key.c_str(), value.c_str());
-        return m_ini.SaveFile(m_path.c_str()) == SI_OK;
+        return Edit(section, key, value) && m_ini.SaveFile(m_path.c_str()) == SI_OK;
+    }
+    void Defer() {}
+    bool Edit(const std::string& section, const std::string& key, const std::string& value) {
+        return m_ini.SetValue(section.c_str(), key.c_str(), value.c_str()) == SI_UPDATED;
     }
     std::string m_path;
     CSimpleIniA m_ini;
@@ -157,6 +164,26 @@ template <class Ini> void Lookup(benchmark::State& state) {
     for (auto _ : state) {
         const auto& [section, key] = places[next++ % places.size()];
         benchmark::DoNotOptimize(ini.Get(section, key));
+    }
+}
+
+// In memory: a value that is there gets another one, in a file that the mode of saving leaves alone; with
+// `queries`, between so many look-ups.
+template <class Ini, int queries> void Edit(benchmark::State& state) {
+    const File file(static_cast<int>(state.range(0)), 40);
+    Ini ini(file.Path());
+    ini.Defer();
+    const auto places = file.Places();
+    std::size_t next = 0;
+    for (auto _ : state) {
+        const auto& [section, key] = places[next++ % places.size()];
+        if (!ini.Edit(section, key, next % 2 ? "another value of this parameter" : "value"))
+            state.SkipWithError("not set");
+        for (int i = 0; i < queries; ++i) {
+            const auto& [otherSection, otherKey] =
+                places[(next * 7 + static_cast<std::size_t>(i)) % places.size()];
+            benchmark::DoNotOptimize(ini.Get(otherSection, otherKey));
+        }
     }
 }
 
@@ -222,16 +249,22 @@ const bool keepsMemory = KeepMemory();
         ->Args({500, 40})                                                                                    \
         ->Args({2000, 40})                                                                                   \
         ->Args({1, 10'000})
+#define EDITED(name, function, implementation)                                                               \
+    BENCHMARK(function)->Name("INI " name "/" implementation)->Arg(40)->Arg(125)->Arg(500)->Arg(2000)
 #define SAVED(function, implementation)                                                                      \
     WORKLOAD("INI change and save", function, implementation)->Arg(125)->Arg(500)->Arg(2000)
 
 LOADED(Load<Ours>, "ours");
 LOOKED_UP(Lookup<Ours>, "ours");
+EDITED("edit in memory", (Edit<Ours, 0>), "ours");
+EDITED("edit between 4 look-ups", (Edit<Ours, 4>), "ours");
 SAVED(Save<Ours>, "ours");
 WORKLOAD("INI 1000 edits of 100 lines", Edits, "ours");
 #ifdef HAVE_simpleini
 LOADED(Load<Simple>, "SimpleIni");
 LOOKED_UP(Lookup<Simple>, "SimpleIni");
+EDITED("edit in memory", (Edit<Simple, 0>), "SimpleIni");
+EDITED("edit between 4 look-ups", (Edit<Simple, 4>), "SimpleIni");
 SAVED(Save<Simple>, "SimpleIni");
 WORKLOAD("INI 1000 edits of 100 lines", EditsSimple, "SimpleIni");
 #endif

@@ -1,3 +1,4 @@
+#include "zynaggr/zynmap.h"
 #include "zynaggr/zynstrmap.h"
 
 #include <algorithm>
@@ -66,6 +67,62 @@ template <class Map> void Lookup(benchmark::State& state) {
 
 #define WORKLOAD(map, implementation)                                                                        \
     BENCHMARK(Lookup<map>)->Name("string map, look up/" implementation)->Arg(1'000)->Arg(10'000)->Arg(100'000)
+
+// Numbers as keys: making a map of them, in a random order, up to the first look-up; and looking a random one
+// up.
+struct Numbers {
+    explicit Numbers(benchmark::State& state) : keys(static_cast<std::size_t>(state.range(0))) {
+        for (std::size_t i = 0; i < keys.size(); ++i)
+            keys[i] = static_cast<int>(i * 7);
+        std::shuffle(keys.begin(), keys.end(), std::mt19937(1));
+    }
+    std::vector<int> keys;
+};
+
+void Put(CzynMap& map, int key) {
+    map.Add(key, key + 1);
+}
+int Value(CzynMap& map, int key) {
+    return map.GetByIn(key);
+}
+void Put(std::unordered_map<int, int>& map, int key) {
+    map[key] = key + 1;
+}
+int Value(std::unordered_map<int, int>& map, int key) {
+    return map.find(key)->second;
+}
+
+template <class Map> void FillNumbers(benchmark::State& state) {
+    const Numbers numbers(state);
+    for (auto _ : state) {
+        Map map;
+        for (const int key : numbers.keys)
+            Put(map, key);
+        if (Value(map, 7) != 8) state.SkipWithError("wrong value");
+    }
+}
+
+template <class Map> void LookupNumbers(benchmark::State& state) {
+    const Numbers numbers(state);
+    Map map;
+    for (const int key : numbers.keys)
+        Put(map, key);
+    std::size_t next = 0;
+    for (auto _ : state) {
+        const int key = numbers.keys[next];
+        if (Value(map, key) != key + 1) state.SkipWithError("wrong value");
+        if (++next == numbers.keys.size()) next = 0;
+    }
+}
+
+#define NUMBERS(name, function, implementation)                                                              \
+    BENCHMARK(function)->Name("CzynMap, " name "/" implementation)->Arg(1'000)->Arg(10'000)->Arg(100'000)
+
+using StdNumberMap = std::unordered_map<int, int>;
+NUMBERS("fill", FillNumbers<CzynMap>, "ours");
+NUMBERS("look up", LookupNumbers<CzynMap>, "ours");
+NUMBERS("fill", FillNumbers<StdNumberMap>, "std::unordered_map");
+NUMBERS("look up", LookupNumbers<StdNumberMap>, "std::unordered_map");
 
 using StdMap = std::map<std::string, int>;
 using StdHashMap = std::unordered_map<std::string, int>;

@@ -180,6 +180,14 @@ protected:
     // Writes m_aSections to the file; false, with a text, when they are not known to be there.
     virtual bool InternalSave();
 
+    // For a derived class that lets the library keep an index. The library cannot see whether a class of a
+    // host's changes the model: m_aSections, what hangs on it, or a key through the pointer that
+    // FindCreateOption returns. So its queries go through all names, every time. A class that calls
+    // ModelChanged, say in its constructor, promises to call it again before the next query or edit whenever
+    // it has changed a name, or has added, removed or moved a section or an entry; values don't matter. Its
+    // queries then cost the same however long the file is.
+    void ModelChanged();
+
     // The entry, or null. With bCreate it is made when missing, its section too.
     SOption* FindCreateOption(const char* szSection, const char* szKey, bool bCreate, const char* szComment);
     zyn::IniIndex& Index();
@@ -209,7 +217,8 @@ protected:
     bool ParseText(std::string_view text);
     CStringA ComposeText();
 
-    CStringA m_sEnvForFind; // name of an environment variable that may point at the file
+    bool m_bTellsChanges = false; // ModelChanged was called
+    CStringA m_sEnvForFind;       // name of an environment variable that may point at the file
     CStringA m_sIniName;
     CStringA m_sIniPath;
     zynTextEncoding m_nEncoding = zynEncUnknown; // found at the last load; used when writing
@@ -229,7 +238,7 @@ protected:
     CStringA m_sSaveErr;                          // the text of the last save, when it failed
     bool m_bInTransaction = false;                // saving waits for the end of a CzynINITransaction
     zynplatform::SaveLock* m_pSaveLock = nullptr; // of the transaction that is being committed
-    std::unique_ptr<zyn::IniIndex> m_pIndex;      // for look-ups; dropped whenever the model changes
+    std::unique_ptr<zyn::IniIndex> m_pIndex; // of m_aSections
 };
 
 // A line of a section.

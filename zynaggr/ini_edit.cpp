@@ -6,8 +6,8 @@
 #include "zynplatform/cp1251.h"
 
 #include <memory>
-#include <string>
 #include <typeinfo>
+#include <utility>
 
 // Queries and edits.
 
@@ -15,30 +15,14 @@ using namespace zynplatform::literals;
 
 namespace {
 
-constexpr const char* copyMark = "___copy";
-
-// The first element of a name takes the caller's spelling, and every later one is marked as a copy.
-template <class T, int N> T* Claim(const CzynTAggr<T*, T*, N>& array, CStringA T::*name, const char* wanted) {
-    T* found = nullptr;
-    for (int i = 0; i < array.GetSize(); ++i) {
-        T* const element = array.GetAt(i);
-        if (!element || (element->*name).CompareNoCase(wanted) != 0) continue;
-        element->*name = found ? element->*name + copyMark : CStringA(wanted);
-        if (!found) found = element;
-    }
-    return found;
-}
-
 // Makes an entry and hands it to the section; its position, or -1 when there is no memory.
-int InsertOption(CzynINI::SSection& section, const char* key, const CStringA& value, int position,
+int InsertOption(zyn::IniLines& lines, const char* key, const CStringA& value, int position,
                  CzynINI::SOption** made = nullptr) {
     try {
         auto option = std::make_unique<CzynINI::SOption>(key);
         option->m_sValue = value;
-        const int inserted = section.Insert(option.get(), position);
-        CzynINI::SOption* const owned = option.release();
-        if (made) *made = owned;
-        return inserted;
+        if (made) *made = option.get();
+        return lines.Insert(std::move(option), position);
     } catch (const std::bad_alloc&) {
         return -1;
     }
@@ -47,44 +31,52 @@ int InsertOption(CzynINI::SSection& section, const char* key, const CStringA& va
 } // namespace
 
 zyn::IniIndex& CzynINI::Index() {
-    if (!m_pIndex)
-        m_pIndex = std::make_unique<zyn::IniIndex>();
-    else if (typeid(*this) != typeid(CzynINI)) // a derived class may have changed the model
-        *m_pIndex = {};
+    const bool derived = typeid(*this) != typeid(CzynINI);
+    if (!m_pIndex || (derived && !m_bTellsChanges))
+        m_pIndex = std::make_unique<zyn::IniIndex>(m_aSections, !derived);
     return *m_pIndex;
 }
 
+void CzynINI::ModelChanged() {
+    m_pIndex.reset();
+    m_bTellsChanges = true;
+}
+
 CzynINI::SSection* CzynINI::FindSection(const char* szSection) {
-    return Index().FindSection(m_aSections, szSection ? szSection : "");
+    zyn::IniLines* const lines = Index().FindSection(szSection ? szSection : "");
+    return lines ? &lines->Section() : nullptr;
 }
 
 CzynINI::SOption* CzynINI::FindOption(const char* szSection, const char* szKey) {
-    return Index().FindOption(m_aSections, szSection ? szSection : "", szKey ? szKey : "");
+    zyn::IniLines* const lines = Index().FindSection(szSection ? szSection : "");
+    return lines ? lines->Find(szKey ? szKey : "") : nullptr;
 }
 
 CzynINI::SOption* CzynINI::FindCreateOption(const char* szSection, const char* szKey, bool bCreate,
                                             const char* szComment) {
     if (!bCreate) return FindOption(szSection, szKey);
-    m_pIndex.reset();
-    SSection* section = Claim(m_aSections, &SSection::m_sName, szSection);
-    SOption* option = section ? Claim(section->m_aOptions, &SOption::m_sKey, szKey) : nullptr;
+    if (!szSection) szSection = "";
+    if (!szKey) szKey = "";
+    zyn::IniIndex& index = Index();
+    zyn::IniLines* lines = index.ClaimSection(szSection);
+    SOption* option = lines ? lines->Claim(szKey) : nullptr;
     if (option) return option;
-    if (!section) {
+    if (!lines) {
         try {
-            section = new SSection(m_aSections, szSection);
+            lines = &index.AddSection(szSection);
         } catch (const std::bad_alloc&) {
             m_sErr = CzynTranslate::Translate("Ошибка при выделении памяти под объект секции ini"_cp1251);
             return nullptr;
         }
     }
-    const int position = InsertOption(*section, szKey, CStringA(), -1, &option);
+    const int position = InsertOption(*lines, szKey, CStringA(), -1, &option);
     if (position < 0) {
         FailEntryCreation();
         return nullptr;
     }
     if (const CStringA comment(szComment); comment.GetLength() >= 2) {
         const CStringA line = comment[0] == ';' ? comment : ";" + comment;
-        if (InsertOption(*section, nullptr, line, position) < 0) {
+        if (InsertOption(*lines, nullptr, line, position) < 0) {
             FailEntryCreation();
             return nullptr;
         }
@@ -168,17 +160,9 @@ bool CzynINI::WriteInt(const char* szSection, const char* szKey, int nValue, con
 bool CzynINI::Delete(const char* szSection, const char* szKey) {
     if (!Parse()) return false;
     const CzynEnterCriticalSection lock(&m_CS);
-    SSection* const section = FindSection(szSection);
-    if (!section) return true;
-    m_pIndex.reset();
-    OptionArray& options = section->m_aOptions;
-    for (int i = 0; i < options.GetSize();) {
-        const SOption* const option = options.GetAt(i);
-        if (option && option->m_sKey.CompareNoCase(szKey) == 0)
-            options.Remove(i);
-        else
-            ++i;
-    }
+    zyn::IniLines* const lines = Index().FindSection(szSection ? szSection : "");
+    if (!lines) return true;
+    lines->Remove(szKey ? szKey : "");
     return SaveEdit();
 }
 
@@ -217,7 +201,10 @@ void CzynINI::RenameParam(const char* szSection, const char* szOldName, const ch
     int index = 0;
     while (options.GetAt(index) != option)
         ++index;
-    if (InsertOption(*section, nullptr, sComment, index) < 0) throw std::bad_alloc();
+    auto comment = std::make_unique<SOption>(nullptr);
+    comment->m_sValue = sComment;
+    section->Insert(comment.get(), index);
+    static_cast<void>(comment.release());
     InternalSave();
 }
 

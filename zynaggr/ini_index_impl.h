@@ -1,47 +1,35 @@
 #pragma once
 
-#include "zynaggr/ini.h"
+#include "zynaggr/ini_lines_impl.h"
 
-#include <cstdint>
-#include <string_view>
+#include <memory>
 #include <vector>
 
 namespace zyn {
 
-// Where names stand in the model of an INI file.
+// Where names stand in the model of an INI file, kept up to date through edits.
 //
-// A model that is searched a few times is walked through from its start. Only when that has cost about as
-// much as a table of all its names does the table get made; what is found is the same either way: the first
-// of a name. Whoever changes the model drops the index.
+// Whoever else changes the model destroys the index before that. A change behind its back cannot be found out
+// at a price below that of a walk through all names: a line found may still be right in every respect while
+// an earlier one has become the first of its name. So there is none for an object whose class may do so.
 class IniIndex {
 public:
-    using SectionArray = CzynINI::SectionArray;
+    // loose: nobody else sees the model, see IniLines.
+    IniIndex(CzynINI::SectionArray& sections, bool loose);
 
-    // Null when there is none of that name. Names are zero-terminated.
-    CzynINI::SSection* FindSection(const SectionArray& sections, std::string_view name);
-    CzynINI::SOption* FindOption(const SectionArray& sections, std::string_view section,
-                                 std::string_view key);
+    // The first section of a name, or null; ClaimSection spells it as asked and marks the later ones as
+    // copies. AddSection makes one behind the last.
+    IniLines* FindSection(const char* name);
+    IniLines* ClaimSection(const char* name);
+    IniLines& AddSection(const char* name);
 
 private:
-    // A section, or a line of one.
-    struct Entry {
-        std::uint32_t tag = 0;    // part of the hash; 0: the entry is free
-        std::int32_t section = 0; // position
-        CzynINI::SOption* option = nullptr;
-    };
+    IniLines& LinesOf(int section);
 
-    CzynINI::SSection* WalkToSection(const SectionArray& sections, std::string_view name);
-    CzynINI::SOption* WalkToOption(const CzynINI::SSection& section, std::string_view key);
-
-    bool IsBuilt(const SectionArray& sections);
-    void Build(const SectionArray& sections, std::size_t count);
-    CzynINI::SSection* SectionAt(const SectionArray& sections, std::string_view name);
-    template <class IsSame>
-    void Insert(std::uint64_t hash, std::int32_t section, CzynINI::SOption* option, IsSame isSame);
-    template <class IsWanted> Entry& EntryAt(std::uint64_t hash, IsWanted isWanted);
-
-    std::int64_t m_nWalked = 0;   // elements looked at so far
-    std::vector<Entry> m_entries; // a power of two of them, never all in use
+    CzynINI::SectionArray& m_sections;
+    NameIndex<CzynINI::SSection, &CzynINI::SSection::m_sName> m_names;
+    bool m_bLoose;
+    std::vector<std::unique_ptr<IniLines>> m_lines; // of each section; null before it was asked for
 };
 
 } // namespace zyn

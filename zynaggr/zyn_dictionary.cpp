@@ -147,7 +147,7 @@ private:
     std::map<int, CStringA> m_aSources;      // by id, of all files so far
     std::map<int, CStringA> m_aTranslations; // likewise
     // What the dictionary does not have yet. It points into the two maps, from which no text of it is taken.
-    std::unordered_map<std::string_view, Translation> m_aMerged;
+    std::unordered_map<std::string_view, Translation, zyn::TextHash> m_aMerged;
 };
 
 // Where the host's dictionaries are, with a backslash at its end; nothing when there is no such place.

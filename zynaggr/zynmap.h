@@ -3,11 +3,21 @@
 #include "zynplatform/export.h"
 
 #include <cstdint>
+#include <type_traits>
 
 // One pair of a CzynMap: two machine words, each an integer or a pointer. Keys compare as signed integers.
 struct zynMap_element {
     std::intptr_t in;  // the key
     std::intptr_t out; // the value
+};
+
+// How callers give a key or a value: as a pointer, or as what converts to int. NULL is the integer 0.
+struct zynMap_word {
+    template <class T>
+    requires std::is_convertible_v<T, int> zynMap_word(T number) : word(static_cast<int>(number)) {}
+    zynMap_word(void* pointer) : word(reinterpret_cast<std::intptr_t>(pointer)) {}
+
+    std::intptr_t word;
 };
 
 // A small associative index from one machine word to another: append pairs, sort once, look up by halving.
@@ -29,6 +39,9 @@ struct zynMap_element {
 // With m_bAutoSort the array is kept ascending with every key once: adding a key that is there replaces its
 // value. Set it on an empty or ascending map; without it equal keys are kept.
 //
+// Adding and looking up in turn costs a search and a move of the pairs with greater keys, as in a map that
+// keeps itself sorted, not a sort. Whoever changes keys through m_pData calls SortIn afterwards.
+//
 // Running out of memory throws std::bad_alloc and changes nothing. Not copied; one thread at a time.
 class ZYN_API CzynMap {
 public:
@@ -45,30 +58,20 @@ public:
     int GetSize() const { return m_nSize; } // pairs in use
 
     // Adds a pair; returns the index at which it stands now. The capacity runs 32, 66, 134, 270.
-    int Add(int in, int out) { return AddPair({in, out}); }
-    int Add(int in, void* out) { return AddPair({in, Word(out)}); }
-    int Add(void* in, void* out) { return AddPair({Word(in), Word(out)}); }
-    int Add(void* in, int out) { return AddPair({Word(in), out}); }
+    int Add(zynMap_word in, zynMap_word out) { return AddPair({in.word, out.word}); }
 
     // The index of a pair with this key, or -1.
-    int QFindByIn(int in) { return FindKey(in); }
-    int QFindByIn(void* in) { return FindKey(Word(in)); }
-    int FindByIn(int in) { return FindKey(in); }
-    int FindByIn(void* in) { return FindKey(Word(in)); }
+    int QFindByIn(zynMap_word in) { return FindKey(in.word); }
+    int FindByIn(zynMap_word in) { return FindKey(in.word); }
 
     // The value of the pair that QFindByIn finds, or -1.
-    int QGetByIn(int in) { return ValueOr(FindKey(in)); }
-    int QGetByIn(void* in) { return ValueOr(FindKey(Word(in))); }
-    int GetByIn(int in) { return ValueOr(FindKey(in)); }
-    int GetByIn(void* in) { return ValueOr(FindKey(Word(in))); }
+    int QGetByIn(zynMap_word in) { return ValueOr(FindKey(in.word)); }
+    int GetByIn(zynMap_word in) { return ValueOr(FindKey(in.word)); }
 
     // The same as a pointer, or null.
-    void* QGetByInP(int in) { return PointerOr(FindKey(in)); }
-    void* QGetByInP(void* in) { return PointerOr(FindKey(Word(in))); }
-    void* QGetPointerByIn(int in) { return PointerOr(FindKey(in)); }
-    void* QGetPointerByIn(void* in) { return PointerOr(FindKey(Word(in))); }
-    void* GetByInP(int in) { return PointerOr(FindKey(in)); }
-    void* GetByInP(void* in) { return PointerOr(FindKey(Word(in))); }
+    void* QGetByInP(zynMap_word in) { return PointerOr(FindKey(in.word)); }
+    void* QGetPointerByIn(zynMap_word in) { return PointerOr(FindKey(in.word)); }
+    void* GetByInP(zynMap_word in) { return PointerOr(FindKey(in.word)); }
 
     // The lowest index of a pair with this value, and that pair's key; -1 when there is none. Never sorts.
     int FindByOut(int out) const;
@@ -91,16 +94,18 @@ public:
     std::int32_t m_nSize = 0;          // pairs in use
     bool m_bAutoSort = false;          // keep ascending, every key once; see above
     bool m_bNoLinearSearch = true; // when false, a halving that misses is followed by a search from the start
-    std::int32_t m_nMaxSize = 0;   // pairs allocated
+    std::uint16_t m_nAdded = 1;  // of our own: one more than the pairs behind those that a sort put in order
+                                 // and nothing else changed; 0 when that is not known
+    std::int32_t m_nMaxSize = 0; // pairs allocated
     bool m_bSorted = true; // known to be ordered by key; ascending, or descending if the caller made it so
 
 protected:
-    static std::intptr_t Word(void* pointer) { return reinterpret_cast<std::intptr_t>(pointer); }
-
     int AddPair(zynMap_element pair);
     int AddSorted(zynMap_element pair);
     int InsertPair(int index, zynMap_element pair);
+    void SortAdded();
     int FindKey(std::intptr_t key);
+    int FindKeyInOrder(std::intptr_t key) const;
     int FindKeyByHalving(std::intptr_t key) const;
     int FindKeyLinear(std::intptr_t key) const;
     int ValueOr(int index) const { return index < 0 ? -1 : static_cast<int>(m_pData[index].out); }

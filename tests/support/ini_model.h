@@ -45,6 +45,7 @@ public:
     using CzynINI::m_nEncoding;
     using CzynINI::m_sErr;
     using CzynINI::m_sIniName;
+    using CzynINI::ModelChanged;
     using CzynINI::Parse;
     using CzynINI::ParseText;
     using CzynINI::PrintInfoWithSaveFlags;

@@ -1,57 +1,11 @@
 #include "support/ini_model.h"
+#include "support/ini_reference.h"
 
-#include <algorithm>
 #include <random>
-#include <regex>
-#include <sstream>
-#include <vector>
 
 using namespace std::string_literals;
 
 namespace {
-
-// The rules of the format, a line at a time, with nothing shared with the library.
-std::string ReadSlowly(std::string text) {
-    struct Section {
-        std::string name, tail, lines;
-        int count = 0, insertPos = 0, flags = 0;
-    };
-    if (text != "" && text.back() != '\n') text += '\n';
-    static const std::regex lineEnd("\r?\n\r?");
-    text = std::regex_replace(text, lineEnd, "\n");
-    std::replace(text.begin(), text.end(), '\r', '\n');
-    std::vector<Section> sections;
-    std::istringstream lines(text);
-    for (std::string line; std::getline(lines, line);) {
-        const std::size_t mark = std::min(line.find_first_of(";#=[]"), line.size());
-        const char kind = line.c_str()[mark];
-        if (sections.empty() || kind == '[' || kind == ']') sections.emplace_back();
-        Section& section = sections.back();
-        if (kind == '[' || kind == ']') {
-            section.flags = kind == '[' ? 1 : 0;
-            if (kind == '[') line.erase(mark, 1);
-            const std::size_t last = line.rfind(']');
-            section.name = line.substr(0, last);
-            if (last == line.npos) continue;
-            section.flags |= 2;
-            section.tail = line.substr(last + 1);
-            section.name.erase(0, section.name.rfind(']') + 1);
-        } else {
-            const std::string key = kind == '=' ? line.substr(0, mark) : "";
-            if (kind == '=') line.erase(0, mark + 1);
-            line.erase(0, line.find_first_not_of(" \t"));
-            line.erase(line.find_last_not_of(" \t") + 1);
-            section.lines += (kind == '=' && mark == 0 ? "{=" : "{") + key + ":" + line + "}";
-            ++section.count;
-            if (key != "") section.insertPos = section.count;
-        }
-    }
-    std::string model;
-    for (const Section& s : sections)
-        model += "<" + s.name + "|" + s.tail + "|" + std::to_string(s.insertPos) + "|" +
-                 std::to_string(s.flags) + ">" + s.lines;
-    return model;
-}
 
 // The keys of a file, loaded if that is due, as "a,b,"; "failed" when the load failed.
 std::string Keys(OpenIni& ini) {
@@ -85,7 +39,7 @@ TEST(IniParseTest, AgreesWithTheRulesOnRandomTexts) {
         if (round % 4) text += '\n'; // which the last line need not have
         OpenIni ini;
         EXPECT_TRUE(ini.ParseText(text));
-        ASSERT_EQ(ReadSlowly(text), ini.Model(true)) << testing::PrintToString(text);
+        ASSERT_EQ(IniReference(text).Model(), ini.Model(true)) << testing::PrintToString(text);
     }
 }
 

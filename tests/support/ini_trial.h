@@ -1,0 +1,135 @@
+#pragma once
+
+#include "support/ini_model.h"
+#include "support/ini_reference.h"
+
+#include <functional>
+
+// A file that is edited in memory, by steps picked at random, in four ways at once: through a CzynINI, whose
+// names are indexed; through a derived class, of which nothing is; through one that would tell its changes;
+// and by the reference. Each step is false when they don't agree.
+class IniTrial {
+public:
+    using Pick = std::function<unsigned(unsigned)>; // of a number from 0 to one less than that
+
+    explicit IniTrial(Pick pick) : m_pick(std::move(pick)) {
+        std::string text;
+        for (unsigned lines = m_pick(120); lines > 0; --lines) {
+            const unsigned kind = m_pick(12);
+            text += kind == 0   ? "[" + Name() + "]\n"
+                    : kind == 1 ? "\n"
+                    : kind == 2 ? "; " + Name() + "\n"
+                    : kind == 3 ? Name() + std::string("\0 \xC6=1\n", 6)
+                                : Name() + "=" + Name() + "\n";
+        }
+        m_reference = IniReference(text);
+        m_folder.Write("f.ini", text);
+        for (CzynINI* const ini : m_all) {
+            ini->SetINI(m_folder.Path("f.ini"), false, 0);
+            ini->SetWriteMode(false);
+        }
+    }
+
+    bool Step() {
+        const std::string section = Name(), key = Name(), text = Name();
+        const char *const s = Argument(section), *const k = Argument(key), *const t = Argument(text);
+        const char* const comment = std::array{"", "n", "note", "; note"}[m_pick(4)];
+        const unsigned kind = m_pick(100);
+        if (kind < 52) {
+            const IniReference::Line* const line = m_reference.FindLine(section, key);
+            const std::string value = line ? line->value : "none";
+            return All(value, [&](CzynINI& ini) { return ini.GetString(s, k, "none", false); });
+        }
+        if (kind < 54)
+            return All(m_reference.FindSection(section) ? "1" : "0",
+                       [&](CzynINI& ini) { return ini.isGroupeSet(s) ? "1" : "0"; });
+        if (kind < 58) return All(m_reference.Pairs(section), [&](CzynINI& ini) { return Pairs(ini, s); });
+        if (kind < 80) {
+            m_reference.Write(section, key, text, comment);
+            return All("", [&](CzynINI& ini) { return ini.WriteString(s, k, t, comment) ? "" : "failed"; });
+        }
+        if (kind < 84) {
+            m_reference.Claim(section, key, comment).value = "-5";
+            return All("", [&](CzynINI& ini) { return ini.WriteInt(s, k, -5, comment) ? "" : "failed"; });
+        }
+        if (kind < 96) {
+            m_reference.Delete(section, key);
+            return All("", [&](CzynINI& ini) { return ini.Delete(s, k) ? "" : "failed"; });
+        }
+        if (kind == 96) {
+            std::string& value = m_reference.Claim(section, key, "").value;
+            if (!IniReference::IsNumber(value)) value = "7", Save();
+            return All(std::to_string(IniReference::Number(value)),
+                       [&](CzynINI& ini) { return std::to_string(ini.GetInt(s, k, 7, true)).c_str(); });
+        }
+        if (kind == 97) {
+            std::string& value = m_reference.Claim(section, key, "").value;
+            if (value.empty()) value = "d", Save();
+            return All(value, [&](CzynINI& ini) { return ini.GetString(s, k, "d", true); });
+        }
+        CStringA note;
+        if (kind == 98) {
+            note.Format("; Опция '%s' была переименована. Старое название опции '%s'"_cp1251, text.c_str(),
+                        key.c_str());
+            if (m_reference.RenameLine(section, key, text, note.GetString())) Save();
+            return All("", [&](CzynINI& ini) { return ini.RenameParam(s, k, t), ""; });
+        }
+        note.Format("Группа опций [%s] была переименована. Старое название группы [%s]"_cp1251, text.c_str(),
+                    section.c_str());
+        if (m_reference.RenameSection(section, text, note.GetString())) Save();
+        return All("", [&](CzynINI& ini) { return ini.RenameGroupe(s, t), ""; });
+    }
+
+    // Of a derived class the arrays are as the rules have them after every step.
+    bool ModelsAgree() {
+        const std::string model = m_reference.Model();
+        return m_walked.Model(true) == model && m_telling.Model(true) == model;
+    }
+    bool Flush() {
+        Save();
+        return All("", [](CzynINI& ini) { return ini.Flush() ? "" : "failed"; });
+    }
+
+private:
+    struct Telling : OpenIni {
+        Telling() { ModelChanged(); }
+    };
+
+    std::string Name() {
+        std::string name = m_pick(3) ? "" : "longer than a block ";
+        for (unsigned letters = m_pick(3); letters > 0; --letters)
+            name += "aAbB1- \xC6\xE6\xA8\xB8@`"[m_pick(13)]; // Ж ж Ё ё
+        return m_pick(8) ? name : name + "___copy";
+    }
+    // An empty text may be null.
+    const char* Argument(const std::string& text) {
+        return text.empty() && m_pick(2) ? nullptr : text.c_str();
+    }
+    static std::string Pairs(CzynINI& ini, const char* section) {
+        CzynINI::KeyValArray pairs(8);
+        std::string all = ini.GetListKeysVals(section, pairs) ? "" : "none";
+        for (int i = 0; i < pairs.GetSize(); ++i)
+            all.append(pairs.GetAt(i)->m_sKey.View()).append("=").append(pairs.GetAt(i)->m_sVal.View()) +=
+                ",";
+        return all;
+    }
+    template <class Act> bool All(const std::string& expected, Act act) {
+        const std::string saved = std::exchange(m_saved, "");
+        for (CzynINI* const ini : m_all)
+            if (const CStringA got(act(*ini));
+                got.View() != expected || (!saved.empty() && m_folder.Read("f.ini") != saved))
+                return false;
+        return true;
+    }
+    void Save() { m_saved = m_reference.Text(); }
+
+    const StandingClock m_clock;
+    const TempFolder m_folder;
+    Pick m_pick;
+    IniReference m_reference{""};
+    std::string m_saved; // what a step is to write
+    CzynINI m_indexed;
+    OpenIni m_walked;
+    Telling m_telling;
+    CzynINI* const m_all[3] = {&m_indexed, &m_walked, &m_telling};
+};

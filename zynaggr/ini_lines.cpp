@@ -1,0 +1,152 @@
+#include "zynaggr/ini_lines_impl.h"
+
+#include <algorithm>
+#include <limits>
+#include <new>
+
+namespace zyn {
+
+IniLines::IniLines(CzynINI::SSection& section, bool loose)
+    : m_section(section),
+      m_names(section.m_aOptions.m_pData, section.m_aOptions.m_nSize),
+      m_bMayBeLoose(loose) {}
+
+IniLines::~IniLines() {
+    if (m_nFree > 0) Tighten();
+}
+
+CzynINI::SOption* IniLines::Find(const char* key) {
+    const int slot = m_names.First(key);
+    return slot < 0 ? nullptr : m_section.m_aOptions.m_pData[slot];
+}
+
+int IniLines::Insert(std::unique_ptr<SOption> line, int above) {
+    if (!Loosen()) return InsertTightly(std::move(line), above);
+    const bool keyed = !line->m_sKey.IsEmpty();
+    if (above < 0) FillToInsertionPoint();
+    // A pair stands in front of the insertion point; a line above it pushes it behind.
+    const bool pushes = above >= 0 && above == m_nGap - 1;
+    if (m_nGap == m_nGapEnd) MakeGap();
+    m_names.Reserve(Size(), 1);
+    if (pushes) MoveLine(--m_nGap, --m_nGapEnd);
+    const int slot = pushes || keyed ? m_nGap++ : --m_nGapEnd;
+    m_section.m_aOptions.m_pData[slot] = line.release();
+    m_free[static_cast<std::size_t>(slot)] = false;
+    --m_nFree;
+    m_names.Enter(slot);
+    if (keyed) ++m_section.m_nInsertPos;
+    return slot;
+}
+
+void IniLines::Remove(const char* key) {
+    if (m_names.First(key) < 0) return;
+    const CStringA wanted(key); // it may be the key of a line that goes
+    if (!Loosen()) return RemoveTightly(wanted);
+    for (int slot; (slot = m_names.First(wanted)) >= 0;)
+        FreeLine(slot);
+}
+
+// The array as everybody sees it.
+
+int IniLines::InsertTightly(std::unique_ptr<SOption> line, int above) {
+    const int slot = m_section.Insert(line.get(), above);
+    static_cast<void>(line.release());
+    if (!m_names.IsBuilt()) return slot;
+    try {
+        if (slot == Size() - 1)
+            m_names.Enter(slot);
+        else
+            m_names.Drop();
+    } catch (const std::bad_alloc&) {
+        m_names.Drop();
+    }
+    return slot;
+}
+
+void IniLines::RemoveTightly(const char* key) {
+    CzynINI::OptionArray& options = m_section.m_aOptions;
+    const auto goes = [&](const SOption* line) {
+        if (!line || line->m_sKey.CompareNoCase(key) != 0) return false;
+        delete line;
+        return true;
+    };
+    options.m_nSize = static_cast<std::int32_t>(
+        std::remove_if(options.m_pData, options.m_pData + options.m_nSize, goes) - options.m_pData);
+    m_names.Drop();
+}
+
+// The array with free slots.
+
+// Whether the array is loose from now on.
+bool IniLines::Loosen() {
+    if (m_bLoose || !m_bMayBeLoose || !m_names.IsBuilt()) return m_bLoose;
+    m_free.assign(static_cast<std::size_t>(Size()), false);
+    m_nGap = m_nGapEnd = std::min(m_section.m_nInsertPos, Size());
+    return m_bLoose = true;
+}
+
+void IniLines::Tighten() {
+    int to = 0, gap = 0;
+    for (int slot = 0; slot < Size(); ++slot) {
+        if (slot == m_nGap) gap = to;
+        if (IsFree(slot)) continue;
+        if (to < slot) MoveLine(slot, to);
+        ++to;
+    }
+    m_nGap = m_nGapEnd = m_nGap < Size() ? gap : to;
+    m_section.m_aOptions.m_nSize = to;
+    m_nFree = 0;
+}
+
+void IniLines::MakeGap() {
+    Tighten();
+    CzynINI::OptionArray& options = m_section.m_aOptions;
+    const std::int32_t size = Size(), gap = size / 2 + 16;
+    if (gap > std::numeric_limits<std::int32_t>::max() - size) throw std::bad_alloc();
+    if (size + gap > options.m_nMaxSize && !options.SetSize(size + gap)) throw std::bad_alloc();
+    m_names.Reserve(size + gap, 1);
+    m_free.resize(static_cast<std::size_t>(size + gap));
+    std::fill(m_free.begin() + size, m_free.end(), true);
+    std::fill_n(options.m_pData + size, gap, nullptr);
+    options.m_nSize = size + gap;
+    m_nFree = gap;
+    for (int slot = size - 1; slot >= m_nGap; --slot)
+        MoveLine(slot, slot + gap);
+    m_nGapEnd = m_nGap + gap;
+}
+
+// An insertion point beyond the end has null slots before it.
+void IniLines::FillToInsertionPoint() {
+    while (m_nGapEnd == Size() && m_section.m_nInsertPos > Size() - m_nFree) {
+        if (m_nGap == m_nGapEnd) MakeGap();
+        m_free[static_cast<std::size_t>(m_nGap++)] = false;
+        --m_nFree;
+    }
+}
+
+void IniLines::MoveLine(int from, int to) {
+    SOption** const slots = m_section.m_aOptions.m_pData;
+    m_names.Move(from, to);
+    slots[to] = std::exchange(slots[from], nullptr);
+    m_free[static_cast<std::size_t>(to)] = false;
+    m_free[static_cast<std::size_t>(from)] = true;
+}
+
+void IniLines::FreeLine(int slot) {
+    m_names.Leave(slot);
+    delete std::exchange(m_section.m_aOptions.m_pData[slot], nullptr);
+    m_free[static_cast<std::size_t>(slot)] = true;
+    ++m_nFree;
+    if (slot < m_nGap) { // the insertion point stays so many slots behind the start
+        while (m_nGapEnd < Size() && IsFree(m_nGapEnd))
+            ++m_nGapEnd;
+        if (m_nGapEnd < Size()) {
+            if (m_nGap < m_nGapEnd) MoveLine(m_nGapEnd, m_nGap);
+            ++m_nGap;
+            ++m_nGapEnd;
+        }
+    }
+    if (m_nFree > Size() / 2 + 64) Tighten();
+}
+
+} // namespace zyn
