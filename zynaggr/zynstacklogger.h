@@ -61,6 +61,7 @@
 // are left out.
 
 class StackLoggerThreadEl;
+template <> inline constexpr bool zyn::isStruct<StackLoggerThreadEl> = true; // as hosts know it
 
 // The host's callbacks, for warnings and for lines. The texts are valid during the call.
 using zynStackLogErrorFunction = void (*)(const char* szMessage, const char* szSource, const char* szExtra);
