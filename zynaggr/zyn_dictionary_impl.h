@@ -38,7 +38,7 @@ private:
 
 inline constexpr std::uint32_t noLocale = 0xFFFFFFFF;
 
-extern Dictionary dictionary;
+extern Dictionary& dictionary;
 extern std::uint32_t dictionaryLocale; // see CzynTranslate::GetGurLocale
 
 } // namespace zyn

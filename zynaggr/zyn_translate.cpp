@@ -5,6 +5,7 @@
 #include "zynhost/application.h"
 #include "zynplatform/cp1251.h"
 #include "zynplatform/locale.h"
+#include "zynplatform/moduleentry.h"
 #include "zynplatform/registry.h"
 
 using namespace zynplatform::literals;
@@ -13,8 +14,11 @@ using zynplatform::RegistryKey;
 bool CzynTranslate::m_bTranslate = false;
 bool CzynTranslate::m_bShowStringId = false;
 
-// Globals, not locals of functions: the host's own globals, which are destroyed before them, may translate.
-zyn::Dictionary zyn::dictionary;
+namespace {
+zynplatform::UntilUnload<zyn::Dictionary> dictionaryUntilUnload;
+} // namespace
+
+zyn::Dictionary& zyn::dictionary = *dictionaryUntilUnload;
 std::uint32_t zyn::dictionaryLocale = zyn::noLocale;
 
 namespace {

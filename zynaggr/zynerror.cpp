@@ -4,6 +4,7 @@
 #include "zynplatform/cp1251.h"
 
 #include <memory>
+#include <utility>
 
 using namespace zynplatform::literals;
 
@@ -119,9 +120,11 @@ void SzynErrorDescription::Set(const SzynErrorDescription& other) {
 
 void SzynErrorDescription::Set(const SzynErrorDescription& other, const char* szSrc, const char* szSrcDate,
                                int nLine, const char* szDescr, const char* szFun, const char* szCls) {
+    // First: the texts may be this record's own.
+    auto place =
+        std::make_unique<SzynErrorDescription>(-1, szSrc, szSrcDate, nLine, szDescr, 0, szFun, szCls, "");
     Set(other);
-    Stack(*this,
-          std::make_unique<SzynErrorDescription>(-1, szSrc, szSrcDate, nLine, szDescr, 0, szFun, szCls, ""));
+    Stack(*this, std::move(place));
 }
 
 CStringA SzynErrorDescription::Print(const char* szExtra, bool bRussian) const {

@@ -5,6 +5,7 @@
 #include "zynplatform/console.h"
 #include "zynplatform/cp1251.h"
 #include "zynplatform/fork.h"
+#include "zynplatform/moduleentry.h"
 
 #include <atomic>
 #include <cassert>
@@ -36,8 +37,8 @@ constexpr MessageClass plainClass      {nullptr,                            "\n\
 // clang-format on
 
 std::atomic<bool> russianPrefixes{false};
-CZynCriticalSection outputLock;
-const zynplatform::AtFork atFork([] { outputLock.ResetInForkedChild(); });
+zynplatform::UntilUnload<CZynCriticalSection> outputLock;
+const zynplatform::AtFork atFork([] { outputLock->ResetInForkedChild(); });
 
 const MessageClass& Classify(std::uint32_t style) {
     if ((style & MB_ICONEXCLAMATION) == MB_ICONEXCLAMATION) return warningClass;
@@ -57,7 +58,7 @@ int zynMessagePrint(const char* szText, std::uint32_t uStyle) {
     const MessageClass& messageClass = Classify(uStyle);
     if (IsSwallowed(messageClass) || !szText || !*szText) return IDOK;
 
-    CzynEnterCriticalSection lock(&outputLock);
+    CzynEnterCriticalSection lock(&*outputLock);
     zynplatform::SetTextAttribute(messageClass.attribute);
     zynplatform::Write(russianPrefixes ? messageClass.russianPrefix : messageClass.prefix);
     zynplatform::Write(szText);

@@ -84,7 +84,7 @@ constexpr std::uint16_t frequentMessages[] = {
 
 static_assert(std::size(messageNames) == 180);
 
-const char* NameOf(unsigned long message, bool all) {
+const char* NameOf(std::uint32_t message, bool all) {
     if (!all && std::ranges::find(frequentMessages, message) != std::end(frequentMessages)) return "";
     const auto* const row = std::ranges::find(messageNames, message, &MessageName::message);
     return row != std::end(messageNames) ? row->name : "";
@@ -93,5 +93,5 @@ const char* NameOf(unsigned long message, bool all) {
 } // namespace
 
 char* zynGetStringFromMsg(unsigned long message, bool all) {
-    return const_cast<char*>(NameOf(message, all));
+    return const_cast<char*>(NameOf(static_cast<std::uint32_t>(message), all));
 }

@@ -2,8 +2,9 @@
 
 #include "zynplatform/export.h"
 
-// The name of a window message, for logs: "WM_CREATE" for 1, "WM_SIZEPARENT" for 0x0361. The result is static
-// text that must not be written to; it is never null, and empty for a message that has no name here.
+// The name of a window message, for logs: "WM_CREATE" for 1, "WM_SIZEPARENT" for 0x0361; the low 32 bits
+// count. The result is static text that must not be written to; it is never null, and empty for a message
+// that has no name here.
 //
 // With `all` false the messages that come by the hundred (pointer movement and hit tests, the cursor and
 // colour queries, idling, cancelled modes, the system timer) have no name either, so that a log can skip

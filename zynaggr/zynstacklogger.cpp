@@ -91,7 +91,7 @@ char* PutPrefix(char* to, std::uint32_t threadId, std::int32_t depth) {
 
 void AppendTooDeep(std::string& text, std::int32_t depth, const CStringA& key) {
     CStringA message;
-    message.Format(T("Глубина стека превысила %i !! Функция "_cp1251), depth);
+    message.Format(CzynTranslate::TranslateFormat("Глубина стека превысила %i !! Функция "_cp1251), depth);
     text.append(message.View()).append(key.View());
 }
 

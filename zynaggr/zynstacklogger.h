@@ -61,6 +61,7 @@
 // are left out.
 
 class StackLoggerThreadEl;
+template <> inline constexpr bool zyn::isStruct<StackLoggerThreadEl> = true; // as hosts know it
 
 // The host's callbacks, for warnings and for lines. The texts are valid during the call.
 using zynStackLogErrorFunction = void (*)(const char* szMessage, const char* szSource, const char* szExtra);
@@ -96,7 +97,11 @@ public:
     std::unique_ptr<CZynCriticalSection> m_pCS;    // guards everything but the mode
     zynStackLogErrorFunction m_pfnError = nullptr; // null: no warnings
     zynStackLogTraceFunction m_pfnTrace = nullptr; // null: no lines
-    CZynAtomicLong m_lMode;                        // logging is on while it is above 0
+    // Logging is on while it is above 0. Every logger asks, so it does without the counter's barrier.
+    struct Mode : CZynAtomicLong {
+        using CZynAtomicLong::operator=;
+        bool IsOn() const { return m_lValue.load(std::memory_order_acquire) > 0; }
+    } m_lMode;
 };
 
 // The one tracer, or null while there is none.
@@ -104,7 +109,7 @@ extern ZYN_API std::atomic<CGlobalStackLog*> g_pGlobalStackLog;
 
 inline CGlobalStackLog* CGlobalStackLog::Active() {
     CGlobalStackLog* const pGlobal = g_pGlobalStackLog.load(std::memory_order_acquire);
-    return pGlobal && pGlobal->m_lMode.Get() > 0 ? pGlobal : nullptr;
+    return pGlobal && pGlobal->m_lMode.IsOn() ? pGlobal : nullptr;
 }
 
 // The stack of one thread, for the logger. Make it with new, on its thread: it adds itself to the tracer,

@@ -9,7 +9,8 @@
 // What threads share state with: an atomic counter and a busy flag on it, critical sections and a guard for
 // them, and a stopwatch.
 
-// A signed 32-bit counter, safe from any thread. Values wrap at 2^32; what is wider is cut to 32 bits.
+// A signed 32-bit counter, safe from any thread; each operation is a full barrier, reading too. Values wrap
+// at 2^32; what is wider is cut to 32 bits.
 //
 // Every assignment returns the OLD value, not the new one and not a reference:
 //
@@ -22,9 +23,10 @@ class ZYN_API CZynAtomicLong {
 public:
     // With the low 32 bits of a value.
     CZynAtomicLong(long lValue = 0) : m_lValue(static_cast<std::int32_t>(lValue)) {}
+    CZynAtomicLong(const CZynAtomicLong& other) : CZynAtomicLong(other.Get()) {}
 
     // The value now.
-    long Get() const { return m_lValue.load(); }
+    long Get() const { return m_lValue.fetch_add(0); }
     // Both return the value before.
     long Set(long lValue) { return m_lValue.exchange(static_cast<std::int32_t>(lValue)); }
     long Add(long lValue) { return m_lValue.fetch_add(static_cast<std::int32_t>(lValue)); }
@@ -53,7 +55,7 @@ public:
     bool operator>=(const int& nValue) const { return Get() >= nValue; }
 
 protected:
-    std::atomic<std::int32_t> m_lValue;
+    mutable std::atomic<std::int32_t> m_lValue;
 };
 
 // Sets a counter to 1 for the length of a scope and to 0 at its end; null is allowed and does nothing. A busy

@@ -6,7 +6,10 @@
 #include "zynhost/memory.h"
 #include "zynplatform/cp1251.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <memory>
+#include <new>
 
 using namespace zynplatform::literals;
 
@@ -29,18 +32,25 @@ constexpr int reportedLine = 1024; // whatever the line is: records are recognis
 } // namespace
 
 bool zyn::ReportArrayFailure(const std::bad_alloc& failure, const ArrayFailure& array) {
-    // Everything up to the message box is on the stack: memory has just run out.
+    // Everything up to the message box is on the stack if it fits: memory has just run out.
     char reason[255];
     std::snprintf(reason, sizeof(reason), "%s", CMemoryException::Text());
     if (const auto* hostFailure = dynamic_cast<const CMemoryException*>(&failure))
         hostFailure->GetErrorMessage(reason, sizeof(reason));
 
-    char message[1024];
-    std::snprintf(
-        message, sizeof(message),
-        CzynTranslate::TranslateFormat(
-            "Ошибка при выделении памяти в CzynTAggr<...>::SetSize: %s\r\n Size: %i  max_size: %i"_cp1251),
-        reason, array.size, array.wanted);
+    const auto format = [&](char* to, std::size_t room) {
+        const int length = std::snprintf(
+            to, room,
+            CzynTranslate::TranslateFormat(
+                "Ошибка при выделении памяти в CzynTAggr<...>::SetSize: %s\r\n Size: %i  max_size: %i"_cp1251),
+            reason, array.size, array.wanted);
+        return static_cast<std::size_t>(std::max(0, length)) + 1;
+    };
+    char usual[1024];
+    const std::size_t room = format(usual, sizeof(usual));
+    const std::unique_ptr<char[]> longer(room > sizeof(usual) ? new (std::nothrow) char[room] : nullptr);
+    if (longer) format(longer.get(), room);
+    const char* const message = longer ? longer.get() : usual;
 
     if (SzynErrorDescription::GetRetranslateMemoryExeption()) ThrowRecord(message, array);
     AfxCaptionMessageBox(message, CzynTranslate::Translate("Ошибка"_cp1251), MB_ICONHAND);

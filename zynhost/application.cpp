@@ -6,10 +6,24 @@
 
 #include <atomic>
 #include <string>
+#include <utility>
 
 namespace {
 
 std::atomic<CWinApp*> application{nullptr};
+constinit thread_local const char* boxCaption = nullptr;
+
+// The caption of a box for as long as it is shown; boxes may be shown from within one.
+class BoxCaption {
+public:
+    explicit BoxCaption(const char* caption) : m_outer(std::exchange(boxCaption, caption)) {}
+    ~BoxCaption() { boxCaption = m_outer; }
+    BoxCaption(const BoxCaption&) = delete;
+    BoxCaption& operator=(const BoxCaption&) = delete;
+
+private:
+    const char* m_outer;
+};
 
 // Without the extension; empty when the system does not tell.
 std::string ExecutablePath() {
@@ -37,7 +51,7 @@ CWinApp::~CWinApp() {
 }
 
 int CWinApp::DoMessageBox(const char* text, std::uint32_t /*style*/, std::uint32_t /*helpContext*/) {
-    zynplatform::ShowMessage(text, nullptr);
+    zynplatform::ShowMessage(text, zynMessageBoxCaption());
     return IDOK;
 }
 
@@ -65,7 +79,12 @@ int AfxMessageBox(const char* text, std::uint32_t style) {
 }
 
 int AfxCaptionMessageBox(const char* text, const char* caption, std::uint32_t style) {
+    const BoxCaption shown(caption);
     if (CWinApp* app = AfxGetApp()) return app->DoMessageBox(text ? text : "", style, 0);
     zynplatform::ShowMessage(text, caption);
     return IDOK;
+}
+
+const char* zynMessageBoxCaption() {
+    return boxCaption;
 }

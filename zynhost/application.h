@@ -36,8 +36,9 @@ public:
     CWinApp& operator=(const CWinApp&) = delete;
 
     // Shows a message and returns the identifier of the button pressed. The text is in code page 1251 and
-    // never null, the style word is the caller's, 0 means no help context. Called on the thread that has
-    // something to say. The default writes the text to standard error and answers IDOK.
+    // never null, the style word is the caller's, 0 means no help context; zynMessageBoxCaption tells the
+    // caption. Called on the thread that has something to say. The default writes caption and text to
+    // standard error and answers IDOK.
     virtual int DoMessageBox(const char* text, std::uint32_t style, std::uint32_t helpContext);
 
     // The host's own settings: numbers by section and entry. The default keeps them in the user's registry
@@ -58,6 +59,9 @@ ZYN_API CWinApp* AfxGetApp();
 // A null text is an empty one.
 ZYN_API int AfxMessageBox(const char* text, std::uint32_t style);
 
-// The same with a caption, which only standard error shows: an application object has a title of its own.
-// Does not allocate where there is no application object.
+// The same with a caption. Does not allocate where there is no application object.
 ZYN_API int AfxCaptionMessageBox(const char* text, const char* caption, std::uint32_t style);
+
+// For DoMessageBox: the caption of the box that it is to show, in code page 1251; null for the application's
+// own title, and outside of such calls.
+ZYN_API const char* zynMessageBoxCaption();

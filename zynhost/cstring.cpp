@@ -6,6 +6,7 @@
 #include "zynplatform/environment.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <climits>
 #include <cstdio>
 #include <cstring>
@@ -31,11 +32,16 @@ std::string Narrow(const WCHAR* text) {
 
 } // namespace
 
-CStringA::CStringA(const WCHAR* text) : m_text(Narrow(text)) {}
+CStringA::CStringA(const WCHAR* text) : m_text(Narrow(text)) {
+    Checked(m_text);
+}
 
 CStringA& CStringA::operator=(const WCHAR* text) {
-    m_text = Narrow(text);
-    return *this;
+    return *this = CStringA(text);
+}
+
+void CStringA::ThrowTooLong() {
+    AfxThrowMemoryException();
 }
 
 CStringA& CStringA::Append(std::string_view text) {
@@ -93,10 +99,12 @@ int CStringA::Replace(const char* from, const char* to) {
     std::size_t copied = 0;
     for (std::size_t hit; (hit = m_text.find(pattern, copied)) != std::string::npos;
          copied = hit + pattern.size()) {
-        result.append(m_text, copied, hit - copied).append(replacement);
+        Checked(result.append(m_text, copied, hit - copied).append(replacement));
         ++changed;
     }
-    if (changed) m_text = std::move(result.append(m_text, copied));
+    if (changed == 0) return 0;
+    Checked(result.append(m_text, copied));
+    m_text = std::move(result);
     return changed;
 }
 
@@ -158,7 +166,9 @@ void CStringA::Format(const char* format, ...) {
 void CStringA::FormatV(const char* format, std::va_list arguments) {
     std::va_list again;
     va_copy(again, arguments);
+    errno = 0;
     const int length = std::vsnprintf(nullptr, 0, format, arguments);
+    if (length < 0 && errno == EOVERFLOW) ThrowTooLong();
     std::string result;
     if (length > 0) {
         result.resize(static_cast<std::size_t>(length));

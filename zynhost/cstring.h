@@ -3,6 +3,7 @@
 #include "zynplatform/export.h"
 #include "zynplatform/types.h"
 
+#include <climits>
 #include <cstdarg>
 #include <string>
 #include <string_view>
@@ -14,24 +15,24 @@
 // locale. White space is blank, tab, line feed, vertical tab, form feed and carriage return.
 //
 // A null pointer counts as an empty text wherever a text is taken. Positions are counted in bytes; -1 means
-// "not found". Running out of memory throws std::bad_alloc. One object is for one thread at a time.
+// "not found". Running out of memory throws std::bad_alloc, and so does a text of 2 GiB or more, whose length
+// an int can't tell. One object is for one thread at a time.
 class ZYN_API CStringA {
 public:
     CStringA() = default;
     // The text up to its zero, or so many bytes of it.
-    CStringA(const char* text) : m_text(text ? text : "") {}
-    CStringA(const char* text, int length)
-        : m_text(text, length > 0 ? static_cast<std::size_t>(length) : 0) {}
+    CStringA(const char* text) : m_text(Checked(text ? text : "")) {}
+    CStringA(const char* text, int length) : m_text(Piece(text, length)) {}
     // Converts with the system's code page; what it cannot hold becomes '?'.
     CStringA(const WCHAR* text);
     // A character, so many times, or a text with its length.
     explicit CStringA(char character, int count = 1)
         : m_text(count > 0 ? static_cast<std::size_t>(count) : 0, character) {}
-    explicit CStringA(std::string_view text) : m_text(text) {}
+    explicit CStringA(std::string_view text) : m_text(Checked(text)) {}
 
     // As the constructors.
     CStringA& operator=(const char* text) {
-        m_text = text ? text : "";
+        m_text = Checked(text ? text : "");
         return *this;
     }
     CStringA& operator=(const WCHAR* text);
@@ -59,10 +60,8 @@ public:
     CStringA& operator+=(const CStringA& text) { return Append(text.m_text); }
     CStringA& operator+=(const char* text) { return Append(std::string_view(text ? text : "")); }
     CStringA& operator+=(char character) { return Append(std::string_view(&character, 1)); }
-    CStringA& Append(const char* text, int length) {
-        return Append(std::string_view(text, length > 0 ? static_cast<std::size_t>(length) : 0));
-    }
-    // The piece may be part of this string. A text of 2 GiB is refused like one that memory cannot hold.
+    CStringA& Append(const char* text, int length) { return Append(Piece(text, length)); }
+    // The piece may be part of this string.
     CStringA& Append(std::string_view text);
 
     // The first `count` bytes, the last `count`, or `count` from `first` on; what lies outside the text is
@@ -117,6 +116,16 @@ public:
     bool GetEnvironmentVariable(const char* name);
 
 private:
+    // Throws where the text is too long.
+    static std::string_view Checked(std::string_view text) {
+        if (text.size() > INT_MAX) ThrowTooLong();
+        return text;
+    }
+    static std::string_view Piece(const char* text, int length) {
+        return text && length > 0 ? std::string_view(text, static_cast<std::size_t>(length)) : "";
+    }
+    [[noreturn]] static void ThrowTooLong();
+
     std::string m_text;
 };
 

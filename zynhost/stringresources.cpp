@@ -1,6 +1,7 @@
 #include "zynhost/stringresources.h"
 
 #include "zynplatform/cp1251.h"
+#include "zynplatform/moduleentry.h"
 
 #include <map>
 
@@ -10,10 +11,8 @@ using namespace zynplatform::literals;
 
 constexpr zynStringResource libraryTable[] = {{3001, "Русский"_cp1251}, {0, nullptr}};
 
-std::map<const void*, const zynStringResource*>& Tables() {
-    static std::map<const void*, const zynStringResource*> tables{{zynLibraryModule(), libraryTable}};
-    return tables;
-}
+using Tables = std::map<const void*, const zynStringResource*>;
+zynplatform::UntilUnload<Tables> tables(Tables{{zynLibraryModule(), libraryTable}});
 
 } // namespace
 
@@ -23,14 +22,14 @@ const void* zynLibraryModule() {
 
 void zynSetStringResources(const void* moduleHandle, const zynStringResource* table) {
     if (table)
-        Tables()[moduleHandle] = table;
+        (*tables)[moduleHandle] = table;
     else
-        Tables().erase(moduleHandle);
+        tables->erase(moduleHandle);
 }
 
 const char* zynFindStringResource(const void* moduleHandle, unsigned id) {
-    const auto module = Tables().find(moduleHandle);
-    if (module == Tables().end()) return nullptr;
+    const auto module = tables->find(moduleHandle);
+    if (module == tables->end()) return nullptr;
     for (const zynStringResource* row = module->second; row->id != 0; ++row)
         if (row->id == id) return row->text;
     return nullptr;

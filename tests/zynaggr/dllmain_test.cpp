@@ -1,30 +1,38 @@
-#include "zynaggr/dllmain.h"
-
-#include "zynaggr/zynstacklogger.h"
+#include "support/slow_end.h"
+#include "zynaggr/zynaggr.h"
 #include "zynhost/extensionmodule.h"
 
 #include <clocale>
 #include <cstring>
 #include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <thread>
+#include <unistd.h>
 
 namespace {
 
 constinit char asked[256] = ""; // the library asks before this program's objects are made
 constinit char lines[256] = "";
+constinit bool isRussian[16] = {};
 
 } // namespace
 
-// Stands before the C library's: notes what is asked for and passes it on.
+// Stands before the C library's and knows one locale more: "Russian", for what the library asks it for.
 extern "C" char* setlocale(int category, const char* name) noexcept {
-    const char* const kind = category == LC_CTYPE ? "ctype " : category == LC_COLLATE ? "collate " : "other ";
-    if (name && std::strcmp(name, "Russian") == 0) std::strcat(asked, kind);
+    static char russian[] = "Russian";
+    bool& isHere = isRussian[category];
+    if (name) isHere = std::strcmp(name, russian) == 0;
+    if (isHere && name)
+        std::strcat(asked, category == LC_CTYPE ? "ctype " : category == LC_COLLATE ? "collate " : "other ");
+    if (isHere) return russian;
     return reinterpret_cast<decltype(&setlocale)>(dlsym(RTLD_NEXT, "setlocale"))(category, name);
 }
 
 TEST(DllMain, JoinsAtLoadAndEndsTheTracerAtUnload) {
     EXPECT_STREQ(asked, "ctype collate "); // by the library's own start
     EXPECT_NE(CDynLinkLibrary::First(), nullptr);
+    zynRestoreLocale();
+    EXPECT_STREQ(setlocale(LC_CTYPE, nullptr), "C");
     zynSetTraceOutput([](const char* text) { std::strcat(lines, text); });
     int handle = 0;
     GlobalStackLogInit(nullptr, nullptr);
@@ -37,6 +45,34 @@ TEST(DllMain, JoinsAtLoadAndEndsTheTracerAtUnload) {
     EXPECT_EQ(DllMain(&handle, 1, nullptr), 1);
     EXPECT_STREQ(asked, "ctype collate ctype collate ");
     EXPECT_TRUE(CDynLinkLibrary::First() && CDynLinkLibrary::First()->m_pState->hModule == &handle);
+    setlocale(LC_COLLATE, "POSIX"); // the host's own choice stays
+    zynRestoreLocale();
+    EXPECT_FALSE(isRussian[LC_CTYPE] || isRussian[LC_COLLATE]);
+    EXPECT_STREQ(asked, "ctype collate ctype collate ");
     zynSetTraceOutput(nullptr);
     EXPECT_STREQ(lines, "zynAggr.DLL Terminating!\nzynAggr.DLL Initializing!\nzynAggr.DLL Initializing!\n");
+}
+
+// Ends a process while threads use the library.
+[[noreturn]] void EndWhileThreadsRun() {
+    EndSlowly();
+    const auto translates = [] { return CzynTranslate::Translate("one") == std::string_view("two"); };
+    CzynTranslate::AddStringTranslationPair("one", "two");
+    CzynTranslate::SetShouldTranslate(true);
+    zynSetTraceOutput([](const char*) {
+        if (CzynTranslate::Translate("one") != std::string_view("two")) _exit(1);
+    });
+    GlobalStackLogInit(nullptr, [](const char*) {});
+    for (int i = 0; i < 4; ++i)
+        std::thread([=] {
+            for (;;)
+                if (const CzynStackLogger logger("Foo", true); !translates()) _exit(2);
+        }).detach();
+    usleep(1000);
+    std::exit(0);
+}
+
+TEST(ProcessEndThreadsDeathTest, TakesNothingFromThoseWhoStillUseTheLibrary) {
+    for (int i = 0; i < 20; ++i)
+        EXPECT_EXIT(EndWhileThreadsRun(), testing::ExitedWithCode(0), "");
 }

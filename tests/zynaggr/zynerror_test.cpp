@@ -57,8 +57,9 @@ TEST(ErrorRecord, ProvidersReplaceOrPrecedeTheNumber) {
 }
 
 TEST(ErrorRecord, StackIsCopiedDeeplyAndPrintedOnlyInTheTechnicalForm) {
-    Record copy;
-    copy.Set(Record(Record(full, "s1", "d", 1, "first", "f1", nullptr), "s2", "d", 2, "second", "f2", "c2"));
+    Record copy(1, "s2", "d", 1, "second", 0, "f2", "c2", "");
+    copy.Set(Record(full, "s1", "d", 1, "first", "f1", nullptr), copy.m_strSrc, copy.m_strSrcDate, 2,
+             copy.m_strDescr, copy.m_strFun, copy.m_strCls); // with texts of its own
     copy.Set(copy);
     const std::string first =
         "\r\n\tCore:  0; \r\n\t\tFun: f1\r\n\t\tDescr: first\r\n\t\tSrc: s1 от d str 1"_cp1251;

@@ -65,7 +65,11 @@ TEST(MessagePrintDeathTest, RussianPrefixesStayOnceTheFlagWasSeen) {
 
 struct App : CWinApp {
     int DoMessageBox(const char* text, std::uint32_t style, std::uint32_t helpContext) override {
-        shown += text + ("/" + std::to_string(style)) + "/" + std::to_string(helpContext) + ";";
+        const char* caption = zynMessageBoxCaption();
+        shown += (caption ? caption : "") + ("/" + std::string(text)) + "/" +
+                 std::to_string(style + helpContext) + ";";
+        if (caption) AfxMessageBox("inner", 0);
+        if (caption) shown += zynMessageBoxCaption();
         return 6;
     }
     std::string shown;
@@ -85,10 +89,11 @@ TEST(MessageBox, GoesToTheApplicationObjectElseToStandardErrorUnlessItsClassIsSw
         g_bShow_zynMessageBox_Information = true;
         EXPECT_EQ(zynMessageBoxConsole("b", 0x10) + zynMessageBoxConsole("", 0x1040), 6 + 6);
         EXPECT_EQ(AfxCaptionMessageBox("c", "caption", 0), 6);
-        EXPECT_EQ(app.shown, "b/16/0;/4160/0;c/0/0;");
+        EXPECT_EQ(app.shown, "/b/16;//4160;caption/c/0;/inner/0;caption");
+        EXPECT_EQ(zynMessageBoxCaption(), nullptr);
     }
     EXPECT_EQ(AfxCaptionMessageBox("text", "caption", 0x10), 1);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "text\nboxed\ncaption: text\n");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "text\ncaption: boxed\ncaption: text\n");
 }
 
 } // namespace

@@ -32,6 +32,7 @@ TEST(MessageNames, NamesStandAtTheirIdentifiers) {
         {0x0361, "WM_SIZEPARENT"},         {0x0367, "WM_EXITHELPMODE"},       {0x03E0, "WM_DDE_INITIATE"},
         {0x03E8, "WM_DDE_EXECUTE"},        {0x0000, ""},                      {0x0118, ""},
         {0x0400, ""},                      {0x10001, ""},                     {~0UL, ""},
+        {static_cast<unsigned long>(0x1'0000'0001), "WM_CREATE"},
     };
     // clang-format on
     for (const auto& c : cases)

@@ -6,7 +6,9 @@
 
 #include <functional>
 #include <new>
+#include <thread>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -24,7 +26,38 @@ TEST(AtomicLong, IsWrittenInExchangeForTheOldValue) {
         { CZynAtomicLongReseter inner(&busy); }
         EXPECT_EQ((busy = 3), 0); // a flag and no count
     }
-    EXPECT_EQ(busy.Get(), 0);
+    struct Holder {
+        CZynAtomicLong counter;
+    } first{7}, second(first), third;
+    third = second;
+    EXPECT_EQ(busy.Get() + third.counter.Get(), 0 + 7);
+}
+
+// Of two threads that each write a number and then read the other one's, with a counter read in between, at
+// least one sees what the other has written.
+TEST(AtomicLongThreads, ReadingIsAFullBarrier) {
+    constexpr int rounds = 100'000;
+    const CZynAtomicLong counter;
+    struct Side {
+        alignas(64) std::atomic<int> round{0};
+        alignas(64) std::atomic<int> written{0};
+        std::vector<char> isSeen = std::vector<char>(rounds + 1);
+    } sides[2];
+    const auto work = [&](Side& own, Side& other) {
+        for (int i = 1; i <= rounds; ++i) {
+            own.round = i;
+            for (int tries = 0; other.round < i;)
+                if (++tries % 1000 == 0) std::this_thread::yield();
+            own.written.store(i, std::memory_order_relaxed);
+            counter.Get();
+            own.isSeen[static_cast<std::size_t>(i)] = other.written.load(std::memory_order_relaxed) >= i;
+        }
+    };
+    std::jthread first(work, std::ref(sides[0]), std::ref(sides[1]));
+    work(sides[1], sides[0]);
+    first.join();
+    for (std::size_t i = 1; i <= rounds; ++i)
+        ASSERT_TRUE(sides[0].isSeen[i] || sides[1].isSeen[i]) << i;
 }
 
 int Depth(const _RTL_CRITICAL_SECTION& section) {

@@ -1,8 +1,5 @@
-#include "zynaggr/zyntaggr.h"
-
 #include "support/failing_new.h"
-#include "zynaggr/zynerror.h"
-#include "zynaggr/zynmessage.h"
+#include "zynaggr/zynaggr.h"
 #include "zynhost/memory.h"
 #include "zynplatform/cp1251.h"
 
@@ -19,9 +16,6 @@ int alive = 0;
 struct Item {
     Item() { ++alive; }
     ~Item() { --alive; }
-};
-struct Holder {
-    class Node {};
 };
 } // namespace sample
 template <> inline constexpr bool zyn::isStruct<sample::Item> = true;
@@ -161,7 +155,8 @@ TEST(PointerArrayWithoutMemory, ShowsAMessageBoxWithoutAllocatingAndStaysAsItWas
     EXPECT_EQ(Elements(array), (List{a, b, a}));
 }
 
-template <class Array> void ExpectThrown(Array& array, const char* function) {
+template <class T, int policy> void ExpectThrown(const std::string& name) {
+    CzynTAggr<T*, T*, policy> array(8);
     SzynErrorDescription::SetRetranslateMemoryExeption(true);
     SzynErrorDescription thrown;
     try {
@@ -171,21 +166,40 @@ template <class Array> void ExpectThrown(Array& array, const char* function) {
         thrown.Set(record);
     }
     SzynErrorDescription::SetRetranslateMemoryExeption(false);
+    const std::string function = "CzynTAggr<" + name + " *," + name + " *," + std::to_string(policy);
     const SzynErrorDescription expected(27, "zynaggr.h", thrown.m_strSrcDate, 1024,
-                                        FailureText(array.GetSize(), 20).c_str(), 0, function, "", "");
+                                        FailureText(0, 20).c_str(), 0, (function + ">::SetSize").c_str(), "",
+                                        "");
     EXPECT_EQ(thrown.Print("", false), expected.Print("", false));
     EXPECT_FALSE(thrown.m_strSrcDate.IsEmpty());
+    EXPECT_EQ(array.m_nMaxSize, 8);
 }
 
-TEST(PointerArrayWithoutMemory, ThrowsARecordOnRequest) {
-    Plain array(1);
-    array.Add(a);
-    ExpectThrown(array, "CzynTAggr<struct sample::Item *,struct sample::Item *,2>::SetSize");
-    EXPECT_EQ(array.m_nMaxSize, 1);
-    EXPECT_EQ(array.Add(b), 1);
-    using Node = sample::Holder::Node;
-    CzynTAggr<Node*, Node*, 6> nodes(8);
-    ExpectThrown(nodes, "CzynTAggr<class sample::Holder::Node *,class sample::Holder::Node *,6>::SetSize");
+TEST(PointerArrayWithoutMemory, ThrowsARecordOnRequestThatNamesTheElement) {
+    ExpectThrown<sample::Item, 2>("struct sample::Item");
+    ExpectThrown<CzynStrMap::CzynStrMapItem, 6>("class CzynStrMap::CzynStrMapItem");
+    ExpectThrown<CzynStrStrMap::CzynStrStrMapItem, 6>("class CzynStrStrMap::CzynStrStrMapItem");
+    ExpectThrown<CzynINI::SOption, 6>("struct CzynINI::SOption");
+    ExpectThrown<CzynINI::SSection, 4>("struct CzynINI::SSection");
+    ExpectThrown<SKeyVal, 4>("struct SKeyVal");
+    ExpectThrown<StackLoggerThreadEl, 6>("struct StackLoggerThreadEl");
+}
+
+TEST(PointerArrayWithoutMemory, ShowsALongTranslationWhole) {
+    const std::string longText(3000, 'x');
+    CzynTranslate::AddStringTranslationPair(
+        "Ошибка при выделении памяти в CzynTAggr<...>::SetSize: %s\r\n Size: %i  max_size: %i"_cp1251,
+        (longText + "%s %i %i").c_str());
+    CzynTranslate::SetShouldTranslate(true);
+    testing::internal::CaptureStderr();
+    Plain array(8);
+    {
+        FailingNew failing(1);
+        array.SetSize(20);
+    }
+    CzynTranslate::SetShouldTranslate(false);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "Ошибка: "_cp1251 + longText + CMemoryException::Text() + " 0 20\n");
 }
 
 } // namespace

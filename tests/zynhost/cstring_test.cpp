@@ -55,6 +55,7 @@ TEST(CStringATest, ChangesAndFindsByTheCodePage) {
         {self, "xx%s"},
         {CStringA(u"Ёж №\u4E2D"), "Ёж №?"_cp1251},
         {CStringA(static_cast<const WCHAR*>(nullptr)), ""},
+        {CStringA(nullptr, 3).Append(nullptr, 3), ""},
     };
     for (const auto& [got, expected] : texts)
         EXPECT_STREQ(expected, got);
@@ -76,6 +77,7 @@ TEST(CStringATest, LackOfMemoryLeavesTheTextAsItWas) {
         const FailingNew failing(1);
         EXPECT_THROW(text += before, std::bad_alloc);
     }
+    EXPECT_THROW(text = CStringA(std::string_view("x", std::size_t{1} << 31)), std::bad_alloc); // not read
     EXPECT_EQ(before, text);
     char message[4];
     EXPECT_TRUE(CMemoryException().GetErrorMessage(message, sizeof message));
