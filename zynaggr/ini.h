@@ -209,7 +209,7 @@ protected:
     bool WaitForTurn(zynplatform::SaveLock& turn);
     bool WriteModel();
     void ForgetSaveFailure();
-    void ForgetComments();
+    bool ForgetComments();
 
     bool TryFile(const CStringA& sName);
     void LocateBareName(const CStringA& sName, bool bSearchModuleDir, int nUpLevels);

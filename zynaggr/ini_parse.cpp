@@ -43,8 +43,8 @@ int CzynINI::SSection::Insert(SOption* pOpt, int nPos) {
 
 // In deferred mode nothing is read, unless the edits would come to stand on what could not be read.
 bool CzynINI::IsLoadDue() {
-    if (!m_bWriteMode) return m_nLoadState == loadFailed;
-    return m_bReloadDue || m_TimeMeter.CheckTimeOut(reloadAfterMs);
+    return m_nLoadState == loadFailed ||
+           (m_bWriteMode && (m_bReloadDue || m_TimeMeter.CheckTimeOut(reloadAfterMs)));
 }
 
 bool CzynINI::Parse() {

@@ -131,9 +131,8 @@ bool CzynINI::InternalSave() {
     turn.EndWriting();
     if (!isWritten) return false;
     ForgetSaveFailure();
-    ForgetComments();
     m_nLoadState = loadDone;
-    m_bReloadDue = false;
+    m_bReloadDue = ForgetComments();
     m_TimeMeter.Start();
     return true;
 }
@@ -184,11 +183,16 @@ void CzynINI::ForgetSaveFailure() {
     m_sSaveErr.Empty();
 }
 
-// They are written once.
-void CzynINI::ForgetComments() {
-    for (int i = 0; i < m_aSections.GetSize(); ++i)
-        if (SSection* const section = m_aSections.GetAt(i); section && !section->m_sName.IsEmpty())
-            section->m_sComment.Empty();
+// They are written once; whether there were any. In the file they are lines like any others.
+bool CzynINI::ForgetComments() {
+    bool hadComment = false;
+    for (int i = 0; i < m_aSections.GetSize(); ++i) {
+        SSection* const section = m_aSections.GetAt(i);
+        if (!section || section->m_sName.IsEmpty() || section->m_sComment.IsEmpty()) continue;
+        section->m_sComment.Empty();
+        hadComment = true;
+    }
+    return hadComment;
 }
 
 void CzynINI::SetWriteMode(bool bWrite) {

@@ -211,8 +211,9 @@ TEST_F(IniSaveTest, FailedChecksAndRenamesAreMadeGoodLater) {
     EXPECT_EQ(";"s + "Группа опций [t] была переименована. Старое название группы [s]"_cp1251 +
                   "\r\n[t]\r\nk=2\r\n",
               File());
-    EXPECT_TRUE(ini.InternalSave());
-    EXPECT_EQ(0u, File().find(';')); // once
+    const std::string saved = File();
+    EXPECT_TRUE(ini.WriteInt("t", "k", 2, nullptr)); // the comment is a line like any other by now
+    EXPECT_EQ(saved, File());
 }
 
 TEST_F(IniSaveTest, QueriesDoNotOpenTheFileForWritingAndAnswerWhetherItCouldBeWritten) {
