@@ -1,6 +1,7 @@
 #include "zynplatform/time.h"
 
 #include "zynplatform/codepage.h"
+#include "zynplatform/fork.h"
 
 #include <algorithm>
 #include <atomic>
@@ -59,11 +60,13 @@ void SetTimeSource(std::int64_t (*milliseconds)()) {
 }
 
 bool LocalTime(std::int64_t seconds, std::tm& local) {
+    const ForkGuard guard; // the child of a fork could wait for the C library's lock for ever
     const std::time_t time = seconds;
     return localtime_r(&time, &local) != nullptr;
 }
 
 std::string FormatTime(const char* format, std::tm time) {
+    const ForkGuard guard; // as above
     tzset();
     time.tm_gmtoff = -timezone;
     const bool isUtf8 = std::string_view(nl_langinfo(_NL_TIME_CODESET)) == "UTF-8";
