@@ -97,11 +97,12 @@ public:
     std::unique_ptr<CZynCriticalSection> m_pCS;    // guards everything but the mode
     zynStackLogErrorFunction m_pfnError = nullptr; // null: no warnings
     zynStackLogTraceFunction m_pfnTrace = nullptr; // null: no lines
-    // Logging is on while it is above 0. Every logger asks, so it does without the counter's barrier.
+    // Every logger asks for the mode, and so does without the counter's barrier.
     struct Mode : CZynAtomicLong {
         using CZynAtomicLong::operator=;
-        bool IsOn() const { return m_lValue.load(std::memory_order_acquire) > 0; }
-    } m_lMode;
+        bool IsOn() const { return m_lValue.load(std::memory_order_acquire) > 0; } // above 0
+    };
+    Mode m_lMode; // logging is on while it is above 0
 };
 
 // The one tracer, or null while there is none.

@@ -1,14 +1,16 @@
 #include "zynplatform/beep.h"
 
+#include "zynplatform/file.h"
+
 #include <atomic>
-#include <cstdio>
 
 #include <unistd.h>
 
 namespace {
 
 void RingTerminal(std::uint32_t /*frequency*/, std::uint32_t /*duration*/) {
-    if (isatty(STDERR_FILENO)) std::fputc('\a', stderr);
+    if (isatty(STDERR_FILENO))
+        zynplatform::WriteFile(STDERR_FILENO, "\a", 1); // past stdio, which may be wide
 }
 
 std::atomic<void (*)(std::uint32_t, std::uint32_t)> beeper{RingTerminal};

@@ -2,11 +2,13 @@
 
 #include "zynplatform/codepage.h"
 #include "zynplatform/cp1251.h"
+#include "zynplatform/file.h"
 
 #include <atomic>
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>
+#include <cwchar>
 
 #include <unistd.h>
 
@@ -73,10 +75,19 @@ template <class Sink> void Encode(std::string_view text, Sink sink) {
     }
 }
 
-void WriteTo(std::FILE* stream, std::string_view text) {
-    const auto write = [stream](std::string_view bytes) {
+void WriteBytes(std::FILE* stream, std::string_view bytes) {
+    flockfile(stream);
+    if (std::fwide(stream, 0) <= 0) {
         std::fwrite(bytes.data(), 1, bytes.size(), stream);
-    };
+    } else {
+        std::fflush(stream);
+        WriteFile(fileno(stream), bytes.data(), bytes.size());
+    }
+    funlockfile(stream);
+}
+
+void WriteTo(std::FILE* stream, std::string_view text) {
+    const auto write = [stream](std::string_view bytes) { WriteBytes(stream, bytes); };
     if (terminalEncodingEverywhere.load(std::memory_order_relaxed) || IsTerminal(stream))
         Encode(text, write);
     else
@@ -90,12 +101,13 @@ namespace zynplatform {
 void SetTextAttribute(unsigned attribute) {
     if (!IsTerminal(stdout)) return;
     if (attribute == defaultAttribute) {
-        std::fputs("\x1b[0m", stdout);
+        WriteBytes(stdout, "\x1b[0m");
         return;
     }
     // The terminal counts red as 1 and blue as 4.
     const unsigned colour = (attribute >> 2 & 1) | (attribute & 2) | (attribute << 2 & 4);
-    std::fprintf(stdout, "\x1b[%um", (attribute & 8 ? 90 : 30) + colour);
+    const char ink[]{'\x1b', '[', attribute & 8 ? '9' : '3', static_cast<char>('0' + colour), 'm', 0};
+    WriteBytes(stdout, ink);
 }
 
 void Write(std::string_view text) {

@@ -16,7 +16,11 @@
 // not empty: "CP" with a number, or "KOI8-R", is that code page; everything else, also no such part, is
 // UTF-8.
 //
-// Everything goes through stdio, after what the host has pending there, and failures to write are ignored.
+// Everything goes through stdio, after what the host has pending there, and failures to write are ignored. To
+// a stream on which the host has printed wide characters (wprintf), which takes no bytes, it goes past stdio
+// at once. The other way round the C library allows nothing: a host that prints wide characters says so
+// before anything else is printed, by fwide(stdout, 1).
+//
 // One call is safe from any thread; whoever needs several in a row to stay together holds a lock around them.
 
 namespace zynplatform {

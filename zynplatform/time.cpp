@@ -1,6 +1,7 @@
 #include "zynplatform/time.h"
 
 #include "zynplatform/codepage.h"
+#include "zynplatform/fork.h"
 
 #include <algorithm>
 #include <atomic>
@@ -51,6 +52,7 @@ void SetTimeSource(std::int64_t (*milliseconds)()) {
 }
 
 bool LocalTime(std::int64_t seconds, std::tm& local) {
+    const ForkGuard guard; // the child of a fork could wait for the C library's lock for ever
     tzset(); // localtime_r need not look at TZ again
     const std::time_t time = seconds;
     return localtime_r(&time, &local) != nullptr;
@@ -72,6 +74,7 @@ void SetStandardZone(std::tm& time) {
 } // namespace
 
 std::string FormatTime(const char* format, std::tm time) {
+    const ForkGuard guard; // as above
     SetStandardZone(time);
     const bool isUtf8 = std::string_view(nl_langinfo(_NL_TIME_CODESET)) == "UTF-8";
     const std::string recoded = isUtf8 ? Recode(format, ansiCodePage, utf8CodePage) : format;

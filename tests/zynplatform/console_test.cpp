@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cwchar>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -49,6 +50,21 @@ TEST(Console, OnlyATerminalGetsColoursAndUnaskedItsEncoding) {
     for (const int file : {saved, terminal, master})
         close(file);
     EXPECT_EQ(bytes, "host\x1b[93mя%s\x1b[91mя%s\x1b[94mя%s\x1b[0mя%s");
+}
+
+TEST(ConsoleDeathTest, FollowsAHostThatPrintsWideCharacters) {
+    const auto print = [] {
+        if (!std::freopen("/dev/null", "w", stdout)) std::_Exit(1); // a stream not used yet
+        dup2(STDERR_FILENO, fileno(stdout));
+        std::wprintf(L"1,");
+        Write("2,");
+        std::wprintf(L"3,");
+        Write("4,");
+        std::fwprintf(stderr, L"5,");
+        ShowMessage("6", nullptr);
+        std::_Exit(0);
+    };
+    EXPECT_EXIT(print(), testing::ExitedWithCode(0), "1,2,3,4,5,6\n");
 }
 
 TEST(Console, EncodingComesFromTheFirstVariableThatIsSet) {

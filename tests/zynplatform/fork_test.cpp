@@ -1,4 +1,5 @@
 #include "zynaggr/zynaggr.h"
+#include "zynplatform/time.h"
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
@@ -25,6 +26,8 @@ char lastLine[256];
 void UseTheLibrary() {
     zynMessagePrint("child", 0);
     const CzynStackLogger logger("Child", true);
+    std::tm time{};
+    zynplatform::LocalTime(0, time);
     unsigned id = 0, depth = 0;
     std::sscanf(lastLine, "%*s t0x%x L%u:%*d Fun Child-<", &id, &depth);
     if (id != static_cast<unsigned>(gettid()) || depth != 1 ||
@@ -46,7 +49,11 @@ TEST(ForkThreads, ChildPrintsLogsAndTranslatesWhateverOtherThreadsAreDoing) {
                 zynMessagePrint("parent", 0);
             }
         };
-        const std::jthread others[] = {std::jthread(work), std::jthread(work)};
+        const auto convert = [](const std::stop_token& over) {
+            for (std::tm time{}; !over.stop_requested();)
+                zynplatform::LocalTime(0, time);
+        };
+        const std::jthread others[] = {std::jthread(work), std::jthread(convert)};
         for (int i = 0; i < 50; ++i)
             failed += StatusInChild(UseTheLibrary) != 0;
     }
