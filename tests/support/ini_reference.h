@@ -156,8 +156,8 @@ public:
         return text.erase(text.find_last_not_of(" \t\n\v\f\r") + 1);
     }
     static bool IsNumber(const std::string& text) {
-        static const std::regex number("-|-?[0-9]+");
-        return std::regex_match(text, number);
+        const bool isNegative = text.starts_with('-');
+        return !text.empty() && text.find_first_not_of("0123456789", isNegative) == text.npos;
     }
     // Cut to 32 bits.
     static long long Number(const std::string& digits) {

@@ -28,6 +28,11 @@ public:
             ini->SetINI(m_folder.Path("f.ini"), false, 0);
             ini->SetWriteMode(false);
         }
+        // So that there is an index from the first step on.
+        for (const IniReference::Section& section : m_reference.sections)
+            for (unsigned queries = m_pick(2) * 64; queries > 0; --queries)
+                All("0",
+                    [&](CzynINI& ini) { return ini.isParamSet(section.name.c_str(), "none") ? "1" : "0"; });
     }
 
     bool Step() {
@@ -59,8 +64,9 @@ public:
         if (kind == 96) {
             std::string& value = m_reference.Claim(section, key, "").value;
             if (!IniReference::IsNumber(value)) value = "7", Save();
-            return All(std::to_string(IniReference::Number(value)),
-                       [&](CzynINI& ini) { return std::to_string(ini.GetInt(s, k, 7, true)).c_str(); });
+            return All(std::to_string(IniReference::Number(value)), [&](CzynINI& ini) {
+                return CStringA(std::to_string(ini.GetInt(s, k, 7, true)).c_str());
+            });
         }
         if (kind == 97) {
             std::string& value = m_reference.Claim(section, key, "").value;
