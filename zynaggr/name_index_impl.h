@@ -134,8 +134,7 @@ template <class T, CStringA T::*name> int NameIndex<T, name>::Walk(int slot, con
 template <class T, CStringA T::*name> void NameIndex<T, name>::Build() {
     m_nWalked = 0;
     try {
-        const auto size = static_cast<std::size_t>(m_size);
-        Reserve(m_size, size / 2);
+        Reserve(m_size, static_cast<std::size_t>(m_size));
         for (int slot = m_size - 1; slot >= 0; --slot) // so that each comes before those of its name
             if (m_slots[slot]) Enter(slot);
     } catch (const std::bad_alloc&) {
