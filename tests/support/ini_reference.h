@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <map>
-#include <regex>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -27,10 +26,10 @@ public:
     // Reads a file, a line at a time.
     explicit IniReference(std::string text) {
         if (!text.empty() && text.back() != '\n') text += '\n';
-        static const std::regex lineEnd("\r?\n\r?");
-        text = std::regex_replace(text, lineEnd, "\n");
-        std::replace(text.begin(), text.end(), '\r', '\n');
-        std::istringstream lines(text);
+        std::stringstream lines;
+        for (std::size_t i = 0; i < text.size(); ++i)
+            if (text[i] != '\r' || (text[i + 1] != '\n' && (i == 0 || text[i - 1] != '\n')))
+                lines << (text[i] == '\r' ? '\n' : text[i]);
         for (std::string line; std::getline(lines, line);) {
             const std::size_t mark = std::min(line.find_first_of(";#=[]"), line.size());
             const char kind = line.c_str()[mark];
