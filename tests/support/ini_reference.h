@@ -78,8 +78,10 @@ public:
         line.value = Trimmed(value);
     }
     void Delete(const std::string& name, const std::string& key) {
-        if (Section* const section = FindSection(name))
-            std::erase_if(section->lines, [&](const Line& line) { return IsNamed(line, &Line::key, key); });
+        while (const Line* const line = FindLine(name, key)) {
+            std::vector<Line>& lines = FindSection(name)->lines;
+            lines.erase(lines.begin() + (line - lines.data()));
+        }
     }
     bool RenameSection(const std::string& from, const std::string& to, const std::string& comment) {
         Section* const section = FindSection(from);
@@ -176,14 +178,11 @@ private:
         }
         return folded;
     }
-    template <class T> static bool IsNamed(const T& element, std::string T::*field, const std::string& name) {
-        return !element.isNull && Folded(element.*field) == Folded(name);
-    }
     template <class T>
     static T* Find(std::vector<T>& list, std::string T::*field, const std::string& name, bool claim) {
         T* found = nullptr;
         for (T& element : list) {
-            if (!IsNamed(element, field, name)) continue;
+            if (element.isNull || Folded(element.*field) != Folded(name)) continue;
             if (!claim) return &element;
             element.*field = found ? element.*field + "___copy" : name;
             if (!found) found = &element;
