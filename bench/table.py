@@ -20,8 +20,9 @@ def shown(nanoseconds):
 
 
 def growth_table(growths):
-    print("\n| growth: cost of one element | n | 4 n | 16 n |")
-    print("|---|---|---|---|")
+    sizes = sorted(max(growths.values(), key=len))
+    print(f"\n| growth: cost of one element of | {' | '.join(map(str, sizes))} |")
+    print("|---" * (len(sizes) + 1) + "|")
     for workload, times in growths.items():
         costs = [times[size] / size for size in sorted(times)]
         cells = [f"{shown(cost)} ({cost / costs[0]:.2f})" for cost in costs]
@@ -49,8 +50,9 @@ def main(files):
                 continue
             rows.setdefault(key, {})[implementation] = time
 
-    print("| workload | ours | peers and floors | ours / best peer |")
-    print("|---|---|---|---|")
+    if rows:
+        print("| workload | ours | peers and floors | ours / best peer |")
+        print("|---|---|---|---|")
     for workload, times in rows.items():
         if "ours" not in times:
             continue
