@@ -213,7 +213,7 @@ GROWS("INI delete a repeated key", DeleteRepeatedKey);
 GROWS("INI write then delete", WriteThenDelete);
 GROWS("INI edit and query", EditAndQuery);
 GROWS("INI query, derived class", QueryDerived);
-GROWS("INI query, keys of @ and `", QueryTwins);
+GROWS("INI query, hostile keys", QueryTwins);
 GROWS("CzynMap add and find, in order", MapInOrder);
 GROWS("CzynMap add and find, at random", MapAtRandom);
 

@@ -1,7 +1,9 @@
 """Prints one table from the results of several benchmark programs.
 
 A benchmark is named "workload/implementation", numbers that follow are the sizes. In a row stand the medians
-of the elapsed time of ours, of each peer and of the floors, and ours against the best peer.
+of the elapsed time of ours, of each peer and of the floors, and ours against the best peer. Workloads that begin
+with "growth, " stand in a table of their own: what one element costs at each size, and how much more than at the
+smallest.
 """
 
 import json
@@ -17,8 +19,19 @@ def shown(nanoseconds):
     return f"{nanoseconds:.3g} ns"
 
 
+def growth_table(growths):
+    sizes = sorted(max(growths.values(), key=len))
+    print(f"\n| growth: cost of one element of | {' | '.join(map(str, sizes))} |")
+    print("|---" * (len(sizes) + 1) + "|")
+    for workload, times in growths.items():
+        costs = [times[size] / size for size in sorted(times)]
+        cells = [f"{shown(cost)} ({cost / costs[0]:.2f})" for cost in costs]
+        print(f"| {workload} | {' | '.join(cells)} |")
+
+
 def main(files):
     rows = {}  # workload with its sizes: implementation: median
+    growths = {}  # workload: size: median
     failed = []
     for name in files:
         with open(name, encoding="utf-8") as file:
@@ -29,12 +42,17 @@ def main(files):
                 failed.append(f"{workload}/{implementation}: {benchmark['error_message']}")
             if benchmark.get("aggregate_name") != "median":
                 continue
+            sizes = [size for size in sizes if size.isdigit()]  # not "manual_time"
             key = workload + (f" ({' x '.join(sizes)})" if sizes else "")
             time = benchmark["real_time"] * UNITS[benchmark["time_unit"]]
+            if workload.startswith("growth, "):
+                growths.setdefault(workload.removeprefix("growth, "), {})[int(sizes[0])] = time
+                continue
             rows.setdefault(key, {})[implementation] = time
 
-    print("| workload | ours | peers and floors | ours / best peer |")
-    print("|---|---|---|---|")
+    if rows:
+        print("| workload | ours | peers and floors | ours / best peer |")
+        print("|---|---|---|---|")
     for workload, times in rows.items():
         if "ours" not in times:
             continue
@@ -43,6 +61,8 @@ def main(files):
         ratio = f"{times['ours'] / min(real):.2f}" if real else ""
         others = "; ".join(f"{name} {shown(time)}" for name, time in sorted(peers.items(), key=lambda p: p[1]))
         print(f"| {workload} | {shown(times['ours'])} | {others} | {ratio} |")
+    if growths:
+        growth_table(growths)
     for failure in sorted(set(failed)):
         print(f"\nNot measured: {failure}")
     return 1 if failed else 0

@@ -185,7 +185,8 @@ protected:
     // FindCreateOption returns. So its queries go through all names, every time. A class that calls
     // ModelChanged, say in its constructor, promises to call it again before the next query or edit whenever
     // it has changed a name, or has added, removed or moved a section or an entry; values don't matter. Its
-    // queries then cost the same however long the file is.
+    // queries then cost the same however long the file is; an edit elsewhere than at the end of a section has
+    // the index of that section made anew.
     void ModelChanged();
 
     // The entry, or null. With bCreate it is made when missing, its section too.

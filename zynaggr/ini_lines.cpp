@@ -103,12 +103,13 @@ void IniLines::MakeGap() {
     CzynINI::OptionArray& options = m_section.m_aOptions;
     const std::int32_t size = Size(), gap = size / 2 + 16;
     if (gap > std::numeric_limits<std::int32_t>::max() - size) throw std::bad_alloc();
-    if (size + gap > options.m_nMaxSize && !options.SetSize(size + gap)) throw std::bad_alloc();
-    m_names.Reserve(size + gap, 1);
-    m_free.resize(static_cast<std::size_t>(size + gap));
+    const std::int32_t total = size + gap;
+    if (total > options.m_nMaxSize && !options.SetSize(total)) throw std::bad_alloc();
+    m_names.Reserve(total, 1);
+    m_free.resize(static_cast<std::size_t>(total));
     std::fill(m_free.begin() + size, m_free.end(), true);
     std::fill_n(options.m_pData + size, gap, nullptr);
-    options.m_nSize = size + gap;
+    options.m_nSize = total;
     m_nFree = gap;
     for (int slot = size - 1; slot >= m_nGap; --slot)
         MoveLine(slot, slot + gap);

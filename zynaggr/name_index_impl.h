@@ -2,7 +2,6 @@
 
 #include "zynaggr/hash_impl.h"
 #include "zynhost/cstring.h"
-#include "zynplatform/cp1251.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -72,7 +71,9 @@ private:
     }
     bool HasName(int slot, std::string_view wanted) const {
         const CStringA& stored = m_slots[slot]->*name;
-        return stored.View() == wanted || stored.CompareNoCase(wanted.data()) == 0;
+        const std::string_view text = stored.View();
+        if (text.size() < wanted.size() || text.data()[wanted.size()] != 0) return false;
+        return text.starts_with(wanted) || stored.CompareNoCase(wanted.data()) == 0;
     }
     Link& LinkAt(int slot) { return m_links[static_cast<std::size_t>(slot)]; }
     std::size_t Mask() const { return m_heads.size() - 1; }
@@ -122,20 +123,15 @@ template <class T, CStringA T::*name> T* NameIndex<T, name>::Claim(const char* w
 
 template <class T, CStringA T::*name> int NameIndex<T, name>::Walk(int slot, const char* wanted) {
     const std::string_view text(wanted);
-    const char initial = zynplatform::Cp1251Lower(*wanted);
-    for (; slot < m_size; ++slot, ++m_nWalked) {
-        if (!m_slots[slot]) continue;
-        const char* const stored = (m_slots[slot]->*name).GetString();
-        if (zynplatform::Cp1251Lower(*stored) == initial && HasName(slot, text)) return slot;
-    }
+    for (; slot < m_size; ++slot, ++m_nWalked)
+        if (m_slots[slot] && HasName(slot, text)) return slot;
     return -1;
 }
 
 template <class T, CStringA T::*name> void NameIndex<T, name>::Build() {
     m_nWalked = 0;
     try {
-        const auto size = static_cast<std::size_t>(m_size);
-        Reserve(m_size, size / 2);
+        Reserve(m_size, static_cast<std::size_t>(m_size));
         for (int slot = m_size - 1; slot >= 0; --slot) // so that each comes before those of its name
             if (m_slots[slot]) Enter(slot);
     } catch (const std::bad_alloc&) {

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <map>
-#include <regex>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -27,10 +26,10 @@ public:
     // Reads a file, a line at a time.
     explicit IniReference(std::string text) {
         if (!text.empty() && text.back() != '\n') text += '\n';
-        static const std::regex lineEnd("\r?\n\r?");
-        text = std::regex_replace(text, lineEnd, "\n");
-        std::replace(text.begin(), text.end(), '\r', '\n');
-        std::istringstream lines(text);
+        std::stringstream lines;
+        for (std::size_t i = 0; i < text.size(); ++i)
+            if (text[i] != '\r' || (text[i + 1] != '\n' && (i == 0 || text[i - 1] != '\n')))
+                lines << (text[i] == '\r' ? '\n' : text[i]);
         for (std::string line; std::getline(lines, line);) {
             const std::size_t mark = std::min(line.find_first_of(";#=[]"), line.size());
             const char kind = line.c_str()[mark];
@@ -79,8 +78,10 @@ public:
         line.value = Trimmed(value);
     }
     void Delete(const std::string& name, const std::string& key) {
-        if (Section* const section = FindSection(name))
-            std::erase_if(section->lines, [&](const Line& line) { return IsNamed(line, &Line::key, key); });
+        while (const Line* const line = FindLine(name, key)) {
+            std::vector<Line>& lines = FindSection(name)->lines;
+            lines.erase(lines.begin() + (line - lines.data()));
+        }
     }
     bool RenameSection(const std::string& from, const std::string& to, const std::string& comment) {
         Section* const section = FindSection(from);
@@ -156,8 +157,8 @@ public:
         return text.erase(text.find_last_not_of(" \t\n\v\f\r") + 1);
     }
     static bool IsNumber(const std::string& text) {
-        static const std::regex number("-|-?[0-9]+");
-        return std::regex_match(text, number);
+        const bool isNegative = text.starts_with('-');
+        return !text.empty() && text.find_first_not_of("0123456789", isNegative) == text.npos;
     }
     // Cut to 32 bits.
     static long long Number(const std::string& digits) {
@@ -177,14 +178,11 @@ private:
         }
         return folded;
     }
-    template <class T> static bool IsNamed(const T& element, std::string T::*field, const std::string& name) {
-        return !element.isNull && Folded(element.*field) == Folded(name);
-    }
     template <class T>
     static T* Find(std::vector<T>& list, std::string T::*field, const std::string& name, bool claim) {
         T* found = nullptr;
         for (T& element : list) {
-            if (!IsNamed(element, field, name)) continue;
+            if (element.isNull || Folded(element.*field) != Folded(name)) continue;
             if (!claim) return &element;
             element.*field = found ? element.*field + "___copy" : name;
             if (!found) found = &element;

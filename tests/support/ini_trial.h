@@ -28,56 +28,57 @@ public:
             ini->SetINI(m_folder.Path("f.ini"), false, 0);
             ini->SetWriteMode(false);
         }
+        // So that there is an index from the first step on.
+        for (const IniReference::Section& section : m_reference.sections)
+            for (unsigned queries = m_pick(2) * 64; queries > 0; --queries)
+                All("0", [&](CzynINI& ini) { return ini.isParamSet(section.name.c_str(), "none"); });
     }
 
     bool Step() {
+        IniReference& rules = m_reference;
         const std::string section = Name(), key = Name(), text = Name();
         const char *const s = Argument(section), *const k = Argument(key), *const t = Argument(text);
         const char* const comment = std::array{"", "n", "note", "; note"}[m_pick(4)];
         const unsigned kind = m_pick(100);
         if (kind < 52) {
-            const IniReference::Line* const line = m_reference.FindLine(section, key);
+            const IniReference::Line* const line = rules.FindLine(section, key);
             const std::string value = line ? line->value : "none";
             return All(value, [&](CzynINI& ini) { return ini.GetString(s, k, "none", false); });
         }
         if (kind < 54)
-            return All(m_reference.FindSection(section) ? "1" : "0",
-                       [&](CzynINI& ini) { return ini.isGroupeSet(s) ? "1" : "0"; });
-        if (kind < 58) return All(m_reference.Pairs(section), [&](CzynINI& ini) { return Pairs(ini, s); });
+            return All(rules.FindSection(section) ? "1" : "0",
+                       [&](CzynINI& ini) { return ini.isGroupeSet(s); });
+        if (kind < 58) return All(rules.Pairs(section), [&](CzynINI& ini) { return Pairs(ini, s); });
         if (kind < 80) {
-            m_reference.Write(section, key, text, comment);
-            return All("", [&](CzynINI& ini) { return ini.WriteString(s, k, t, comment) ? "" : "failed"; });
+            rules.Write(section, key, text, comment);
+            return All("1", [&](CzynINI& ini) { return ini.WriteString(s, k, t, comment); });
         }
         if (kind < 84) {
-            m_reference.Claim(section, key, comment).value = "-5";
-            return All("", [&](CzynINI& ini) { return ini.WriteInt(s, k, -5, comment) ? "" : "failed"; });
+            rules.Claim(section, key, comment).value = "-5";
+            return All("1", [&](CzynINI& ini) { return ini.WriteInt(s, k, -5, comment); });
         }
         if (kind < 96) {
-            m_reference.Delete(section, key);
-            return All("", [&](CzynINI& ini) { return ini.Delete(s, k) ? "" : "failed"; });
+            rules.Delete(section, key);
+            return All("1", [&](CzynINI& ini) { return ini.Delete(s, k); });
         }
-        if (kind == 96) {
-            std::string& value = m_reference.Claim(section, key, "").value;
-            if (!IniReference::IsNumber(value)) value = "7", Save();
+        if (kind < 98) {
+            const bool asInt = kind == 97;
+            std::string& value = rules.Claim(section, key, "").value;
+            if (asInt ? !IniReference::IsNumber(value) : value.empty()) value = "7", Save();
+            if (!asInt) return All(value, [&](CzynINI& ini) { return ini.GetString(s, k, "7", true); });
             return All(std::to_string(IniReference::Number(value)),
-                       [&](CzynINI& ini) { return std::to_string(ini.GetInt(s, k, 7, true)).c_str(); });
+                       [&](CzynINI& ini) { return ini.GetInt(s, k, 7, true); });
         }
-        if (kind == 97) {
-            std::string& value = m_reference.Claim(section, key, "").value;
-            if (value.empty()) value = "d", Save();
-            return All(value, [&](CzynINI& ini) { return ini.GetString(s, k, "d", true); });
-        }
+        const bool ofLine = kind == 98;
         CStringA note;
-        if (kind == 98) {
-            note.Format("; Опция '%s' была переименована. Старое название опции '%s'"_cp1251, text.c_str(),
-                        key.c_str());
-            if (m_reference.RenameLine(section, key, text, note.GetString())) Save();
-            return All("", [&](CzynINI& ini) { return ini.RenameParam(s, k, t), ""; });
-        }
-        note.Format("Группа опций [%s] была переименована. Старое название группы [%s]"_cp1251, text.c_str(),
-                    section.c_str());
-        if (m_reference.RenameSection(section, text, note.GetString())) Save();
-        return All("", [&](CzynINI& ini) { return ini.RenameGroupe(s, t), ""; });
+        note.Format(ofLine ? "; Опция '%s' была переименована. Старое название опции '%s'"_cp1251
+                           : "Группа опций [%s] была переименована. Старое название группы [%s]"_cp1251,
+                    text.c_str(), (ofLine ? key : section).c_str());
+        if (ofLine ? rules.RenameLine(section, key, text, note.GetString())
+                   : rules.RenameSection(section, text, note.GetString()))
+            Save();
+        return All(
+            "", [&](CzynINI& ini) { return ofLine ? ini.RenameParam(s, k, t) : ini.RenameGroupe(s, t), ""; });
     }
 
     // Of a derived class the arrays are as the rules have them after every step.
@@ -87,7 +88,7 @@ public:
     }
     bool Flush() {
         Save();
-        return All("", [](CzynINI& ini) { return ini.Flush() ? "" : "failed"; });
+        return All("1", [](CzynINI& ini) { return ini.Flush(); });
     }
 
 private:
@@ -105,21 +106,21 @@ private:
     const char* Argument(const std::string& text) {
         return text.empty() && m_pick(2) ? nullptr : text.c_str();
     }
-    static std::string Pairs(CzynINI& ini, const char* section) {
+    static CStringA Pairs(CzynINI& ini, const char* section) {
         CzynINI::KeyValArray pairs(8);
-        std::string all = ini.GetListKeysVals(section, pairs) ? "" : "none";
+        CStringA all = ini.GetListKeysVals(section, pairs) ? "" : "none";
         for (int i = 0; i < pairs.GetSize(); ++i)
-            all.append(pairs.GetAt(i)->m_sKey.View()).append("=").append(pairs.GetAt(i)->m_sVal.View()) +=
-                ",";
+            all += pairs.GetAt(i)->m_sKey + "=" + pairs.GetAt(i)->m_sVal + ",";
         return all;
     }
+    static std::string Shown(const char* text) { return text; }
+    static std::string Shown(const CStringA& text) { return std::string(text.View()); }
+    static std::string Shown(int number) { return std::to_string(number); }
     template <class Act> bool All(const std::string& expected, Act act) {
         const std::string saved = std::exchange(m_saved, "");
-        for (CzynINI* const ini : m_all)
-            if (const CStringA got(act(*ini));
-                got.View() != expected || (!saved.empty() && m_folder.Read("f.ini") != saved))
-                return false;
-        return true;
+        return std::ranges::all_of(m_all, [&](CzynINI* ini) {
+            return Shown(act(*ini)) == expected && (saved.empty() || m_folder.Read("f.ini") == saved);
+        });
     }
     void Save() { m_saved = m_reference.Text(); }
 

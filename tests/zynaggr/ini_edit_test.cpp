@@ -105,7 +105,9 @@ TEST_F(IniEditTest, FailedAllocationLosesNoLineAndHasAText) {
         long failures = 1;
         for (long n = 1; failures > 0; ++n) {
             folder.Write("f.ini", text);
-            OpenIni object(folder.Path("f.ini"));
+            CzynINI object(folder.Path("f.ini"));
+            for (int i = 0; i < 600; ++i) // so that there is an index
+                object.isParamSet(i % 2 ? "one" : "two", "none");
             {
                 const FailingNew failing(n, kind);
                 try {
@@ -114,6 +116,7 @@ TEST_F(IniEditTest, FailedAllocationLosesNoLineAndHasAText) {
                     object.GetString("zero", "new", "default", true);
                     object.GetString("one", "new", "default", true);
                     object.WriteString("three", "k", "v", "with a comment");
+                    object.WriteString("one", "commented", "v", "with a comment");
                     object.WriteInt("two", "number", 5, nullptr);
                     object.RenameParam("three", "k", "l");
                     object.GetListKeys("two", keys);

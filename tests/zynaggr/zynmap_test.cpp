@@ -12,37 +12,34 @@
 
 namespace {
 
-void Fill(CzynMap& map, const std::vector<int>& keys) {
-    for (const int key : keys)
-        map.Add(key, 100 * key);
-}
-
-TEST(PairMap, CapacityGrowsByItsRuleAndIsKeptByClear) {
+TEST(PairMap, GrowsByItsRuleAndThrowsWithoutMemory) {
     CzynMap map(0);
     EXPECT_EQ(map.m_pData, nullptr);
     for (const int capacity : {32, 66, 134}) {
-        map.Add(1, 1);
-        EXPECT_EQ(map.m_nMaxSize, capacity);
-        Fill(map, std::vector<int>(static_cast<std::size_t>(capacity - map.GetSize()), 1));
+        while (map.GetSize() < capacity)
+            map.Add(1, 1);
         EXPECT_EQ(map.m_nMaxSize, capacity);
     }
-    EXPECT_FALSE(map.SetSize(133));
+    map.m_bSorted = true;
+    {
+        FailingNew failing(1);
+        EXPECT_THROW(map.Add(2, 2), std::bad_alloc);
+    }
+    EXPECT_TRUE(map.m_bSorted && map.GetSize() == 134 && !map.SetSize(133));
     map.Clear();
-    EXPECT_TRUE(map.SetSize(0)); // the size in use: nothing to do
-    EXPECT_EQ(map.m_nMaxSize, 134);
-    EXPECT_TRUE(map.SetSize(2));
-    EXPECT_EQ(map.m_nMaxSize, 32);
+    EXPECT_TRUE(map.SetSize(0) && map.m_nMaxSize == 134); // the size in use: nothing to do
+    EXPECT_TRUE(map.SetSize(2) && map.m_nMaxSize == 32);
     map.RemoveAll();
     EXPECT_EQ(map.m_pData, nullptr);
-    EXPECT_FALSE(map.m_bSorted);
+    map.m_nSize = map.m_nMaxSize = std::numeric_limits<std::int32_t>::max();
+    EXPECT_THROW(map.Add(1, 1), std::bad_alloc);
+    map.m_nSize = map.m_nMaxSize = 0;
     CzynMap full(40);
     full.m_bAutoSort = true;
     for (int key = 0; key < 40; ++key)
         full.Add(key, 0);
-    EXPECT_EQ(full.m_nMaxSize, 40);
     full.Add(39, 1); // only a replacement, but the room is made first
-    EXPECT_EQ(full.GetSize(), 40);
-    EXPECT_EQ(full.m_nMaxSize, 82);
+    EXPECT_TRUE(full.GetSize() == 40 && full.m_nMaxSize == 82);
 }
 
 using Pair = std::pair<std::intptr_t, std::intptr_t>;
@@ -131,23 +128,6 @@ TEST(PairMap, WordsKeepPointersWhole) {
     EXPECT_EQ(map.GetByInP(NULL), &values[1]);
     EXPECT_EQ(map.GetByOut(300), 7); // the first of two
     EXPECT_EQ(map.GetByOut(301), -1);
-}
-
-TEST(PairMap, OutOfMemoryThrowsAndChangesNothing) {
-    CzynMap map;
-    Fill(map, std::vector<int>(32, 1));
-    map.m_bSorted = true;
-    {
-        FailingNew failing(1);
-        EXPECT_THROW(map.Add(2, 2), std::bad_alloc);
-    }
-    EXPECT_TRUE(map.m_bSorted);
-    EXPECT_EQ(map.Add(2, 2), 32);
-
-    map.RemoveAll();
-    map.m_nSize = map.m_nMaxSize = std::numeric_limits<std::int32_t>::max();
-    EXPECT_THROW(map.Add(1, 1), std::bad_alloc);
-    map.m_nSize = map.m_nMaxSize = 0;
 }
 
 } // namespace
