@@ -4,6 +4,8 @@
 
 #include <csignal>
 #include <ctime>
+#include <memory>
+#include <sys/sendfile.h>
 #include <unistd.h>
 
 namespace zynplatform {
@@ -62,6 +64,25 @@ WriteSignalGuard::~WriteSignalGuard() {
         }
     pthread_sigmask(SIG_UNBLOCK, &blocked, nullptr);
     errno = error;
+}
+
+// The system copies between descriptors by itself; what it cannot copy that way goes through a buffer.
+std::uint32_t CopyBytes(FileHandle from, FileHandle to) {
+    const WriteSignalGuard noSignals;
+    for (;;) {
+        const ssize_t part = sendfile(Descriptor(to), Descriptor(from), nullptr, std::size_t{1} << 30);
+        if (part == 0) return 0;
+        if (part > 0 || errno == EINTR) continue;
+        if (errno != EINVAL && errno != ENOSYS) return LastError();
+        break;
+    }
+    constexpr std::size_t size = std::size_t{64} * 1024;
+    const std::unique_ptr<char[]> buffer(new char[size]);
+    for (std::size_t done = size; done == size;) {
+        if (const std::uint32_t error = ReadFile(from, buffer.get(), size, done)) return error;
+        if (const std::uint32_t error = WriteFile(to, buffer.get(), done)) return error;
+    }
+    return 0;
 }
 
 } // namespace zynplatform

@@ -55,6 +55,9 @@ private:
     int m_descriptor;
 };
 
+// Copies from the one's position to its end, to the other's position.
+std::uint32_t CopyBytes(FileHandle from, FileHandle to);
+
 // Keeps a write from ending the process: no signal comes for a file that is longer than the process may write
 // or a pipe that nobody reads, only the error.
 class WriteSignalGuard {

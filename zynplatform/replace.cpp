@@ -184,16 +184,6 @@ std::uint32_t Reserve(int file, std::int64_t present, std::int64_t length) {
     return error;
 }
 
-std::uint32_t CopyContent(int from, int to) {
-    constexpr std::size_t size = std::size_t{64} * 1024;
-    const std::unique_ptr<char[]> buffer(new char[size]);
-    for (std::size_t done = size; done == size;) {
-        if (const std::uint32_t error = ReadFile(from, buffer.get(), size, done)) return error;
-        if (const std::uint32_t error = WriteFile(to, buffer.get(), done)) return error;
-    }
-    return 0;
-}
-
 } // namespace
 
 std::uint32_t OverwriteFile(FileHandle handle, TextPieces text) {
@@ -222,7 +212,7 @@ std::uint32_t CopyToNewFile(FileHandle from, const char* to, bool isPrivate) {
     UniqueDescriptor made(Uninterrupted(
         [&] { return open(target.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600); }));
     if (!made) return LastError();
-    std::uint32_t error = CopyContent(old.Get(), made.Get());
+    std::uint32_t error = CopyBytes(old.Get(), made.Get());
     if (error == 0 && !isPrivate) TakeOverAtMost(old.Get(), made.Get());
     if (error == 0) error = Sync(made.Get());
     if (error == 0) error = made.Close();

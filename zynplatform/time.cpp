@@ -53,7 +53,7 @@ void SetTimeSource(std::int64_t (*milliseconds)()) {
 
 bool LocalTime(std::int64_t seconds, std::tm& local) {
     const ForkGuard guard; // the child of a fork could wait for the C library's lock for ever
-    tzset(); // localtime_r need not look at TZ again
+    tzset();               // localtime_r need not look at TZ again
     const std::time_t time = seconds;
     return localtime_r(&time, &local) != nullptr;
 }

@@ -24,13 +24,15 @@ bool IsOneOf(std::initializer_list<std::string_view> names, std::string_view nam
 }
 
 bool NeedsRoom(std::string_view name) {
-    return IsOneOf({"open64", "openat64", "write", "fallocate64", "linkat", "fsetxattr", "fsync"}, name);
+    return IsOneOf(
+        {"open64", "openat64", "write", "sendfile64", "fallocate64", "linkat", "fsetxattr", "fsync"}, name);
 }
 
 // The others never wait, or close, which is over all the same.
 bool CanBeInterrupted(std::string_view name) {
-    return IsOneOf({"open64", "openat64", "read", "write", "fsync", "ftruncate64", "fallocate64", "flock"},
-                   name);
+    return IsOneOf(
+        {"open64", "openat64", "read", "write", "sendfile64", "fsync", "ftruncate64", "fallocate64", "flock"},
+        name);
 }
 
 // Whether this call goes wrong; errno is set then. Otherwise `length`, when given, may have become shorter.
@@ -107,6 +109,7 @@ PASSED_ON(off64_t, lseek64, (int file, off64_t offset, int whence), (file, offse
 PASSED_ON(ssize_t, readlink, (const char* name, char* target, size_t size), (name, target, size))
 PASSED_ON(int, rename, (const char* from, const char* to), (from, to))
 PASSED_ON(int, renameat, (int from, const char* old, int to, const char* name), (from, old, to, name))
+PASSED_ON(ssize_t, sendfile64, (int to, int from, off64_t* offset, size_t size), (to, from, offset, size))
 PASSED_ON(int, stat64, (const char* name, struct stat64* status), (name, status))
 PASSED_ON(int, unlink, (const char* name), (name))
 PASSED_ON(int, unlinkat, (int folder, const char* name, int flags), (folder, name, flags))
