@@ -63,7 +63,7 @@ const Start starts[] = {
     {"new", "", false},
     {"1251", inCodePage, false},
     {"UTF-8", "\xEF\xBB\xBF; \xD0\x81\r\n[s]\r\nk=v\r\n", false},
-    {"UCS-2", std::string("\xFF\xFE[\0s\0]\0\r\0\n\0k\0=\0v\0\r\0\n\0", 24), false},
+    {"UCS-2", std::string("\xFF\xFE[\0s\0]\0\r\0\n\0k\0=\0v\0\r\0\n\0", 22), false},
     {"two names", inCodePage, true},
 };
 
