@@ -55,13 +55,14 @@ public:
     // that was written before and is not yet flushed comes to stand behind what is read, and is kept when
     // reading fails.
     int Load2Memory();
-    // Why the last load failed.
+    // Kinds of failed loads.
     enum LoadFailure {
         loadDone,
         loadNoMemory,
         loadNotRead,    // no open file, an error while reading, or too long
         loadNotDecoded, // read, but it is no text
     };
+    // Why the last load failed.
     LoadFailure GetLoadFailure() const { return m_nLoadFailure; }
     // The next line, without its end; a run of line ends (CR, LF, zero bytes) counts as one, so that an empty
     // line is returned only where the position itself stands on a line end. 1, or 0 at the end or when

@@ -14,6 +14,9 @@ namespace zynplatform {
 
 namespace {
 
+// How often another file that has taken the name is opened instead.
+constexpr int replacementsFollowed = 1000;
+
 constexpr std::size_t largestTransfer = std::size_t{1} << 30;
 
 // A missing file and a missing folder on the way to it are told apart.
@@ -57,23 +60,18 @@ std::uint32_t Empty(int descriptor, const OpenMode& mode) {
     return writer ? SetFileLength(writer.Get(), 0) : LastError();
 }
 
-// What must hold once the descriptor is open: no folder, no conflict, and only then an emptied file.
-// `isReplaced` becomes whether another file has taken the name meanwhile, and nothing else is decided then.
-std::uint32_t PrepareOpened(int descriptor, const std::string& name, const OpenMode& mode, bool& isReplaced) {
-    struct stat status;
-    if (fstat(descriptor, &status) != 0) return LastError();
+// What must hold once the descriptor is open: no folder, and no conflict. From then on reading and writing
+// wait.
+std::uint32_t PrepareOpened(int descriptor, const struct stat& status, const OpenMode& mode) {
     if (S_ISDIR(status.st_mode)) return errorAccessDenied;
-    const std::uint32_t conflict = TakeShareLock(descriptor, mode.access, mode.deny);
-    if (S_ISREG(status.st_mode)) {
-        struct stat named;
-        isReplaced = stat(name.c_str(), &named) != 0 || !IsSameFile(status, named);
-        if (isReplaced || conflict != 0) return conflict;
-        return mode.truncate ? Empty(descriptor, mode) : 0;
-    }
-    // From here on reading and writing wait.
-    const int flags = fcntl(descriptor, F_GETFL);
+    const int flags = S_ISREG(status.st_mode) ? -1 : fcntl(descriptor, F_GETFL);
     if (flags >= 0) fcntl(descriptor, F_SETFL, flags & ~O_NONBLOCK);
-    return conflict;
+    return TakeShareLock(descriptor, mode.access, mode.deny);
+}
+
+bool IsNamed(const struct stat& file, const std::string& name) {
+    struct stat named;
+    return stat(name.c_str(), &named) == 0 && IsSameFile(file, named);
 }
 
 } // namespace
@@ -81,16 +79,20 @@ std::uint32_t PrepareOpened(int descriptor, const std::string& name, const OpenM
 std::uint32_t OpenFile(const char* name, const OpenMode& mode, FileHandle& handle) {
     handle = noFile;
     const std::string nativeName = ToNativePath(name);
-    for (int attempts = 0; attempts < 1000; ++attempts) {
+    for (int attempts = 0; attempts < replacementsFollowed; ++attempts) {
         UniqueDescriptor descriptor = OpenByName(nativeName, OpenFlags(mode), mode.permissions);
         if (!descriptor) return OpenError(nativeName);
-        bool isReplaced = false;
-        const std::uint32_t error = PrepareOpened(descriptor.Get(), nativeName, mode, isReplaced);
-        if (!isReplaced) {
-            if (error == 0) handle = HandleOf(descriptor.Release());
-            return error;
+        struct stat status;
+        if (fstat(descriptor.Get(), &status) != 0) return LastError();
+        std::uint32_t error = PrepareOpened(descriptor.Get(), status, mode);
+        const bool isPlain = S_ISREG(status.st_mode);
+        if (isPlain && !IsNamed(status, nativeName)) {
+            ReleaseLocks(descriptor.Get());
+            continue;
         }
-        ReleaseLocks(descriptor.Get());
+        if (error == 0 && isPlain && mode.truncate) error = Empty(descriptor.Get(), mode);
+        if (error == 0) handle = HandleOf(descriptor.Release());
+        return error;
     }
     return errorSharingViolation;
 }

@@ -28,16 +28,16 @@ ZYN_API std::uint32_t RemoveFile(const char* name);
 // Makes one folder.
 ZYN_API std::uint32_t MakeFolder(const char* name);
 
-// How to copy a file, and how far that came: errors of copying the content, of reading the source's
-// permission bits and access list and of giving them to the copy.
+// How to copy a file.
 struct CopyMode {
     bool failIfExists = false;
-    bool withRights = false;
+    bool withRights = false; // the permission bits and the access list, too
 };
+// How far a copy came: system error numbers.
 struct CopyOutcome {
-    std::uint32_t content = 0;
-    std::uint32_t readingRights = 0;
-    std::uint32_t settingRights = 0;
+    std::uint32_t content = 0;       // of copying the content
+    std::uint32_t readingRights = 0; // of reading the source's rights
+    std::uint32_t settingRights = 0; // of giving them to the copy
 };
 // Copies the content; a new file takes the source's permission bits as far as the process's mask lets it.
 // Opens both files under the share modes of file.h: it reads denying nobody and writes exclusively. Of a copy

@@ -61,6 +61,11 @@ bool IsSameFileAs(const struct stat& file, const std::string& path) {
     return stat(path.c_str(), &named) == 0 && IsSameFile(file, named);
 }
 
+std::string RealPath(const std::string& name) {
+    const std::unique_ptr<char, decltype(&std::free)> real(realpath(name.c_str(), nullptr), &std::free);
+    return real ? real.get() : "";
+}
+
 // The path, without links, of an open file: what the system says, or else where its name leads now.
 std::string PathOf(int descriptor, const struct stat& file, const std::string& name) {
     std::string path(PATH_MAX, '\0');
@@ -68,8 +73,11 @@ std::string PathOf(int descriptor, const struct stat& file, const std::string& n
         readlink(("/proc/self/fd/" + std::to_string(descriptor)).c_str(), path.data(), path.size());
     path.resize(length > 0 ? static_cast<std::size_t>(length) : 0);
     if (path.starts_with('/') && IsSameFileAs(file, path)) return path;
-    const std::unique_ptr<char, decltype(&std::free)> real(realpath(name.c_str(), nullptr), &std::free);
-    return real ? real.get() : "";
+    if (std::string real = RealPath(name); !real.empty()) return real;
+    // A file that was deleted meanwhile comes into being again.
+    const std::size_t slash = name.rfind('/') + 1;
+    const std::string folder = RealPath(slash == 0 ? "." : name.substr(0, slash));
+    return folder.empty() ? folder : folder + '/' + name.substr(slash);
 }
 
 } // namespace
@@ -136,7 +144,7 @@ std::uint32_t Replacement::Prepare(FileHandle file, const char* name, const Open
 
     const std::string path = PathOf(old, status, ToNativePath(name));
     const std::size_t slash = path.rfind('/');
-    if (slash == path.npos) return errorNotSupported;
+    if (slash == path.npos) return status.st_nlink == 0 ? errorPathNotFound : errorNotSupported;
     m_name = path.substr(slash + 1);
     m_temporaryName = "." + m_name + ".zynsave";
     m_folder = open(path.substr(0, slash + 1).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);

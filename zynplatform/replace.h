@@ -22,8 +22,10 @@
 
 namespace zynplatform {
 
-using TextPieces = std::initializer_list<std::string_view>; // written one behind the other
+// A text in pieces, written one behind the other.
+using TextPieces = std::initializer_list<std::string_view>;
 
+// A new text on its way to the place of an old one.
 class ZYN_API Replacement {
 public:
     Replacement() = default;

@@ -235,6 +235,10 @@ TEST_F(ZynStringFileTest, FileOpenedToBeEmptiedIsEmptyToEveryOperationOfItsOwn) 
         file.Close();
         EXPECT_EQ(after, folder.Read("f")) << flags << act;
     }
+    Open("old content");
+    std::filesystem::remove(folder.Native("f")); // and a file that is deleted meanwhile comes back
+    EXPECT_TRUE(file.WriteString("again") && file.Flush());
+    EXPECT_EQ("again", folder.Read("f"));
     Open("old content", emptying | CFile::shareDenyNone); // the one that writes nothing destroys nothing
     CzynStringFile other(folder.Path("f"), emptying | CFile::shareDenyNone);
     EXPECT_TRUE(other.WriteString("text") && other.Flush());
