@@ -3,9 +3,8 @@
 //
 //   load_rounds MODULE LIBRARY
 
-#include "support/slow_end.h"
-
 #include <atomic>
+#include <cstdio>
 #include <cstring>
 
 #include <dlfcn.h>
@@ -17,15 +16,10 @@ namespace {
 
 constexpr int rounds = 1000;
 
-void* module;
-void (*use)();
+void (*use)(void (*)(const char*));
 const char* (*translate)(const char*);
 int terminated;
 std::atomic<bool> hasUsed{false}, mayEnd{false};
-
-template <class Function> void Find(const char* name, Function*& function) {
-    function = reinterpret_cast<Function*>(dlsym(module, name));
-}
 
 // The library's last words: all of it must work yet.
 void Trace(const char* text) {
@@ -34,34 +28,14 @@ void Trace(const char* text) {
 }
 
 void* UseAndStay(void*) {
-    use();
-    hasUsed = true;
-    while (!mayEnd)
+    use(Trace);
+    for (hasUsed = true; !mayEnd;)
         usleep(1000);
     return nullptr;
 }
 
-void* UseForEver(void*) {
-    for (use();; use())
-        if (std::strcmp(translate("one"), "two") != 0) _exit(2);
-}
-
-pthread_t Run(void* (*work)(void*)) {
-    pthread_t thread{};
-    pthread_create(&thread, nullptr, work, nullptr);
-    return thread;
-}
-
-bool Load(const char* file) {
-    module = dlopen(file, RTLD_NOW);
-    if (!module) return false;
-    void (*start)(void (*)(const char*)) = nullptr;
-    Find("Start", start);
-    Find("Use", use);
-    Find("Translate", translate);
-    start(Trace);
-    use();
-    return true;
+template <class Function> void Find(void* module, const char* name, Function*& function) {
+    function = reinterpret_cast<Function*>(dlsym(module, name));
 }
 
 int Fail(const char* what, long number) {
@@ -72,27 +46,29 @@ int Fail(const char* what, long number) {
 } // namespace
 
 int main(int, char** arguments) {
+    pthread_t staying{};
     std::size_t used = 0;
-    for (int round = 1; round <= rounds; ++round) {
-        if (!Load(arguments[1])) return Fail(dlerror(), round);
-        static pthread_t staying;
-        if (round == rounds / 5) staying = Run(UseAndStay);
+    for (int round = 1;; ++round) {
+        void* const module = dlopen(arguments[1], RTLD_NOW);
+        if (!module) return Fail(dlerror(), round);
+        Find(module, "Use", use);
+        Find(module, "Translate", translate);
+        use(Trace);
+        if (round > rounds) {
+            void (*useTillTheEnd)() = nullptr;
+            Find(module, "UseTillTheEnd", useTillTheEnd);
+            useTillTheEnd();
+            return 0;
+        }
+        if (round == rounds / 5) pthread_create(&staying, nullptr, UseAndStay, nullptr);
         while (round == rounds / 5 && !hasUsed)
             usleep(1000);
         dlclose(module);
         if (dlopen(arguments[2], RTLD_NOW | RTLD_NOLOAD)) return Fail("still loaded", round);
         if (terminated != round) return Fail("ends told of", terminated);
         if (round == rounds / 2) used = mallinfo2().uordblks; // what is kept once is there by now
-        if (round != rounds - 100) continue;
-        mayEnd = true;
-        pthread_join(staying, nullptr);
+        if (round == rounds / 2) mayEnd = true, pthread_join(staying, nullptr);
+        const long grown = static_cast<long>(mallinfo2().uordblks) - static_cast<long>(used);
+        if (round == rounds && grown > 1000) return Fail("bytes lost", grown);
     }
-    const long grown = static_cast<long>(mallinfo2().uordblks) - static_cast<long>(used);
-    if (grown > 1000) return Fail("bytes lost", grown);
-
-    Load(arguments[1]);
-    for (int i = 0; i < 4; ++i)
-        Run(UseForEver);
-    EndSlowly();
-    return 0;
 }

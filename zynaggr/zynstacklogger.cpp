@@ -118,7 +118,7 @@ template <class Operation> void BeepWhereItThrowsARecord(Operation operation) {
 // The calling thread's element, made where there is none.
 StackLoggerThreadEl& ThreadEl(CGlobalStackLog& global) {
     StackLoggerThreadEl* const found = global.FindThreadEl();
-    return found ? *found : *new StackLoggerThreadEl;
+    return found ? *found : *new StackLoggerThreadEl(&global);
 }
 
 const zynplatform::AtFork atFork([] {
@@ -201,9 +201,11 @@ void CGlobalStackLog::ContinueInForkedChild() {
 
 // ---- The stack of a thread
 
-StackLoggerThreadEl::StackLoggerThreadEl()
+StackLoggerThreadEl::StackLoggerThreadEl() : StackLoggerThreadEl(g_pGlobalStackLog) {}
+
+StackLoggerThreadEl::StackLoggerThreadEl(CGlobalStackLog* pGlobal)
     : m_dwThreadId(zynplatform::CurrentThreadId()), m_hThread(zynplatform::ThreadHandle::OpenCurrent()) {
-    if (CGlobalStackLog* const global = g_pGlobalStackLog) global->AddThreadEl(this);
+    if (pGlobal) pGlobal->AddThreadEl(this);
 }
 
 StackLoggerThreadEl::~StackLoggerThreadEl() = default;

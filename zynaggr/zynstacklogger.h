@@ -118,6 +118,8 @@ inline CGlobalStackLog* CGlobalStackLog::Active() {
 class ZYN_API StackLoggerThreadEl {
 public:
     StackLoggerThreadEl();
+    // For this tracer, or none, which g_pGlobalStackLog may have ceased to be.
+    explicit StackLoggerThreadEl(CGlobalStackLog* pGlobal);
     ~StackLoggerThreadEl();
     StackLoggerThreadEl(const StackLoggerThreadEl&) = delete;
     StackLoggerThreadEl& operator=(const StackLoggerThreadEl&) = delete;

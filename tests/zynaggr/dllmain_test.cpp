@@ -1,13 +1,9 @@
-#include "support/slow_end.h"
-#include "zynaggr/zynaggr.h"
-#include "zynhost/extensionmodule.h"
+#include "support/late_callers.h"
 
 #include <clocale>
 #include <cstring>
 #include <dlfcn.h>
 #include <gtest/gtest.h>
-#include <thread>
-#include <unistd.h>
 
 namespace {
 
@@ -53,26 +49,7 @@ TEST(DllMain, JoinsAtLoadAndEndsTheTracerAtUnload) {
     EXPECT_STREQ(lines, "zynAggr.DLL Terminating!\nzynAggr.DLL Initializing!\nzynAggr.DLL Initializing!\n");
 }
 
-// Ends a process while threads use the library.
-[[noreturn]] void EndWhileThreadsRun() {
-    EndSlowly();
-    const auto translates = [] { return CzynTranslate::Translate("one") == std::string_view("two"); };
-    CzynTranslate::AddStringTranslationPair("one", "two");
-    CzynTranslate::SetShouldTranslate(true);
-    zynSetTraceOutput([](const char*) {
-        if (CzynTranslate::Translate("one") != std::string_view("two")) _exit(1);
-    });
-    GlobalStackLogInit(nullptr, [](const char*) {});
-    for (int i = 0; i < 4; ++i)
-        std::thread([=] {
-            for (;;)
-                if (const CzynStackLogger logger("Foo", true); !translates()) _exit(2);
-        }).detach();
-    usleep(1000);
-    std::exit(0);
-}
-
 TEST(ProcessEndThreadsDeathTest, TakesNothingFromThoseWhoStillUseTheLibrary) {
     for (int i = 0; i < 20; ++i)
-        EXPECT_EXIT(EndWhileThreadsRun(), testing::ExitedWithCode(0), "");
+        EXPECT_EXIT((StartLateCallers(), std::exit(0)), testing::ExitedWithCode(0), "");
 }

@@ -8,31 +8,18 @@
 
 namespace {
 
-// What the status of a child becomes that does this; a child that hangs is killed.
-int StatusInChild(void (*work)()) {
-    const pid_t child = fork();
-    if (child == 0) {
-        alarm(20);
-        work();
-        _exit(0);
-    }
-    int status = -1;
-    waitpid(child, &status, 0);
-    return status;
-}
-
 char lastLine[256];
 
-void UseTheLibrary() {
+[[noreturn]] void UseTheLibraryInAChild() {
+    alarm(20); // ends a child that hangs
     zynMessagePrint("child", 0);
     const CzynStackLogger logger("Child", true);
     std::tm time{};
     zynplatform::LocalTime(0, time);
     unsigned id = 0, depth = 0;
     std::sscanf(lastLine, "%*s t0x%x L%u:%*d Fun Child-<", &id, &depth);
-    if (id != static_cast<unsigned>(gettid()) || depth != 1 ||
-        CzynTranslate::Translate("one") != std::string_view("two"))
-        _exit(1);
+    _exit(id != static_cast<unsigned>(gettid()) || depth != 1 ||
+          CzynTranslate::Translate("one") != std::string_view("two"));
 }
 
 TEST(ForkThreads, ChildPrintsLogsAndTranslatesWhateverOtherThreadsAreDoing) {
@@ -54,8 +41,10 @@ TEST(ForkThreads, ChildPrintsLogsAndTranslatesWhateverOtherThreadsAreDoing) {
                 zynplatform::LocalTime(0, time);
         };
         const std::jthread others[] = {std::jthread(work), std::jthread(convert)};
-        for (int i = 0; i < 50; ++i)
-            failed += StatusInChild(UseTheLibrary) != 0;
+        for (int i = 0, status = 0; i < 50; ++i) {
+            if (fork() == 0) UseTheLibraryInAChild();
+            failed += wait(&status) < 0 || status != 0;
+        }
     }
     testing::internal::GetCapturedStdout();
     GlobalStackLogDestroy();
