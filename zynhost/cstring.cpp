@@ -4,12 +4,15 @@
 #include "zynplatform/codepage.h"
 #include "zynplatform/cp1251.h"
 #include "zynplatform/environment.h"
+#include "zynplatform/textsearch_impl.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstdio>
 #include <cstring>
+
+using zynplatform::FindText;
 
 namespace {
 
@@ -72,7 +75,8 @@ int CStringA::Find(char character, int start) const {
 }
 
 int CStringA::Find(const char* text, int start) const {
-    return text ? Position(m_text.find(text, Clamp(start))) : -1;
+    if (!text || Clamp(start) > m_text.size()) return -1;
+    return Position(*text ? FindText(View(), std::string_view(text), Clamp(start)) : Clamp(start));
 }
 
 int CStringA::ReverseFind(char character) const {
@@ -97,7 +101,7 @@ int CStringA::Replace(const char* from, const char* to) {
     int changed = 0;
     std::string result;
     std::size_t copied = 0;
-    for (std::size_t hit; (hit = m_text.find(pattern, copied)) != std::string::npos;
+    for (std::size_t hit; (hit = FindText(View(), pattern, copied)) != std::string::npos;
          copied = hit + pattern.size()) {
         Checked(result.append(m_text, copied, hit - copied).append(replacement));
         ++changed;

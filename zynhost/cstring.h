@@ -4,6 +4,7 @@
 #include "zynplatform/types.h"
 
 #include <climits>
+#include <concepts>
 #include <cstdarg>
 #include <string>
 #include <string_view>
@@ -54,6 +55,10 @@ public:
     // The character at an index from 0 to the length; there is none beyond it.
     char GetAt(int index) const { return m_text[static_cast<std::size_t>(index)]; }
     char operator[](int index) const { return GetAt(index); }
+    template <std::integral Index>
+    char operator[](Index index) const { // or the conversion above would do as well
+        return m_text[static_cast<std::size_t>(index)];
+    }
     void SetAt(int index, char character) { m_text[static_cast<std::size_t>(index)] = character; }
 
     // Append to the text.

@@ -5,6 +5,7 @@
 #include "zynplatform/patience_impl.h"
 #include "zynplatform/sharelock.h"
 
+#include <ctime>
 #include <fcntl.h>
 #include <string>
 #include <sys/stat.h>
@@ -15,9 +16,13 @@ namespace zynplatform {
 namespace {
 
 std::uint32_t WaitForTurn(int descriptor, Turn turn, bool isAlone, Patience& patience) {
-    while (!TakeTurn(descriptor, turn, isAlone))
-        if (!patience.Wait()) return errorSharingViolation;
-    return 0;
+    if (TakeTurn(descriptor, turn, isAlone)) return 0;
+    BeginWaiting(descriptor, !isAlone);
+    bool isTaken = false;
+    while (!isTaken && patience.Wait())
+        isTaken = TakeTurn(descriptor, turn, isAlone);
+    EndWaiting(descriptor);
+    return isTaken ? 0 : errorSharingViolation;
 }
 
 // Opens the file that has the name once the turn is had.
@@ -53,7 +58,12 @@ std::uint32_t SaveLock::Take(const char* name, unsigned limitMilliseconds, bool 
 }
 
 void SaveLock::Release() {
+    if (m_handle == noFile) return;
+    const bool isWaitedFor = !IsInherited(m_handle) && IsWaitedFor(Descriptor(m_handle));
     CloseHeld(m_handle);
+    // Whoever saves again and again would have the lock back before a waiting process is awake.
+    const timespec pause{0, 1'000'000};
+    if (isWaitedFor) nanosleep(&pause, nullptr);
 }
 
 std::uint32_t SaveLock::BeginWriting(unsigned limitMilliseconds) {

@@ -21,7 +21,7 @@
 // locks all stand on one byte; an exclusive one stands on a byte picked at random, so that any number of
 // writers find room.
 //
-// The turns are one byte each behind the ranges.
+// That somebody waits for his turn is a fifth fact; the turns are one byte each behind the ranges.
 
 namespace zynplatform {
 
@@ -30,7 +30,7 @@ namespace {
 constexpr off_t rangeSize = off_t{1} << 20;
 constexpr off_t rangesStart = off_t{1} << 62;
 
-enum Fact { reads, writes, deniesReading, deniesWriting };
+enum Fact { reads, writes, deniesReading, deniesWriting, waits };
 
 constexpr off_t RangeOf(Fact fact) {
     return rangesStart + fact * rangeSize;
@@ -161,7 +161,7 @@ bool IsWrittenByOthers(int descriptor) {
 namespace {
 
 struct flock TurnLock(short type, Turn turn) {
-    return LockOf(type, rangesStart + 4 * rangeSize + static_cast<off_t>(turn), 1);
+    return LockOf(type, RangeOf(waits) + rangeSize + static_cast<off_t>(turn), 1);
 }
 
 } // namespace
@@ -174,6 +174,19 @@ bool TakeTurn(int descriptor, Turn turn, bool isAlone) {
 void ReleaseTurn(int descriptor, Turn turn) {
     struct flock lock = TurnLock(F_UNLCK, turn);
     fcntl(descriptor, F_OFD_SETLK, &lock);
+}
+
+void BeginWaiting(int descriptor, bool mayLockShared) {
+    Announce(descriptor, waits, mayLockShared);
+}
+
+void EndWaiting(int descriptor) {
+    struct flock lock = LockOf(F_UNLCK, RangeOf(waits), rangeSize);
+    fcntl(descriptor, F_OFD_SETLK, &lock);
+}
+
+bool IsWaitedFor(int descriptor) {
+    return IsAnnouncedByOthers(descriptor, waits);
 }
 
 void ReleaseLocks(int descriptor) {

@@ -23,6 +23,10 @@ bool IsWrittenByOthers(int descriptor);
 enum class Turn { saving, text };
 bool TakeTurn(int descriptor, Turn turn, bool isAlone = true);
 void ReleaseTurn(int descriptor, Turn turn);
+// Tells those who have the turn that it is waited for; `mayLockShared`: the descriptor is open for reading.
+void BeginWaiting(int descriptor, bool mayLockShared);
+void EndWaiting(int descriptor);
+bool IsWaitedFor(int descriptor);
 
 // Takes back whatever the descriptor has announced or taken.
 void ReleaseLocks(int descriptor);
