@@ -6,6 +6,7 @@
 #include "zynaggr/zynstringfile.h"
 #include "zynplatform/cp1251.h"
 #include "zynplatform/filesystem.h"
+#include "zynplatform/fork.h"
 #include "zynplatform/replace.h"
 #include "zynplatform/savelock.h"
 #include "zynplatform/syserror.h"
@@ -23,6 +24,10 @@ using namespace zynplatform::literals;
 namespace {
 
 constexpr std::string_view lineEnd = "\r\n";
+
+// Warnings are shown one at a time, or one thread would restore what another one has set.
+CZynCriticalSection oneWarning;
+const zynplatform::AtFork atFork([] { oneWarning.ResetInForkedChild(); });
 
 void AppendPair(CStringA& text, const CzynINI::SOption& option) {
     text.Append(option.m_sKey.View()).Append("=").Append(option.m_sValue.View()).Append(lineEnd);
@@ -234,8 +239,7 @@ void CzynINI::PrintInfoWithSaveFlags(const char* szMsg) {
 
 void CzynINI::PrintWarningWithSaveFlags(const char* szMsg) {
     {
-        static CZynCriticalSection oneAtATime; // or one thread would restore what another one has set
-        const CzynEnterCriticalSection lock(&oneAtATime);
+        const CzynEnterCriticalSection lock(&oneWarning);
         const std::atomic_ref flag(g_bShow_zynMessageBox_Warning);
         const bool shown = flag.exchange(true, std::memory_order_relaxed);
         zynMessagePrint(szMsg, 0x30);

@@ -1,6 +1,7 @@
 #include "zynaggr/zyn_langs.h"
 
 #include "zynplatform/locale_table.h"
+#include "zynplatform/moduleentry.h"
 
 #include <iterator>
 #include <utility>
@@ -13,7 +14,12 @@ template <std::size_t... I> std::array<SZYNLanguage, sizeof...(I)> Languages(std
                          localeTable[I].language)...};
 }
 
+using Table = decltype(zyn_langs);
+
 } // namespace
 
-std::array<SZYNLanguage, 207> zyn_langs =
-    Languages(std::make_index_sequence<std::size(zynplatform::localeTable)>());
+// The table under its exported name, but left alone at the end of the process.
+extern ZYN_API zynplatform::UntilUnload<Table> langsUntilUnload asm("zyn_langs");
+static_assert(sizeof(langsUntilUnload) == sizeof(Table));
+zynplatform::UntilUnload<Table>
+    langsUntilUnload(Languages(std::make_index_sequence<std::size(zynplatform::localeTable)>()));

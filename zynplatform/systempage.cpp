@@ -1,5 +1,7 @@
 #include "zynplatform/systempage_impl.h"
 
+#include "zynplatform/fork.h"
+
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -17,11 +19,15 @@ constexpr const char* wideName = std::endian::native == std::endian::little ? "U
 // The system's converter with the output of one conversion. Without a target the output is only counted.
 class Converter {
 public:
-    Converter(const char* to, const char* from, void* target)
-        : m_converter(iconv_open(to, from)), m_target(static_cast<char*>(target)) {}
+    Converter(const char* to, const char* from, void* target) : m_target(static_cast<char*>(target)) {
+        const ForkGuard
+            guard; // opening and closing take a lock that the child of a fork could wait for for ever
+        m_converter = iconv_open(to, from);
+    }
     Converter(const Converter&) = delete;
     Converter& operator=(const Converter&) = delete;
     ~Converter() {
+        const ForkGuard guard;
         if (IsOpen()) iconv_close(m_converter);
     }
 
