@@ -1,14 +1,10 @@
 #include "support/ini_model.h"
 #include "zynaggr/zynmessage.h"
 
-#include <cstdlib>
 #include <sys/inotify.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <tuple>
-#include <unistd.h>
 
-using namespace std::string_literals;
 using namespace std::string_view_literals;
 
 namespace {

@@ -1,23 +1,14 @@
-#include "zynaggr/zynstringfile.h"
-
 #include "support/failing_new.h"
-#include "support/temp_folder.h"
-#include "zynplatform/cp1251.h"
+#include "support/test.h"
+#include "zynaggr/zynstringfile.h"
 
 #include <cstring>
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <new>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <thread>
-#include <tuple>
-#include <unistd.h>
-#include <vector>
-
-using namespace std::string_literals;
-using namespace zynplatform::literals;
 
 namespace {
 
