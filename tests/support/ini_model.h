@@ -31,6 +31,7 @@ class OpenIni : public CzynINI {
 public:
     explicit OpenIni(const char* name = nullptr) : CzynINI(name) {}
 
+    using CzynINI::ComposeText;
     using CzynINI::FindCreateOption;
     using CzynINI::InternalSave;
     using CzynINI::m_aSections;
