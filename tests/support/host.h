@@ -1,13 +1,10 @@
 #pragma once
 
-#include "support/temp_folder.h"
+#include "support/test.h"
 #include "zynhost/application.h"
 #include "zynplatform/locale.h"
 
-#include <functional>
 #include <map>
-#include <string>
-#include <vector>
 
 // A host with a folder of its own, that notes the message boxes it is asked for.
 class Host : public CWinApp {

@@ -1,18 +1,12 @@
 #pragma once
 
-#include "support/temp_folder.h"
+#include "support/test.h"
 #include "zynaggr/ini.h"
-#include "zynplatform/cp1251.h"
 #include "zynplatform/file.h"
 #include "zynplatform/syserror.h"
 #include "zynplatform/tick.h"
 
 #include <atomic>
-#include <gtest/gtest.h>
-#include <string>
-#include <string_view>
-
-using namespace zynplatform::literals;
 
 inline const CStringA readOnlyText("Файл ini доступен только для чтения"_cp1251);
 inline const CStringA openFailedText = CStringA("Ошибка при открытии файла: "_cp1251) +
@@ -37,6 +31,7 @@ class OpenIni : public CzynINI {
 public:
     explicit OpenIni(const char* name = nullptr) : CzynINI(name) {}
 
+    using CzynINI::ComposeText;
     using CzynINI::FindCreateOption;
     using CzynINI::InternalSave;
     using CzynINI::m_aSections;

@@ -99,10 +99,11 @@ public:
         Insert(section, {"", comment}, static_cast<std::size_t>(line - section.lines.data()));
         return true;
     }
-    // "key=value," for each pair, or "none" when there is no such section.
+    // "key=value," for each pair, or why there is none.
     std::string Pairs(const std::string& name) {
         const Section* const section = FindSection(name);
-        std::string pairs = section ? "" : "none";
+        std::string pairs =
+            section ? "" : "\xD1\xE5\xEA\xF6\xE8\xFF ini \xED\xE5 \xED\xE0\xE9\xE4\xE5\xED\xE0";
         for (const Line& line : section ? section->lines : std::vector<Line>())
             if (!line.key.empty()) pairs += line.key.c_str() + ("=" + line.value) + ",";
         return pairs;
@@ -119,7 +120,7 @@ public:
                 text += (afterPair ? "\r\n[" : "[") + section.name + "]" + section.tail + "\r\n";
             }
             afterPair = true;
-            std::multimap<long long, std::string> numbered;
+            std::multimap<double, std::string> numbered;
             std::string others;
             for (const Line& line : section.lines) {
                 if (line.isNull) continue;
@@ -129,7 +130,7 @@ public:
                 if (!IsNumber(line.key))
                     others += written;
                 else if (!line.value.empty())
-                    numbered.emplace(Number(line.key), written);
+                    numbered.emplace(std::strtod(line.key.c_str(), nullptr), written);
             }
             for (const auto& [value, written] : numbered)
                 text += written;

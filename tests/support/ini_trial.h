@@ -36,14 +36,16 @@ public:
 
     bool Step() {
         IniReference& rules = m_reference;
-        const std::string section = Name(), key = Name(), text = Name();
+        const std::string section = Name(), key = Name(), text = m_pick(20) ? Name() : "99999999999";
         const char *const s = Argument(section), *const k = Argument(key), *const t = Argument(text);
         const char* const comment = std::array{"", "n", "note", "; note"}[m_pick(4)];
         const unsigned kind = m_pick(100);
         if (kind < 52) {
             const IniReference::Line* const line = rules.FindLine(section, key);
             const std::string value = line ? line->value : "none";
-            return All(value, [&](CzynINI& ini) { return ini.GetString(s, k, "none", false); });
+            const long long number = IniReference::IsNumber(value) ? IniReference::Number(value) : 9;
+            return All(value, [&](CzynINI& ini) { return ini.GetString(s, k, "none", false); }) &&
+                   All(std::to_string(number), [&](CzynINI& ini) { return ini.GetInt(s, k, 9, false); });
         }
         if (kind < 54)
             return All(rules.FindSection(section) ? "1" : "0",
@@ -107,10 +109,14 @@ private:
         return text.empty() && m_pick(2) ? nullptr : text.c_str();
     }
     static CStringA Pairs(CzynINI& ini, const char* section) {
+        CStringArray keys;
         CzynINI::KeyValArray pairs(8);
-        CStringA all = ini.GetListKeysVals(section, pairs) ? "" : "none";
+        keys.Add("old"), pairs.Add(new SKeyVal("old", ""));
+        const bool isThere = ini.GetListKeysVals(section, pairs);
+        CStringA all = isThere ? "" : ini.GetErrDescription();
+        if (ini.GetListKeys(section, keys) != isThere || keys.GetSize() != pairs.GetSize()) all += "differ";
         for (int i = 0; i < pairs.GetSize(); ++i)
-            all += pairs.GetAt(i)->m_sKey + "=" + pairs.GetAt(i)->m_sVal + ",";
+            all += keys[i].GetString() + ("=" + pairs.GetAt(i)->m_sVal) + ",";
         return all;
     }
     static std::string Shown(const char* text) { return text; }

@@ -3,7 +3,6 @@
 #include "zynaggr/zynaggr.h"
 #include "zynplatform/tick.h"
 
-#include <gtest/gtest.h>
 #include <sstream>
 
 // Calls that may run out of memory, one after the other on the same objects. For each call and each of its

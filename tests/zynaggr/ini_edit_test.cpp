@@ -7,37 +7,6 @@
 
 using IniEditTest = IniFileTest;
 
-TEST_F(IniEditTest, IntegersAreDecimalDigitsWithOrWithoutAMinus) {
-    const std::pair<std::string, int> cases[] = {
-        {"12", 12}, {"-7", -7},   {"007", 7}, {"-", 0},    {"", 99},
-        {"1a", 99}, {"0x1F", 99}, {"+1", 99}, {"1 2", 99}, {"99999999999", 2147483647}};
-    for (const auto& [stored, value] : cases) {
-        const std::string before = "[s]\r\nk=" + stored + "\r\n";
-        Load(before);
-        EXPECT_EQ(value, ini.GetInt("s", "k", 99, false)) << stored;
-        EXPECT_EQ(before, File());
-        EXPECT_EQ(value, ini.GetInt("s", "K", 99, true)) << stored;
-        EXPECT_EQ(value == 99 ? "[s]\r\nK=99\r\n" : before, File()) << stored;
-    }
-    EXPECT_EQ(-5, ini.GetInt("s", "new", -5, false));
-    EXPECT_FALSE(ini.isParamSet("s", "new"));
-}
-
-TEST_F(IniEditTest, ListsOfAMissingSectionAreEmpty) {
-    Load("[s]\n; c\nb=1\n");
-    CStringArray keys;
-    CzynINI::KeyValArray pairs(8);
-    EXPECT_TRUE(ini.GetListKeys("S", keys) && ini.GetListKeysVals("s", pairs));
-    ASSERT_EQ(2, keys.GetSize() + pairs.GetSize());
-    EXPECT_EQ("b=1", keys[0] + "=" + pairs.GetAt(0)->m_sVal);
-    for (const bool values : {true, false}) {
-        ini.m_sErr.Empty();
-        EXPECT_FALSE(values ? ini.GetListKeysVals("none", pairs) : ini.GetListKeys("none", keys));
-        EXPECT_EQ("Секция ini не найдена"_cp1251, ini.GetErrDescription());
-        EXPECT_EQ(0, values ? pairs.GetSize() : keys.GetSize());
-    }
-}
-
 TEST_F(IniEditTest, EditsAreSavedAtOnceOrCollectedButDefaultsAndRenamesAreSaved) {
     const std::string option("; Опция 'b' была переименована. Старое название опции 'A'"_cp1251);
     const std::string group(";Группа опций [New] была переименована. Старое название группы [S]"_cp1251);
@@ -47,6 +16,7 @@ TEST_F(IniEditTest, EditsAreSavedAtOnceOrCollectedButDefaultsAndRenamesAreSaved)
         ini.SetWriteMode(direct);
         const auto file = [&](std::string_view whenDirect) { return direct ? whenDirect : text; };
         EXPECT_EQ("1", ini.GetString("S", "a", "d", true)); // spelt anew, but nothing is saved
+        EXPECT_EQ(1, ini.GetInt("S", "A", 2, true));
         EXPECT_EQ(text, File());
         EXPECT_TRUE(ini.WriteString("s", "A", " 2\t", nullptr));
         EXPECT_EQ(file("[s] tail\r\nA=2\r\nempty=\r\n"), File());

@@ -1,12 +1,6 @@
 #include "support/ini_model.h"
 #include "zynaggr/zynhelpers.h"
 
-#include <cstdlib>
-#include <tuple>
-#include <vector>
-
-namespace fs = std::filesystem;
-
 namespace {
 
 CStringA Library(const fs::path& native) {

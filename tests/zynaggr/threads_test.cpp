@@ -2,7 +2,6 @@
 #include "zynaggr/zynaggr.h"
 #include "zynplatform/registry.h"
 
-#include <functional>
 #include <thread>
 
 namespace {

@@ -1,12 +1,7 @@
 #include "support/host.h"
 #include "zynaggr/zyn_translate.h"
 #include "zynhost/stringresources.h"
-#include "zynplatform/cp1251.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-using namespace zynplatform::literals;
 using testing::ElementsAre, testing::HasSubstr, testing::Not;
 
 namespace {

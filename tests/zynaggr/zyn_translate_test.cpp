@@ -3,14 +3,8 @@
 #include "zynaggr/zyn_translate.h"
 #include "zynaggr/zynerror.h"
 #include "zynaggr/zynhelpers.h"
-#include "zynplatform/cp1251.h"
 #include "zynplatform/registry.h"
 
-#include <gtest/gtest.h>
-
-#include <tuple>
-
-using namespace zynplatform::literals;
 using zynplatform::RegistryKey;
 
 TEST(Translate, GivesTheTextItselfUnlessADictionaryHasIt) {

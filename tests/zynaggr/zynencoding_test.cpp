@@ -1,17 +1,10 @@
+#include "support/test.h"
 #include "zynaggr/zynencoding.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <climits>
-#include <random>
 #include <set>
-#include <string>
-#include <vector>
 
 namespace {
-
-using namespace std::string_literals;
 
 const unsigned char* Data(const std::string& text) {
     return reinterpret_cast<const unsigned char*>(text.data());

@@ -1,15 +1,7 @@
+#include "support/host.h"
 #include "zynaggr/zynfile.h"
 
-#include "support/host.h"
-#include "zynplatform/cp1251.h"
-
-#include <cstdlib>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <tuple>
-
-using namespace zynplatform::literals;
-namespace fs = std::filesystem;
 
 namespace {
 

@@ -1,19 +1,8 @@
-#include "zynaggr/zynhelpers.h"
-
 #include "support/host.h"
-#include "zynplatform/cp1251.h"
+#include "zynaggr/zynhelpers.h"
 #include "zynplatform/memorystatus.h"
 
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <filesystem>
 #include <regex>
-#include <tuple>
-#include <vector>
-
-namespace fs = std::filesystem;
-using namespace zynplatform::literals;
 
 TEST(Helpers, NumbersAreDigitsBehindASignOrAPrefix) {
     const std::regex decimal("-[0-9]*|[0-9]+"), hex("-[0-9a-fA-F]*|(0x)?[0-9a-fA-F]+");

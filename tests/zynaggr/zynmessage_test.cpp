@@ -1,15 +1,8 @@
+#include "support/test.h"
 #include "zynaggr/zynmessage.h"
-
 #include "zynhost/application.h"
-#include "zynplatform/cp1251.h"
 
-#include <gtest/gtest.h>
-
-#include <cstdlib>
 #include <memory>
-#include <string>
-
-using namespace zynplatform::literals;
 
 namespace {
 

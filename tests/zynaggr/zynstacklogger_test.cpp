@@ -1,16 +1,14 @@
 #include "support/failing_new.h"
+#include "support/test.h"
 #include "zynaggr/zynaggr.h"
 #include "zynplatform/beep.h"
-#include "zynplatform/cp1251.h"
 #include "zynplatform/tick.h"
 #include "zynplatform/time.h"
 
 #include <barrier>
-#include <gtest/gtest.h>
 #include <pthread.h>
 #include <thread>
 
-using namespace zynplatform::literals;
 using External = CzynStackLogger;
 
 namespace {

@@ -1,22 +1,12 @@
+#include "support/failing_new.h"
+#include "support/test.h"
 #include "zynaggr/zynstring.h"
 #include "zynaggr/zynstringw.h"
-
-#include "support/failing_new.h"
 #include "zynhost/stringresources.h"
 #include "zynplatform/codepage.h"
-#include "zynplatform/cp1251.h"
 #include "zynplatform/environment.h"
 
-#include <algorithm>
 #include <climits>
-#include <cstdlib>
-#include <gtest/gtest.h>
-#include <initializer_list>
-#include <random>
-#include <string>
-#include <utility>
-
-using namespace zynplatform::literals;
 
 namespace {
 

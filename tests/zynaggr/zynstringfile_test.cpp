@@ -1,23 +1,13 @@
-#include "zynaggr/zynstringfile.h"
-
 #include "support/failing_new.h"
-#include "support/temp_folder.h"
-#include "zynplatform/cp1251.h"
+#include "support/test.h"
+#include "zynaggr/zynstringfile.h"
 
 #include <cstring>
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <new>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <thread>
-#include <tuple>
-#include <unistd.h>
-#include <vector>
-
-using namespace std::string_literals;
-using namespace zynplatform::literals;
 
 namespace {
 
@@ -327,13 +317,11 @@ TEST_F(ZynStringFileTest, TextForWhichThereIsNoRoomStaysPendingAndTheOldFileWhol
             Open("old content", emptying);
             file.SetFileEncoding(encoding);
             file.WriteString(std::string(2000, 'x').c_str());
-            rlimit limit;
-            getrlimit(RLIMIT_FSIZE, &limit);
-            const rlimit lowered{1000, limit.rlim_max};
-            setrlimit(RLIMIT_FSIZE, &lowered);
-            EXPECT_EQ(0, file.Flush());
-            if (!isWrittenLater) file.Close();
-            setrlimit(RLIMIT_FSIZE, &limit);
+            {
+                const FullDisk full(1000);
+                EXPECT_EQ(0, file.Flush());
+                if (!isWrittenLater) file.Close();
+            }
             EXPECT_EQ("old content", folder.Read("f"));
             EXPECT_EQ(isWrittenLater, file.Flush());
             const std::size_t written = encoding == zynEncCP1251 ? 2000 : 8004;

@@ -1,14 +1,9 @@
+#include "support/test.h"
 #include "zynaggr/zynsync.h"
-
 #include "zynplatform/tick.h"
 
-#include <gmock/gmock.h>
-
-#include <functional>
 #include <new>
 #include <thread>
-#include <utility>
-#include <vector>
 
 namespace {
 

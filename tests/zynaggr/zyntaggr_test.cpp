@@ -1,15 +1,9 @@
 #include "support/failing_new.h"
+#include "support/test.h"
 #include "zynaggr/zynaggr.h"
 #include "zynhost/memory.h"
-#include "zynplatform/cp1251.h"
-
-#include <gtest/gtest.h>
 
 #include <limits>
-#include <string>
-#include <vector>
-
-using namespace zynplatform::literals;
 
 namespace sample {
 int alive = 0;

@@ -1,11 +1,5 @@
+#include "support/test.h"
 #include "zynhost/cfile.h"
-
-#include "support/temp_folder.h"
-#include "zynplatform/cp1251.h"
-
-#include <gtest/gtest.h>
-
-using namespace zynplatform::literals;
 
 namespace {
 

@@ -1,16 +1,7 @@
-#include "zynhost/cstring.h"
-
 #include "support/failing_new.h"
+#include "support/test.h"
+#include "zynhost/cstring.h"
 #include "zynhost/memory.h"
-#include "zynplatform/cp1251.h"
-
-#include <algorithm>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <string>
-#include <utility>
-
-using namespace zynplatform::literals;
 
 namespace {
 

@@ -1,17 +1,9 @@
+#include "support/test.h"
 #include "zynplatform/avx512.h"
 #include "zynplatform/codepage.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <array>
-#include <functional>
-#include <map>
-#include <random>
-#include <string>
-#include <vector>
-
 #include <iconv.h>
+#include <map>
 
 namespace {
 

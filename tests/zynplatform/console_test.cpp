@@ -1,17 +1,10 @@
+#include "support/test.h"
 #include "zynplatform/console.h"
 
-#include "zynplatform/cp1251.h"
-
-#include <gtest/gtest.h>
-
-#include <array>
 #include <cwchar>
-
 #include <fcntl.h>
-#include <unistd.h>
 
 using namespace zynplatform;
-using namespace zynplatform::literals;
 
 namespace {
 

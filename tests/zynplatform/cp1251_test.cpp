@@ -1,11 +1,4 @@
-#include "zynplatform/cp1251.h"
-
-#include <gtest/gtest.h>
-
-#include <string>
-#include <string_view>
-
-using namespace zynplatform::literals;
+#include "support/test.h"
 
 namespace {
 

@@ -1,10 +1,8 @@
+#include "support/test.h"
 #include "zynplatform/criticalsection.h"
-
-#include <gtest/gtest.h>
 
 #include <chrono>
 #include <thread>
-#include <vector>
 
 using namespace zynplatform;
 

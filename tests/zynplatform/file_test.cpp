@@ -1,21 +1,14 @@
+#include "support/test.h"
 #include "zynplatform/file.h"
-
-#include "support/temp_folder.h"
 #include "zynplatform/syserror.h"
 
-#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <fcntl.h>
-#include <gtest/gtest.h>
-#include <optional>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
-#include <tuple>
-#include <unistd.h>
-#include <vector>
 
 using namespace zynplatform;
 

@@ -1,17 +1,13 @@
-#include "zynplatform/filesystem.h"
-
-#include "support/temp_folder.h"
+#include "support/test.h"
 #include "zynplatform/file.h"
+#include "zynplatform/filesystem.h"
 #include "zynplatform/syserror.h"
 
 #include <cstring>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
-#include <tuple>
 
 using namespace zynplatform;
-namespace fs = std::filesystem;
 
 namespace {
 

@@ -1,10 +1,9 @@
+#include "support/test.h"
 #include "zynaggr/zynaggr.h"
 #include "zynplatform/time.h"
 
-#include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <thread>
-#include <unistd.h>
 
 namespace {
 

@@ -1,9 +1,7 @@
+#include "support/test.h"
 #include "zynplatform/memorystatus.h"
 
-#include <gtest/gtest.h>
-
 #include <sys/mman.h>
-#include <unistd.h>
 
 using namespace zynplatform;
 

@@ -1,12 +1,6 @@
-#include "zynplatform/paths.h"
-
-#include "zynplatform/cp1251.h"
+#include "support/test.h"
 #include "zynplatform/environment.h"
-
-#include <algorithm>
-#include <array>
-#include <cstdlib>
-#include <gtest/gtest.h>
+#include "zynplatform/paths.h"
 
 using namespace zynplatform;
 

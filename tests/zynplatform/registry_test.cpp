@@ -1,17 +1,11 @@
+#include "support/test.h"
+#include "zynplatform/automation.h"
 #include "zynplatform/registry.h"
 
-#include "support/temp_folder.h"
-#include "zynplatform/automation.h"
-#include "zynplatform/cp1251.h"
-
-#include <cstdlib>
-#include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <thread>
 
 using namespace zynplatform;
-using namespace zynplatform::literals;
-namespace fs = std::filesystem;
 
 namespace {
 

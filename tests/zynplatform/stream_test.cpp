@@ -1,9 +1,6 @@
+#include "support/test.h"
 #include "zynplatform/stream.h"
 
-#include "support/temp_folder.h"
-
-#include <gtest/gtest.h>
-#include <random>
 #include <regex>
 
 using namespace zynplatform;

@@ -1,6 +1,5 @@
+#include "support/test.h"
 #include "zynplatform/syserror.h"
-
-#include <gtest/gtest.h>
 
 #include <cerrno>
 

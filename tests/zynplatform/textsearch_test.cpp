@@ -1,8 +1,5 @@
+#include "support/test.h"
 #include "zynplatform/textsearch_impl.h"
-
-#include <gtest/gtest.h>
-
-#include <string>
 
 TEST(TextSearch, FindsWhatAPlainSearchFinds) {
     const auto digits = [](unsigned number) { // every text of two letters, by what follows the first digit
