@@ -7,10 +7,6 @@ CStringA Library(const fs::path& native) {
     return zynFromNativePath(native.c_str());
 }
 
-void Set(const char* variable, const std::string& value) {
-    value.empty() ? unsetenv(variable) : setenv(variable, value.c_str(), 1);
-}
-
 // Folders in which a bare name is looked for, all of the test's own but the program's.
 class IniLocateTest : public IniFileTest {
 protected:
@@ -18,16 +14,9 @@ protected:
         for (const char* place : {"up/env", "current", "profile", "system"})
             fs::create_directories(folder.Native(place));
         fs::current_path(current);
-        Set("HOME", profile);
-        Set("SystemRoot", folder.Native("system"));
         ini.SetEnvForFind("ZYN_TEST_INI");
     }
-    ~IniLocateTest() override {
-        fs::current_path(currentBefore);
-        Set("HOME", homeBefore);
-        for (const char* variable : {"USERPROFILE", "SystemRoot", "ZYN_TEST_INI"})
-            unsetenv(variable);
-    }
+    ~IniLocateTest() override { fs::current_path(currentBefore); }
 
     // Where the name is found while the file stands in all the places, then in all but the first, and so on.
     void ExpectOrder(bool moduleDir, int upLevels, const std::vector<fs::path>& places) {
@@ -46,13 +35,13 @@ protected:
     }
 
     const fs::path currentBefore = fs::current_path();
-    const std::string homeBefore = getenv("HOME") ? getenv("HOME") : "";
     const fs::path module = fs::read_symlink("/proc/self/exe").parent_path();
     const fs::path up = folder.Native("up"), env = folder.Native("up/env"),
                    profile = folder.Native("profile"), current = folder.Native("current"),
                    system = folder.Native("system");
     const std::string name = "zynaggr_locate_" + std::to_string(getpid()) + ".ini";
     const CStringA inSystem = Library(system / name);
+    const Variable home{"HOME", profile}, systemRoot{"SystemRoot", system}, named{"ZYN_TEST_INI", {}};
 };
 
 } // namespace
@@ -67,7 +56,7 @@ TEST_F(IniLocateTest, BareNameIsFoundInTheFirstOfThePlaces) {
 
     // The walk up starts from the variable's value with the name behind it: its own directory comes first.
     for (const std::string& value : {env.string(), "  " + env.string() + "/\t"}) {
-        Set("ZYN_TEST_INI", value);
+        named.Set(value);
         std::ofstream(up / name) << "out of reach";
         ExpectOrder(true, 1, {module, env, current});
         ExpectOrder(true, 2, {module, env, up, current, profile});
@@ -77,7 +66,7 @@ TEST_F(IniLocateTest, BareNameIsFoundInTheFirstOfThePlaces) {
 TEST_F(IniLocateTest, VariableMayNameTheFileItself) {
     for (const char* other : {"up/env/other.ini", "up/env/OTHER.INI"}) {
         folder.Write(other, "");
-        Set("ZYN_TEST_INI", " " + folder.Native(other).string());
+        named.Set(" " + folder.Native(other).string());
         ini.SetINI(name.c_str(), true, 2);
         EXPECT_EQ(folder.Path(other), ini.GetRealIniName());
         fs::remove(folder.Native(other));
@@ -86,7 +75,7 @@ TEST_F(IniLocateTest, VariableMayNameTheFileItself) {
 }
 
 TEST_F(IniLocateTest, LastPlaceIsTakenUntestedAndMadeByASave) {
-    Set("ZYN_TEST_INI", "/"); // the walk up ends below the root
+    named.Set("/"); // the walk up ends below the root
     for (const int upLevels : {5, -1}) {
         ini.SetINI(name.c_str(), true, upLevels);
         EXPECT_EQ(inSystem, ini.GetRealIniName());
@@ -94,8 +83,8 @@ TEST_F(IniLocateTest, LastPlaceIsTakenUntestedAndMadeByASave) {
     EXPECT_TRUE(ini.WriteString("s", "k", "v", nullptr));
     EXPECT_EQ("[s]\r\nk=v\r\n", folder.Read("system/" + name));
 
-    Set("HOME", "");
-    Set("SystemRoot", "");
+    home.Set({});
+    systemRoot.Set({});
     ini.SetINI("none.ini", true, 0);
     EXPECT_EQ("none.ini", ini.GetRealIniName());
     EXPECT_TRUE(ini.GetRealIniPath().IsEmpty());

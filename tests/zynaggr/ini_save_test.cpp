@@ -1,3 +1,4 @@
+#include "support/encodings.h"
 #include "support/ini_model.h"
 #include "support/ini_reference.h"
 #include "zynaggr/zynmessage.h"
@@ -46,34 +47,22 @@ TEST_F(IniSaveTest, LayoutFollowsTheRulesWhateverWasRead) {
 }
 
 TEST_F(IniSaveTest, EveryEncodingSurvivesAnEdit) {
-    const struct {
-        zynTextEncoding encoding;
-        const char* name;
-        std::string mark;
-    } cases[] = {
-        {zynEncCP1251, "CP1251", ""},
-        {zynEncUTF8, "UTF-8", "\xEF\xBB\xBF"},
-        {zynEncUTF8, "UTF-8", ""},
-        {zynEncUCS2LE, "UTF-16LE", "\xFF\xFE"},
-        {zynEncUCS2BE, "UTF-16BE", "\xFE\xFF"},
-        {zynEncUCS4LE, "UTF-32LE", "\xFF\xFE\0\0"s},
-        {zynEncUCS4BE, "UTF-32BE", "\0\0\xFE\xFF"s},
-    };
     const std::string text = "; до всего – №\r\n\r\n[Раздел] ; хвост\r\n1=один\r\n2=два\r\nключ=значение\r\n"
                              "; конец\r\n[end]\r\nlast=1\r\n"_cp1251;
     std::string edited = text;
     edited.replace(edited.find("значение"_cp1251), 8, "новое"_cp1251);
-    for (const auto& [encoding, name, mark] : cases) {
-        Load(mark + Converted(text, "CP1251", name));
-        EXPECT_EQ(encoding, ini.m_nEncoding);
-        EXPECT_EQ("значение"_cp1251, ini.GetString("РАЗДЕЛ"_cp1251, "Ключ"_cp1251, "", false));
-        const std::string marked = encoding == zynEncUTF8 ? cases[1].mark : mark;
-        EXPECT_TRUE(ini.InternalSave());
-        EXPECT_EQ(marked + Converted(text, "CP1251", name), File()) << name;
-        EXPECT_TRUE(ini.WriteString("Раздел"_cp1251, "ключ"_cp1251, "новое"_cp1251, nullptr));
-        EXPECT_EQ(marked + Converted(edited, "CP1251", name), File()) << name;
-        EXPECT_EQ(marked + Converted(text, "CP1251", name), Backup()) << name;
-    }
+    for (const Encoding& encoding : encodings)
+        for (const bool isMarked : {true, false}) {
+            if (!isMarked && encoding.number != zynEncUTF8) continue;
+            Load((isMarked ? encoding.mark : "") + encoding.Encoded(text));
+            EXPECT_EQ(encoding.number, ini.m_nEncoding);
+            EXPECT_EQ("значение"_cp1251, ini.GetString("РАЗДЕЛ"_cp1251, "Ключ"_cp1251, "", false));
+            EXPECT_TRUE(ini.InternalSave());
+            EXPECT_EQ(encoding.mark + encoding.Encoded(text), File()) << encoding.name;
+            EXPECT_TRUE(ini.WriteString("Раздел"_cp1251, "ключ"_cp1251, "новое"_cp1251, nullptr));
+            EXPECT_EQ(encoding.mark + encoding.Encoded(edited), File()) << encoding.name;
+            EXPECT_EQ(encoding.mark + encoding.Encoded(text), Backup()) << encoding.name;
+        }
     EXPECT_FALSE(folder.Has("f.ini.01.bak"));
 }
 

@@ -14,7 +14,7 @@ void InFourThreads(const std::function<void(char)>& work) {
 TEST(LibraryThreads, DoNotDisturbEachOther) {
     constexpr int rounds = 100;
     const TempFolder folder;
-    setenv("ZYN_REGISTRY", folder.Native("registry").c_str(), 1);
+    const Variable registry("ZYN_REGISTRY", folder.Native("registry"));
     CZynAtomicLong counter, busy;
     CZynCriticalSection section;
     CzynTimeMeter meter;
@@ -50,7 +50,6 @@ TEST(LibraryThreads, DoNotDisturbEachOther) {
     const auto key = zynplatform::RegistryKey::Open("Software\\Common");
     for (const char* name : {"a", "b", "c", "d"})
         EXPECT_EQ(key->GetNumber(name), rounds - 1u);
-    unsetenv("ZYN_REGISTRY");
 }
 
 TEST(LibraryThreads, MessagesDoNotMix) {

@@ -78,17 +78,16 @@ TEST(UILanguage, KeysComeFirstThenTheProfileAndZeroOrATextIsNotSet) {
         {own + "\"bShowStringId\"=dword:0\n", 1034, 0},
     };
     Host host(1049);
-    setenv("ZYN_REGISTRY", host.folder.Native("registry").c_str(), 1);
+    const Variable registry("ZYN_REGISTRY", host.folder.Native("registry"));
     host.profile["Settings/DefLangCode"] = 1034;
     std::string shown;
-    for (const auto& [registry, read, global] : cases) {
-        host.folder.Write("registry", registry);
-        EXPECT_EQ(CzynTranslate::GetGlobalUILang(), global) << registry;
+    for (const auto& [content, read, global] : cases) {
+        host.folder.Write("registry", content);
+        EXPECT_EQ(CzynTranslate::GetGlobalUILang(), global) << content;
         shown += CzynTranslate::GetShowStringId() ? "1" : "0";
-        EXPECT_EQ(CzynTranslate::ReadUILangFromReg(), read) << registry;
+        EXPECT_EQ(CzynTranslate::ReadUILangFromReg(), read) << content;
     }
     EXPECT_EQ(shown + (CzynTranslate::GetShowStringId() ? "1" : "0"), "000000110"); // read with the language
-    unsetenv("ZYN_REGISTRY");
 }
 
 TEST(UILanguage, IsWrittenToTheKeyIfThatIsThereAndToTheProfileIfAsked) {
@@ -97,7 +96,7 @@ TEST(UILanguage, IsWrittenToTheKeyIfThatIsThereAndToTheProfileIfAsked) {
         const auto key = RegistryKey::Open("software\\orvant\\settings");
         return key ? key->GetNumber(name) : std::nullopt;
     };
-    setenv("ZYN_REGISTRY", folder.Native("registry").c_str(), 1);
+    const Variable registry("ZYN_REGISTRY", folder.Native("registry"));
     CzynTranslate::SetGlobalUILang(1033, true);
     CzynTranslate::SaveShowStringId(true);
     EXPECT_TRUE(CzynTranslate::GetGlobalUILang() == 0 && CzynTranslate::ReadUILangFromReg() == 0);
@@ -118,5 +117,4 @@ TEST(UILanguage, IsWrittenToTheKeyIfThatIsThereAndToTheProfileIfAsked) {
         EXPECT_FALSE(CzynTranslate::GetShowStringId());
     }
     EXPECT_FALSE(CzynTranslate::SetCurLocaleFromReg(true, nullptr));
-    unsetenv("ZYN_REGISTRY");
 }

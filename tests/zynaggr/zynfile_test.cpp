@@ -246,7 +246,7 @@ TEST(ZynFileHelpers, BackupsRotate) {
 
 TEST(ZynFileHelpers, BackupGoesToTheTemporaryFolderWhenItsOwnRefuses) {
     const TempFolder folder, temporary;
-    setenv("TEMP", temporary.Native().c_str(), 1);
+    const Variable temp("TEMP", temporary.Native()), none("TMPDIR", {});
     fs::create_directory(folder.Native("f.bak.tmp"));
     temporary.Write("f.bak", "earlier");
     folder.Write("f", "now");
@@ -254,8 +254,7 @@ TEST(ZynFileHelpers, BackupGoesToTheTemporaryFolderWhenItsOwnRefuses) {
     EXPECT_TRUE(CzynFile::CreateBackupFile(folder.Native("f").c_str(), 3)); // its native name
     fs::create_directory(temporary.Native("f.bak.tmp"));
     EXPECT_FALSE(CzynFile::CreateBackupFile(folder.Path("f"), 3));
-    unsetenv("TEMP");
-    unsetenv("TMPDIR"); // strangers write to what is left
+    temp.Set({}); // strangers write to what is left
     const std::string unique = folder.Native().filename();
     folder.Write(unique, "x");
     fs::create_directory(folder.Native(unique + ".bak.tmp"));

@@ -49,7 +49,7 @@ TEST(Helpers, TemporaryFileNameIsTheFirstFreeOne) {
     parent.Write("50%s %n/tmp%i1.txt", "x");
     CStringA name;
     for (const std::string& variable : {folder.string(), folder.string() + "/"}) {
-        setenv("TEMP", variable.c_str(), 1);
+        const Variable temp("TEMP", variable);
         zynGetTempPath(name);
         EXPECT_EQ(zynToNativePath(name), folder.string() + "/");
         name = "tmp%i";
@@ -57,8 +57,7 @@ TEST(Helpers, TemporaryFileNameIsTheFirstFreeOne) {
         EXPECT_EQ(zynToNativePath(name), folder.string() + "/tmp%i3.txt");
         EXPECT_FALSE(fs::exists(folder / "tmp%i3.txt"));
     }
-    unsetenv("TEMP");
-    unsetenv("TMPDIR");
+    const Variable none("TMPDIR", {});
     EXPECT_TRUE(zynGetTempFileName("zyn_no_such_", "x", name));
     EXPECT_STREQ(name, "zyn_no_such_1.x");
 }
@@ -132,7 +131,7 @@ TEST(Helpers, BufferSizeIsAShareOfTheScarcerMemory) {
 TEST(Helpers, SpreadsheetCheckReportsWhatIsMissingWhenAsked) {
     Host host(0);
     const std::string file = host.folder.Native("registry");
-    setenv("ZYN_REGISTRY", file.c_str(), 1);
+    const Variable registry("ZYN_REGISTRY", file);
     const auto expectMessage = [&](const char* text) {
         host.boxes.clear();
         EXPECT_FALSE(zynCheckExcel(false));
@@ -153,5 +152,4 @@ TEST(Helpers, SpreadsheetCheckReportsWhatIsMissingWhenAsked) {
     EXPECT_TRUE(isInitialized()); // and after the success until it is undone
     zynplatform::UninitializeAutomation();
     EXPECT_FALSE(isInitialized());
-    unsetenv("ZYN_REGISTRY");
 }

@@ -27,7 +27,6 @@ struct StackLogger : testing::Test {
         tick = 7, timeReads = 0;
         zynplatform::SetThreadIdSource([] { return 0xA1Cu; });
         zynplatform::SetTickSource([] { return tick++; });
-        setenv("TZ", "UTC", 1);
         tzset();
         zynplatform::SetTimeSource([] { return std::int64_t{61'509'000} + timeReads++; }); // 17:05:09
         zynplatform::SetBeep([](auto hz, auto ms) { beeps += std::to_string(hz * 1000 + ms) + " "; });
@@ -41,10 +40,9 @@ struct StackLogger : testing::Test {
         zynplatform::SetThreadIdSource(nullptr);
         zynplatform::SetTickSource(nullptr);
         zynplatform::SetTimeSource(nullptr);
-        unsetenv("TZ");
-        tzset();
         zynplatform::SetBeep(nullptr);
     }
+    const Variable zone{"TZ", "UTC"};
     static StackLoggerThreadEl& Element() { return *g_pGlobalStackLog.load()->GetAt(0); }
     static int Entries() { return Element().m_nDepth * 10'000 + Element().m_mapStack.GetSize(); }
     static std::vector<CStringA> EnterAll(std::size_t count) {

@@ -199,13 +199,13 @@ TYPED_TEST(StringTest, LoadsResourcesAndEnvironment) {
     zynSetStringResources(&module, nullptr);
 
     const auto name = this->T("ПЕРЕМЕННАЯ"_cp1251);
-    setenv("ПЕРЕМЕННАЯ", "Ёж", 1); // UTF-8, as the system has it
+    const Variable variable("ПЕРЕМЕННАЯ", "Ёж"); // UTF-8, as the system has it
     std::string path;
     EXPECT_TRUE(zynplatform::GetEnvironmentPath("ПЕРЕМЕННАЯ"_cp1251, path) && path == "Ёж"_cp1251);
     EXPECT_EQ(1, text.GetEnvironmentVariableA(name.c_str()));
     EXPECT_EQ(this->T("Ёж"_cp1251), this->Content(text));
     EXPECT_EQ(4u, text.m_nSize);
-    unsetenv("ПЕРЕМЕННАЯ");
+    variable.Set({});
     EXPECT_EQ(0, text.GetEnvironmentVariableA(name.c_str()));
     EXPECT_TRUE(text.IsEmpty());
 }

@@ -1,30 +1,19 @@
+#include "support/encodings.h"
 #include "support/failing_new.h"
-#include "support/test.h"
 #include "zynaggr/zynstringfile.h"
 
 #include <cstring>
 #include <fcntl.h>
 #include <new>
+#include <span>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <thread>
 
 namespace {
 
-constexpr zynTextEncoding encodings[] = {zynEncCP1251, zynEncUTF8,   zynEncUCS2LE,
-                                         zynEncUCS2BE, zynEncUCS4LE, zynEncUCS4BE};
-const std::string marks[] = {"", "\xEF\xBB\xBF", "\xFF\xFE", "\xFE\xFF", "\xFF\xFE\0\0"s, "\0\0\xFE\xFF"s};
-
-// "Ёж №" in each encoding, written out.
 const std::string word = "Ёж №"_cp1251;
-const std::string encoded[] = {
-    word,
-    "\xD0\x81\xD0\xB6 \xE2\x84\x96",
-    "\x01\x04\x36\x04\x20\0\x16\x21"s,
-    "\x04\x01\x04\x36\0\x20\x21\x16"s,
-    "\x01\x04\0\0\x36\x04\0\0\x20\0\0\0\x16\x21\0\0"s,
-    "\0\0\x04\x01\0\0\x04\x36\0\0\0\x20\0\0\x21\x16"s,
-};
+
 struct ZynStringFileTest : testing::Test {
     // Opens the file and gives it this content first.
     void Open(const std::string& bytes, unsigned flags = CFile::modeReadWrite | CFile::shareDenyNone,
@@ -45,25 +34,22 @@ struct ZynStringFileTest : testing::Test {
 };
 
 TEST_F(ZynStringFileTest, EveryEncodingIsReadAndWrittenBackWithItsMark) {
-    for (int i = 0; i < 6; ++i)
-        for (const bool mark : {true, false}) {
-            if (!mark && (i == 2 || i == 3))
+    for (const Encoding& encoding : encodings)
+        for (const bool isMarked : {true, false}) {
+            if (!isMarked && (encoding.number == zynEncUCS2LE || encoding.number == zynEncUCS2BE))
                 continue; // № is not among the 16-bit characters that are looked for
-            Open((mark ? marks[i] : marks[0]) + encoded[i]);
-            EXPECT_EQ(word, All()) << i;
-            EXPECT_EQ(encodings[i], file.GetFileEncoding());
+            const std::string encoded = encoding.Encoded(word);
+            Open((isMarked ? encoding.mark : "") + encoded);
+            EXPECT_EQ(word, All()) << encoding.name;
+            EXPECT_EQ(encoding.number, file.GetFileEncoding());
             EXPECT_EQ(1, file.WriteString("!"));
             file.SetFileEncoding(zynEncCP1251);
             EXPECT_EQ(1, file.Flush());
             EXPECT_EQ(word + "!", folder.Read("f")); // the file ends where the shorter text does
             file.WriteString("\n");
-            file.SetFileEncoding(encodings[i]);
+            file.SetFileEncoding(encoding.number);
             file.Close();
-            CzynStringFile again(folder.Path("f"), CFile::shareDenyNone);
-            CStringA text;
-            EXPECT_EQ(1, again.ReadAllDataToString(text));
-            EXPECT_EQ(word + "!\r\n", text.View()) << i;
-            EXPECT_TRUE(folder.Read("f").starts_with(marks[i] + encoded[i])) << i;
+            EXPECT_EQ(encoding.mark + encoding.Encoded(word + "!\r\n"), folder.Read("f"));
         }
 }
 
@@ -82,7 +68,7 @@ TEST_F(ZynStringFileTest, WithoutAMarkDecidesWhatIsSaidOrElseTheContent) {
         {"A\0\0"s, zynEncUnknown, zynEncCP1251, "A\0\0"s}, // not whole units
         {"", zynEncUnknown, zynEncUnknown, ""},
         {"\xD0\x81", zynEncCP1251, zynEncCP1251, "\xD0\x81"},
-        {marks[1] + "\xD0\x81", zynEncCP1251, zynEncUTF8, "Ё"_cp1251},
+        {encodings[1].mark + "\xD0\x81", zynEncCP1251, zynEncUTF8, "Ё"_cp1251},
     };
     for (const auto& c : cases) {
         Open(c.bytes, CFile::modeReadWrite, c.said);
@@ -92,11 +78,11 @@ TEST_F(ZynStringFileTest, WithoutAMarkDecidesWhatIsSaidOrElseTheContent) {
     }
     EXPECT_EQ(1, file.WriteString("!"));
     ASSERT_NE(0, file.Open(folder.Path("g"), CFile::modeCreate, zynEncUnknown)); // closes, and so writes
-    EXPECT_EQ(marks[1] + "\xD0\x81!", folder.Read("f"));
+    EXPECT_EQ(encodings[1].mark + "\xD0\x81!", folder.Read("f"));
 }
 
 TEST_F(ZynStringFileTest, FailedLoadForgetsWhatWasToldAndLeavesTheFileOpen) {
-    const std::string aboveFFFF = "\xFF\xFE\0\0\0\0\1\0"s, nothingButAMark = marks[1];
+    const std::string aboveFFFF = "\xFF\xFE\0\0\0\0\1\0"s, nothingButAMark = encodings[1].mark;
     for (const std::string& bytes : {aboveFFFF, nothingButAMark}) {
         Open(bytes);
         file.SetFileEncoding(zynEncUTF8);
@@ -330,7 +316,7 @@ TEST_F(ZynStringFileTest, TextForWhichThereIsNoRoomStaysPendingAndTheOldFileWhol
 }
 
 TEST_F(ZynStringFileTest, FailedAllocationIsAResultAndLosesNothing) {
-    const std::string bytes = marks[3] + encoded[3];
+    const std::string bytes = encodings[3].mark + encodings[3].Encoded(word);
     for (const unsigned flags : {unsigned{CFile::modeReadWrite}, emptying})
         for (const auto kind : {FailingNew::once, FailingNew::onwards})
             for (long n = 1, failures = 1; failures != 0; ++n) {
@@ -345,13 +331,13 @@ TEST_F(ZynStringFileTest, FailedAllocationIsAResultAndLosesNothing) {
                 } catch (const std::bad_alloc&) {
                 }
                 const std::string after = folder.Read("f");
-                const std::string whole = (flags == emptying ? marks[3] : bytes) + "\0!"s;
+                const std::string whole = (flags == emptying ? encodings[3].mark : bytes) + "\0!"s;
                 EXPECT_TRUE(after == whole || (failures != 0 && after == bytes)) << flags << ' ' << n;
             }
 }
 
 // What a converter makes of the bytes; "-" for a refusal.
-template <class Length> std::string Converted(std::string bytes, auto convert) {
+template <class Length> std::string Result(std::string bytes, auto convert) {
     auto* const source = reinterpret_cast<unsigned char*>(bytes.data());
     unsigned char* out = source;
     Length length = 77;
@@ -364,16 +350,18 @@ template <class Length> std::string Converted(std::string bytes, auto convert) {
 
 TEST(ConvertersTest, EveryPairConvertsOrSaysNo) {
     const auto convert = [](zynTextEncoding from, const std::string& bytes, zynTextEncoding to, int cut = 0) {
-        return Converted<int>(bytes, [=](unsigned char* source, int size, unsigned char*& out, int& length) {
+        return Result<int>(bytes, [=](unsigned char* source, int size, unsigned char*& out, int& length) {
             const bool done = CzynStringFile::ConvertEncoding(from, source, size - cut, to, out, length);
             EXPECT_EQ(done, out != nullptr);
             return done;
         });
     };
-    for (int from = 0; from < 4; ++from)
-        for (int to = 0; to < 6; ++to)
-            EXPECT_EQ(encoded[to], convert(encodings[from], encoded[from], encodings[to])) << from << to;
-    EXPECT_EQ(word, convert(zynEncUCS2LE, marks[2] + encoded[2], zynEncCP1251)); // mark skipped
+    for (const Encoding& from : std::span(encodings).first(4))
+        for (const Encoding& to : encodings)
+            EXPECT_EQ(to.Encoded(word), convert(from.number, from.Encoded(word), to.number))
+                << from.name << to.name;
+    EXPECT_EQ(word, convert(zynEncUCS2LE, encodings[2].mark + encodings[2].Encoded(word),
+                            zynEncCP1251)); // mark skipped
     EXPECT_EQ("?\xCF", convert(zynEncUTF8, "\xC3\xA9\xD0\x9F", zynEncCP1251));
     EXPECT_EQ("-", convert(zynEncUCS2LE, "A", zynEncCP1251)); // no whole unit
     EXPECT_EQ("-", convert(zynEncCP1251, "A", zynEncUTF8, 1));
@@ -381,18 +369,18 @@ TEST(ConvertersTest, EveryPairConvertsOrSaysNo) {
     EXPECT_EQ("-", convert(zynEncUnknown, "A", zynEncUnknown));
     EXPECT_EQ("A", convert(zynEncCP866, "A", zynEncCP866));
 #ifdef NDEBUG
-    EXPECT_EQ("-", convert(zynEncUCS4LE, encoded[4], zynEncUTF8));
+    EXPECT_EQ("-", convert(zynEncUCS4LE, encodings[4].Encoded(word), zynEncUTF8));
     EXPECT_EQ("-", convert(zynEncCP866, "A", zynEncUTF8));
 #endif
 
     const auto narrow = CzynStringFile::BufConvert_Utf32le_to_UCS2;
     const auto widen = CzynStringFile::BufConvert_UCS2_to_Utf32le;
-    EXPECT_EQ("abcd", Converted<unsigned>("ab\0\0cd\0\0ef\0"s, narrow));
-    EXPECT_EQ("-", Converted<unsigned>("ab\x01\0"s, narrow)); // refused whole
-    EXPECT_EQ("-", Converted<unsigned>("ab\0\x01"s, narrow));
-    EXPECT_EQ("", Converted<unsigned>("", narrow));
-    EXPECT_EQ("ab\0\0cd\0\0"s, Converted<unsigned>("abcde", widen));
-    EXPECT_EQ("", Converted<unsigned>("", widen));
+    EXPECT_EQ("abcd", Result<unsigned>("ab\0\0cd\0\0ef\0"s, narrow));
+    EXPECT_EQ("-", Result<unsigned>("ab\x01\0"s, narrow)); // refused whole
+    EXPECT_EQ("-", Result<unsigned>("ab\0\x01"s, narrow));
+    EXPECT_EQ("", Result<unsigned>("", narrow));
+    EXPECT_EQ("ab\0\0cd\0\0"s, Result<unsigned>("abcde", widen));
+    EXPECT_EQ("", Result<unsigned>("", widen));
 
     unsigned char odd[] = {1, 2, 3, 4, 5};
     EXPECT_TRUE(CzynStringFile::BufConvert_Utf16_BE2LE(odd, 5));

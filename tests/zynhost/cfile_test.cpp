@@ -1,8 +1,6 @@
 #include "support/test.h"
 #include "zynhost/cfile.h"
 
-namespace {
-
 TEST(FileException, EverySystemErrorHasItsCause) {
     // The cause of each error from 0 on, as a hexadecimal digit; '-' is the generic one.
     std::string causes = "0-23452----65--37325aaaa9969-59-bc3-4-ed"
@@ -32,5 +30,3 @@ TEST(FileException, MessageIsTheSystemsTextCutToTheRoom) {
     EXPECT_TRUE(error.GetErrorMessage(text, sizeof text));
     EXPECT_STREQ(text, "999");
 }
-
-} // namespace

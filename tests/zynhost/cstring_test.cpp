@@ -3,8 +3,6 @@
 #include "zynhost/cstring.h"
 #include "zynhost/memory.h"
 
-namespace {
-
 TEST(CStringATest, PartsOutsideTheTextAreLeftOut) {
     const std::string_view text("abc");
     const CStringA abc("abc");
@@ -74,5 +72,3 @@ TEST(CStringATest, LackOfMemoryLeavesTheTextAsItWas) {
     EXPECT_TRUE(CMemoryException().GetErrorMessage(message, sizeof message));
     EXPECT_STREQ("Нед"_cp1251, message);
 }
-
-} // namespace

@@ -1,7 +1,5 @@
 #include "support/test.h"
 
-namespace {
-
 TEST(Cp1251, LiteralsAreBytesOfTheCodePage) {
     EXPECT_STREQ("Ошибка"_cp1251, "\xCE\xF8\xE8\xE1\xEA\xE0");
     EXPECT_STREQ("[Ёё] №1: «x» — €…\n"_cp1251, "[\xA8\xB8] \xB9"
@@ -20,5 +18,3 @@ TEST(Cp1251, OnlyLatinAndRussianLettersAreFolded) {
         EXPECT_EQ(zynplatform::Cp1251Upper(c), inLower == lower.npos ? c : upper[inLower]) << i;
     }
 }
-
-} // namespace

@@ -9,8 +9,6 @@
 
 using namespace zynplatform;
 
-namespace {
-
 TEST(FileSystem, RenameMovesAndNeverReplaces) {
     const TempFolder folder;
     folder.Write("a", "first");
@@ -83,5 +81,3 @@ TEST(FileSystem, AccessRightsAreTheBitsAndTheAccessList) {
                   fs::status(folder.Native(from)).permissions());
     }
 }
-
-} // namespace

@@ -4,8 +4,6 @@
 
 using namespace zynplatform;
 
-namespace {
-
 TEST(PathsTest, NamesAreTranslatedBothWays) {
     const std::pair<const char*, std::string> cases[] = {
         // "~" stands for the byte that begins an escape.
@@ -40,14 +38,9 @@ TEST(PathsTest, EnvironmentIsAnsweredWithTheVariablesOfThisSystem) {
         {"SystemRoot", "HOME", "/home/u", ""}, // only with itself
     };
     for (const auto& [asked, set, value, answer] : cases) {
-        const char* const before = std::getenv(set);
-        const std::string kept = before ? before : "";
-        setenv(set, value, 1);
+        const Variable variable(set, value);
         std::string found = "old";
         EXPECT_EQ(*answer != 0, GetEnvironmentPath(asked, found)) << asked;
         EXPECT_EQ(answer, found);
-        before ? setenv(set, kept.c_str(), 1) : unsetenv(set);
     }
 }
-
-} // namespace

@@ -12,13 +12,12 @@ namespace {
 // A registry of the test's own, the file not yet there.
 class Registry : public testing::Test {
 protected:
-    Registry() { setenv("ZYN_REGISTRY", m_file.c_str(), 1); }
-    ~Registry() override { unsetenv("ZYN_REGISTRY"); }
     void Write(std::string_view text) const { m_folder.Write("registry", text); }
     std::string Text() const { return m_folder.Read("registry"); }
 
     const TempFolder m_folder;
     const fs::path m_file = m_folder.Native("registry");
+    const Variable m_variable{"ZYN_REGISTRY", m_file};
 };
 
 } // namespace
