@@ -123,6 +123,12 @@ public:
     // mode; later sections and entries of the same name get "___copy" added to theirs, and the found ones
     // take the caller's spelling (saved with the next save).
     virtual CStringA GetString(const char* szSection, const char* szKey, const char* szDefault, bool bCreate);
+    // A comment in the place of bCreate would count as true: comments are for WriteString.
+    template <class C>
+    CStringA GetString(const char* szSection, const char* szKey, const char* szDefault,
+                       const C* szComment) = delete;
+    CStringA GetString(const char* szSection, const char* szKey, const char* szDefault,
+                       const CStringA& sComment) = delete;
     // The same; false when the file cannot be read. Without bCreate, an empty value is returned as it is.
     virtual bool GetString(const char* szSection, const char* szKey, CStringA& sValue, const char* szDefault,
                            bool bCreate);
@@ -239,7 +245,7 @@ protected:
     CStringA m_sSaveErr;                          // the text of the last save, when it failed
     bool m_bInTransaction = false;                // saving waits for the end of a CzynINITransaction
     zynplatform::SaveLock* m_pSaveLock = nullptr; // of the transaction that is being committed
-    std::unique_ptr<zyn::IniIndex> m_pIndex; // of m_aSections
+    std::unique_ptr<zyn::IniIndex> m_pIndex;      // of m_aSections
 };
 
 // A line of a section.

@@ -8,6 +8,7 @@
 #include "zynaggr/zyn_langs.h"        // locales of interface languages
 #include "zynaggr/zyn_translate.h"    // translation dictionaries, the interface language
 #include "zynaggr/zyncsv.h"           // reading separated text
+#include "zynaggr/zyncsvwriter.h"     // writing it
 #include "zynaggr/zyndatabuf.h"       // serialising into a buffer
 #include "zynaggr/zyndatabufex.h"     // the same with an iterator
 #include "zynaggr/zyndatetime.h"      // dates

@@ -7,12 +7,14 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 using namespace zynplatform::literals;
 
 namespace {
 
 constexpr char quote = '"';
+constexpr std::string_view mark = "\xEF\xBB\xBF"; // of UTF-8
 
 // The field being read. While it is one stretch of the record it is not copied.
 class Field {
@@ -134,21 +136,72 @@ private:
     Field m_field;
 };
 
+// Follows a record of RFC 4180 line by line, to tell whether a quoted field is open at the end.
+class OpenQuote {
+public:
+    explicit OpenQuote(char separator) : m_separator(separator) {}
+    bool IsOpen() const { return m_isOpen; }
+
+    void Follow(std::string_view line) {
+        bool isFieldStart = !m_isOpen;
+        for (std::size_t i = 0; i < line.size();) {
+            if (isFieldStart && line[i] == quote) {
+                m_isOpen = true;
+                ++i;
+            }
+            isFieldStart = false;
+            const std::size_t next = line.find(m_isOpen ? quote : m_separator, i);
+            if (next == line.npos) return;
+            const bool isDoubled = m_isOpen && next + 1 < line.size() && line[next + 1] == quote;
+            i = next + 1 + isDoubled;
+            isFieldStart = !m_isOpen;
+            if (m_isOpen) m_isOpen = isDoubled;
+        }
+    }
+
+private:
+    char m_separator;
+    bool m_isOpen = false;
+};
+
+// As Splitter, by the rules of RFC 4180.
+template <class Add> void SplitRfc4180(std::string_view text, char separator, Add add) {
+    for (bool isLast = false; !isLast;) {
+        Field field;
+        if (text.starts_with(quote)) {
+            text.remove_prefix(1);
+            for (bool isDoubled = true; isDoubled;) {
+                const std::size_t next = std::min(text.find(quote), text.size());
+                isDoubled = next + 1 < text.size() && text[next + 1] == quote;
+                field.Append(text.substr(0, next + isDoubled));
+                text.remove_prefix(std::min(next + 1 + isDoubled, text.size()));
+            }
+        }
+        const std::size_t length = text.find(separator);
+        isLast = length == text.npos;
+        if (isLast && text.ends_with('\n')) text.remove_suffix(1);
+        if (isLast && text.ends_with('\r')) text.remove_suffix(1);
+        field.Append(text.substr(0, length));
+        if (!isLast) text.remove_prefix(length + 1);
+        add(field.Text());
+    }
+}
+
 bool HasOddQuotes(const CStringA& line) {
     const std::string_view text = line.View();
     return std::count(text.begin(), text.end(), quote) % 2 != 0;
 }
 
-void SplitIntoArray(std::string_view text, CStringArray& fields, char separator, bool escapes) {
-    Splitter(text, separator, escapes, [&](std::string_view field) {
-        fields[fields.Add(CStringA())].Append(field);
-    }).Run();
+auto AddTo(CStringArray& fields) {
+    return [&fields](std::string_view field) { fields[fields.Add(CStringA())].Append(field); };
 }
 
 } // namespace
 
 bool CzynCSV::OpenFile(const char* name) {
-    return m_file.Open(name, CFile::typeText | CFile::shareDenyWrite, nullptr) == 1;
+    m_bAtStart = true;
+    const unsigned type = m_bRFC4180 ? CFile::typeBinary : CFile::typeText;
+    return m_file.Open(name, type | CFile::shareDenyWrite, nullptr) == 1;
 }
 
 void CzynCSV::CloseFile() {
@@ -156,11 +209,21 @@ void CzynCSV::CloseFile() {
 }
 
 void CzynCSV::SeekToBegin() {
+    m_bAtStart = true;
     m_file.SeekToBegin();
 }
 
 bool CzynCSV::ReadRecord(CStringA& record) {
     if (!m_file.ReadString(record)) return false;
+    if (m_bRFC4180) {
+        if (std::exchange(m_bAtStart, false) && record.View().starts_with(mark))
+            record = record.Mid(static_cast<int>(mark.size()));
+        OpenQuote open(m_cSeparator);
+        open.Follow(record.View());
+        for (CStringA line; open.IsOpen() && m_file.ReadString(line); open.Follow(line.View()))
+            (record += '\n') += line;
+        return true;
+    }
     if (!HasOddQuotes(record)) return true;
     record += ' ';
     for (CStringA line; m_file.ReadString(line);) {
@@ -175,9 +238,16 @@ bool CzynCSV::ReadString(CStringArray& fields) {
     fields.RemoveAll();
     CStringA record;
     if (!ReadRecord(record)) return false;
-    // Not as a zero-terminated text: zero bytes of the file are characters like others.
-    SplitIntoArray(record.View(), fields, m_cSeparator, false);
+    Split(record, AddTo(fields));
     return true;
+}
+
+// Not as a zero-terminated text: zero bytes of the file are characters like others.
+template <class Add> void CzynCSV::Split(const CStringA& record, Add add) const {
+    if (m_bRFC4180)
+        SplitRfc4180(record.View(), m_cSeparator, add);
+    else
+        Splitter(record.View(), m_cSeparator, false, add).Run();
 }
 
 bool CzynCSV::ReadFile(const char* name, std::vector<std::vector<CStringA>>& rows) {
@@ -188,9 +258,7 @@ bool CzynCSV::ReadFile(const char* name, std::vector<std::vector<CStringA>>& row
         const std::size_t most = record.View().size() + 1;
         std::vector<CStringA>& row = rows.emplace_back();
         row.reserve(std::min(expected, most));
-        Splitter(record.View(), m_cSeparator, false, [&](std::string_view field) {
-            row.emplace_back(field);
-        }).Run();
+        Split(record, [&](std::string_view field) { row.emplace_back(field); });
     }
     CloseFile();
     const auto differs = [&](const std::vector<CStringA>& row) { return row.size() != rows.front().size(); };
@@ -203,6 +271,11 @@ bool CzynCSV::ReadFile(const char* name, std::vector<std::vector<CStringA>>& row
 bool CzynCSV::StrToArray(const char* text, CStringArray& fields, char separator, bool escapes) {
     fields.RemoveAll();
     if (!text) return false;
-    SplitIntoArray(text, fields, separator, escapes);
+    Splitter(text, separator, escapes, AddTo(fields)).Run();
     return true;
+}
+
+void CzynCSV::StrToArrayRFC4180(std::string_view text, CStringArray& fields, char separator) {
+    fields.RemoveAll();
+    SplitRfc4180(text, separator, AddTo(fields));
 }

@@ -32,12 +32,24 @@
 // meaning of its own, it is the separator: a tab-separated file is read with '\t'. A quote as separator
 // leaves no way to quote.
 //
+// Files of other programs are read after SetRFC4180(true), by the rules that are usual elsewhere: a field
+// that begins with a quote reaches to the next quote that is not doubled, separators and line ends inside are
+// part of it, and nothing is dropped or joined. What stands between such a quote and the separator belongs to
+// the field as well; a quote within another field is a character; a quote that is never closed reaches to the
+// end of the file. A mark of UTF-8 at the start of the file is no part of the first field. CzynCSVWriter
+// writes such files.
+//
 // The lines of a file end in LF or CR LF. Bytes are taken as they are, in whatever code page. Nothing throws
 // but running out of memory. An object is for one thread at a time; a copy reads on in the same open file.
 class ZYN_API CzynCSV {
 public:
     // The separator of the files that this object reads.
     explicit CzynCSV(char separator = ',') : m_cSeparator(separator) {}
+
+    // Which rules hold: those of RFC 4180 or, initially, the library's own. To be set before a file is
+    // opened.
+    void SetRFC4180(bool bOn) { m_bRFC4180 = bOn; }
+    bool IsRFC4180() const { return m_bRFC4180; }
 
     // Opens a file for ReadString, in place of one that is open; others may meanwhile read it, not write.
     // False when there is none, or it can't be read.
@@ -59,11 +71,16 @@ public:
     // with no fields, only for a null text. With `escapes`, a backslash opens quotes where none are open;
     // inside, \\ is a backslash and \n a line feed, and before anything else a backslash closes the quotes.
     static bool StrToArray(const char* text, CStringArray& fields, char separator, bool escapes);
+    // The same by the rules of RFC 4180; a line end at the end of the text is no part of it.
+    static void StrToArrayRFC4180(std::string_view text, CStringArray& fields, char separator);
 
 protected:
     // Reads a line and those that continue it, as one.
     bool ReadRecord(CStringA& record);
+    template <class Add> void Split(const CStringA& record, Add add) const;
 
     char m_cSeparator;
     CzynFile m_file;
+    bool m_bRFC4180 = false;
+    bool m_bAtStart = false; // the next record may begin with a mark
 };

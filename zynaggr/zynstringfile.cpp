@@ -299,8 +299,9 @@ int CzynStringFile::WriteString(const char* text, std::size_t length) {
     if (m_nWorkEncoding == zynEncUnknown && m_nDataSize == 0) m_nWorkEncoding = zynEncCP1251;
     assert(m_nWorkEncoding == zynEncCP1251);
     if (m_nWorkEncoding != zynEncCP1251) return 0;
-    const std::less<const void*> before;
-    if (m_pBuffer && !before(text, m_pBuffer) && before(text, m_pBuffer + m_nCapacity)) {
+    const auto* const bytes = reinterpret_cast<const unsigned char*>(text);
+    const std::less<> isBefore;
+    if (m_pBuffer && !isBefore(bytes, m_pBuffer) && isBefore(bytes, m_pBuffer + m_nCapacity)) {
         const std::string copy(text, length); // the buffer is about to move
         return WriteString(copy.data(), length);
     }

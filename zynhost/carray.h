@@ -22,6 +22,12 @@ public:
     T& operator[](int index) { return m_items[static_cast<std::size_t>(index)]; }
     void RemoveAll() { m_items.clear(); } // destroys the elements
 
+    // For loops over the elements.
+    auto begin() const { return m_items.begin(); }
+    auto end() const { return m_items.end(); }
+    auto begin() { return m_items.begin(); }
+    auto end() { return m_items.end(); }
+
 private:
     std::vector<T> m_items;
 };

@@ -6,6 +6,7 @@
 #include <climits>
 #include <concepts>
 #include <cstdarg>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -166,3 +167,11 @@ inline bool operator==(const CStringA& left, const char* right) {
 inline bool operator<(const CStringA& left, const CStringA& right) {
     return left.View() < right.View();
 }
+
+namespace std {
+// Equal texts have equal hashes.
+template <> struct hash<CStringA> {
+    // Of the whole text, zero bytes included.
+    size_t operator()(const CStringA& text) const noexcept { return hash<string_view>()(text.View()); }
+};
+} // namespace std

@@ -42,7 +42,7 @@ std::uint32_t UniqueDescriptor::Close() {
     return close(Release()) == 0 || errno == EINTR ? 0 : LastError();
 }
 
-WriteSignalGuard::WriteSignalGuard() : m_blocked(0) {
+WriteSignalGuard::WriteSignalGuard() {
     sigset_t wanted, before;
     sigemptyset(&wanted);
     for (const int signal : writeSignals)

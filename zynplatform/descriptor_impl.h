@@ -68,7 +68,7 @@ public:
     WriteSignalGuard& operator=(const WriteSignalGuard&) = delete;
 
 private:
-    unsigned m_blocked; // bits: which of the signals this guard has blocked
+    unsigned m_blocked = 0; // bits: which of the signals this guard has blocked
 };
 
 } // namespace zynplatform

@@ -1,4 +1,5 @@
 #include "zynaggr/zyncsv.h"
+#include "zynaggr/zyncsvwriter.h"
 
 #include "support/csv_model.h"
 #include "support/host.h"
@@ -59,6 +60,61 @@ TEST(Csv, ReadsRecordsThatRunOverSeveralLines) {
     }
     csv.CloseFile();
     EXPECT_FALSE(copy.ReadString(fields));
+}
+
+TEST(Csv, FilesOfOtherProgramsAreReadAsTheyMeanThem) {
+    const std::pair<std::string, std::vector<Row>> cases[] = {
+        {"first,address\nJohn,\"120 any st., Anytown\"\n",
+         {{"first", "address"}, {"John", "120 any st., Anytown"}}},
+        {"a,b,c\r\n1,\"\",\"\"\r\n2,3,\r\n", {{"a", "b", "c"}, {"1", "", ""}, {"2", "3", ""}}},
+        {"a,b\n1,\"ha \"\"ha\"\" ha\"\n\"\"\"\",\"\"\"x\"",
+         {{"a", "b"}, {"1", "ha \"ha\" ha"}, {"\"", "\"x"}}},
+        {"k,v\n1,\"{\"\"t\"\": \"\"P\"\", \"\"c\"\": [1, 2]}\"\n",
+         {{"k", "v"}, {"1", R"({"t": "P", "c": [1, 2]})"}}},
+        {"a\n\"Once \nupon\r\n\na time\",5\r\n7", {{"a"}, {"Once \nupon\r\n\na time", "5"}, {"7"}}},
+        {"\xEF\xBB\xBF\"a\",\"b\",\"c\"\n \xCA\xA4 , \"x\" \n\n",
+         {{"a", "b", "c"}, {" \xCA\xA4 ", " \"x\" "}, {""}}},
+        {"\"a\"b\"c,d\"e\n\"open,\nend\r", {{"ab\"c", "d\"e"}, {"open,\nend\r"}}},
+        {"", {}},
+    };
+    const TempFolder folder;
+    CzynCSV csv;
+    csv.SetRFC4180(true);
+    CStringArray fields;
+    const auto rowsOf = [&](const char* file) {
+        std::vector<Row> rows;
+        EXPECT_TRUE(csv.OpenFile(folder.Path(file)));
+        while (csv.ReadString(fields))
+            rows.push_back(Texts(fields));
+        csv.CloseFile();
+        return rows;
+    };
+    for (const auto& [text, expected] : cases) {
+        folder.Write("f", text);
+        EXPECT_EQ(rowsOf("f"), expected) << text;
+    }
+    // What is written is read again.
+    std::mt19937 random(7);
+    const std::string alphabet = "\"\"\",;\r\n \xEF\xBB\xBF"
+                                 "ab";
+    std::vector<Row> rows(2000);
+    CzynCSVWriter writer;
+    ASSERT_TRUE(writer.CreateFile(folder.Path("w")));
+    for (Row& row : rows) {
+        row.resize(1 + random() % 4);
+        fields.RemoveAll();
+        for (std::string& field : row) {
+            for (std::size_t size = random() % 6; field.size() < size;)
+                field += alphabet[random() % alphabet.size()];
+            fields.Add(CStringA(std::string_view(field)));
+        }
+        EXPECT_TRUE(writer.Write(fields));
+        CStringArray again;
+        CzynCSV::StrToArrayRFC4180(CzynCSVWriter::ArrayToStr(fields, ';').View(), again, ';');
+        EXPECT_EQ(Texts(again), row);
+    }
+    EXPECT_TRUE(writer.CloseFile() && !writer.CloseFile());
+    EXPECT_EQ(rowsOf("w"), rows);
 }
 
 TEST(Csv, ReadsATableAndKeepsItWhenTheColumnsDiffer) {
