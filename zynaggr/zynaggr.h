@@ -5,6 +5,7 @@
 #include "zynaggr/dllmain.h"          // the module's entry point
 #include "zynaggr/ini.h"              // the INI engine
 #include "zynaggr/ini_transaction.h"  // edits of one file by several processes
+#include "zynaggr/utf8.h"             // between UTF-8 and the library's texts
 #include "zynaggr/zyn_langs.h"        // locales of interface languages
 #include "zynaggr/zyn_translate.h"    // translation dictionaries, the interface language
 #include "zynaggr/zyncsv.h"           // reading separated text

@@ -166,6 +166,10 @@ public:
     T GetAt(int nIndex) const { return nIndex < 0 || nIndex >= m_nSize ? nullptr : m_pData[nIndex]; }
     int GetSize() const { return m_nSize; } // slots in use
 
+    // For loops over the slots in use, null ones included.
+    T* begin() const { return m_pData; }
+    T* end() const { return m_pData + m_nSize; }
+
     T* m_pData = nullptr;             // the slots; the first m_nSize are in use
     std::int32_t m_nSize = 0;         // at most m_nMaxSize
     bool m_bUnique = false;           // every element only once
