@@ -116,9 +116,12 @@ public:
         const bool isWhole =
             file == start.text || file == after || (start.hasSecondName && backup == start.text);
         const bool mayLeave = WIFSIGNALED(status);
+        const bool isUnsynced = folder.Read("tmp/call") == "fsync" && kind <= FailingCall::noSpace &&
+                                !start.hasSecondName; // whose backup may be made elsewhere
         const char* fault =
             !isWhole                                            ? "no whole text is left"
             : outcome == done && file != after                  ? "true, but the text is not there"
+            : outcome == done && isUnsynced                     ? "true, but the text was not synced"
             : outcome == silent                                 ? "false without a text"
             : outcome == leaked                                 ? "a descriptor is left open"
             : !mayLeave && !IsTidy(folder)                      ? "a temporary file is left"
