@@ -142,14 +142,18 @@ bool CzynINI::InternalSave() {
     return true;
 }
 
-// Checks also whether the file may be written.
+// Finds out also whether the file may be written.
 bool CzynINI::WaitForTurn(zynplatform::SaveLock& turn) {
     constexpr unsigned limit = zynplatform::saveLockLimit;
-    std::uint32_t error = m_pSaveLock || m_sIniName.IsEmpty() ? 0 : turn.Take(m_sIniName, limit, true);
-    m_bReadOnly = !turn.IsWritable();
-    if (error != zynplatform::errorSharingViolation && m_bReadOnly)
-        return FailSave(CzynTranslate::Translate("Файл ini доступен только для чтения"_cp1251));
-    if (error == 0) error = turn.BeginWriting(limit);
+    const bool hasFile = !m_sIniName.IsEmpty();
+    std::uint32_t error = m_pSaveLock || !hasFile ? 0 : turn.Take(m_sIniName, limit, true);
+    if (error != zynplatform::errorSharingViolation) {
+        const bool isWritable = turn.IsWritable();
+        if (hasFile) m_bReadOnly = !isWritable;
+        if (!isWritable)
+            return FailSave(CzynTranslate::Translate("Файл ini доступен только для чтения"_cp1251));
+        error = turn.BeginWriting(limit);
+    }
     return error == 0 || FailSave(CStringA(CzynTranslate::Translate("Ошибка при открытии файла: "_cp1251)) +
                                   zynplatform::DescribeSystemError(error));
 }
