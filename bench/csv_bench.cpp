@@ -88,9 +88,10 @@ void SetBytes(benchmark::State& state) {
     state.SetBytesProcessed(state.iterations() * size);
 }
 
-void ReadFile(benchmark::State& state) {
+template <bool isRfc> void ReadFile(benchmark::State& state) {
     const CStringA name = zynFromNativePath(TestFileName().c_str());
     CzynCSV csv;
+    csv.SetRFC4180(isRfc);
     std::vector<std::vector<CStringA>> rows;
     if (!csv.ReadFile(name, rows) || !IsSame(rows, ReadPlainly(TestFileName()))) {
         state.SkipWithError("the two tables differ");
@@ -133,7 +134,8 @@ const bool keepsMemory = KeepMemory();
 #define WORKLOAD(function, implementation)                                                                   \
     BENCHMARK(function)->Name("CSV, read 32 MB/" implementation)->Unit(benchmark::kMillisecond)
 
-WORKLOAD(ReadFile, "ours");
+WORKLOAD(ReadFile<false>, "ours");
+WORKLOAD(ReadFile<true>, "ours, RFC 4180");
 #ifdef HAVE_FCCP
 WORKLOAD(ReadFileAs<ReadWithFccp>, "fast-cpp-csv-parser");
 #endif
