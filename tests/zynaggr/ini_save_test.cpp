@@ -120,12 +120,9 @@ TEST_F(IniSaveTest, FailedSavesTellWhyAndTheModeChangesAllTheSame) {
 }
 
 TEST_F(IniSaveTest, NothingIsSavedOverWhatCouldNotBeRead) {
-    const struct {
-        std::string bytes;
-        std::uintmax_t size; // of the file, a hole behind the bytes
-        bool isLoaded;       // as an empty file
-    } cases[] = {{"\xFF\xFE\0\0\0\0\1\0"s, 8, true}, {"[s]\nk=1\n", 1u << 30, false}};
-    for (const auto& [bytes, size, isLoaded] : cases) {
+    const std::tuple<std::string, std::uintmax_t, bool> cases[] = {{"\xFF\xFE\0\0\0\0\1\0"s, 8, true},
+                                                                   {"[s]\nk=1\n", 1u << 30, false}};
+    for (const auto& [bytes, size, isLoaded] : cases) { // a hole behind the bytes; as an empty file
         Load("[s]\r\nk=0\r\n");
         folder.Write("f.ini", bytes);
         std::filesystem::resize_file(folder.Native("f.ini"), size);

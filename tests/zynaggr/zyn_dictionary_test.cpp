@@ -168,12 +168,9 @@ TEST_F(Dictionary, FilesOfOneRunShareTheirIds) {
 }
 
 TEST_F(Dictionary, LocaleDecidesWhichFileIsRead) {
-    const struct {
-        std::uint32_t lcid;
-        std::string fileToCome, translated;
-        std::uint32_t current;
-    } cases[] = {{9, "en-US", "A", 0},           {9, "en", "en", 9},    {englishUS, "", "en-US", englishUS},
-                 {1053, "sv-SE", "sv-SE", 1053}, {russian, "", "A", 0}, {1036, "", "A", 0}};
+    const std::tuple<std::uint32_t, std::string, std::string, std::uint32_t> cases[] = {
+        {9, "en-US", "A", 0},           {9, "en", "en", 9},    {englishUS, "", "en-US", englishUS},
+        {1053, "sv-SE", "sv-SE", 1053}, {russian, "", "A", 0}, {1036, "", "A", 0}};
     host.folder.Write("translate#ru-RU.xml", List("<s>A</s>\n"));
     for (const auto& [lcid, file, translated, current] : cases) {
         if (!file.empty()) host.folder.Write("translate#" + file + ".xml", List("<s>" + file + "</s>\n"));

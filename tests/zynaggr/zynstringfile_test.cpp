@@ -54,11 +54,7 @@ TEST_F(ZynStringFileTest, EveryEncodingIsReadAndWrittenBackWithItsMark) {
 }
 
 TEST_F(ZynStringFileTest, WithoutAMarkDecidesWhatIsSaidOrElseTheContent) {
-    const struct {
-        std::string bytes;
-        zynTextEncoding said, found;
-        std::string text;
-    } cases[] = {
+    const std::tuple<std::string, zynTextEncoding, zynTextEncoding, std::string> cases[] = {
         {"plain", zynEncUnknown, zynEncCP1251, "plain"},
         {"x", zynEncUnknown, zynEncCP1251, "x"},
         {"\xC3\xA9", zynEncUnknown, zynEncCP1251, "\xC3\xA9"}, // é: not among the characters looked for
@@ -70,11 +66,11 @@ TEST_F(ZynStringFileTest, WithoutAMarkDecidesWhatIsSaidOrElseTheContent) {
         {"\xD0\x81", zynEncCP1251, zynEncCP1251, "\xD0\x81"},
         {encodings[1].mark + "\xD0\x81", zynEncCP1251, zynEncUTF8, "Ё"_cp1251},
     };
-    for (const auto& c : cases) {
-        Open(c.bytes, CFile::modeReadWrite, c.said);
+    for (const auto& [bytes, said, found, text] : cases) {
+        Open(bytes, CFile::modeReadWrite, said);
         EXPECT_EQ(1, file.Load2Memory());
-        EXPECT_EQ(c.found, file.GetFileEncoding());
-        EXPECT_EQ(c.text, All());
+        EXPECT_EQ(found, file.GetFileEncoding());
+        EXPECT_EQ(text, All());
     }
     EXPECT_EQ(1, file.WriteString("!"));
     ASSERT_NE(0, file.Open(folder.Path("g"), CFile::modeCreate, zynEncUnknown)); // closes, and so writes
@@ -105,19 +101,16 @@ TEST_F(ZynStringFileTest, FailedLoadForgetsWhatWasToldAndLeavesTheFileOpen) {
 }
 
 TEST_F(ZynStringFileTest, RunOfLineEndsCountsAsOne) {
-    const struct {
-        std::string bytes;
-        std::vector<std::string> lines;
-    } cases[] = {
+    const std::tuple<std::string, std::vector<std::string>> cases[] = {
         {"a\r\n\r\nb", {"a", "b"}},  {"a\nb\n", {"a", "b"}}, {"a\rb\r", {"a", "b"}}, {"\r\na", {"", "a"}},
         {"a\n\0\r\nb"s, {"a", "b"}}, {"a\0b"s, {"a", "b"}},  {"\n", {""}},           {"", {}},
     };
-    for (const auto& c : cases) {
-        Open(c.bytes);
+    for (const auto& [bytes, expected] : cases) {
+        Open(bytes);
         std::vector<std::string> lines;
         for (CStringA line; file.ReadString(line);)
             lines.emplace_back(line.View());
-        EXPECT_EQ(c.lines, lines) << testing::PrintToString(c.bytes);
+        EXPECT_EQ(expected, lines) << testing::PrintToString(bytes);
     }
 }
 
@@ -221,11 +214,7 @@ TEST_F(ZynStringFileTest, FileOpenedToBeEmptiedIsEmptyToEveryOperationOfItsOwn) 
 // What the file is to everybody else stays, whether it can be replaced or must be written over.
 TEST_F(ZynStringFileTest, FlushChangesNothingButTheText) {
     const auto path = [&](const char* name) { return folder.Native(name); };
-    const struct {
-        const char* name;
-        bool isReplaced;
-        void (*prepare)(const TempFolder&);
-    } cases[] = {
+    const std::tuple<std::string, bool, void (*)(const TempFolder&)> cases[] = {
         {"a file", true, [](const TempFolder&) {}},
         {"a link", true,
          [](const TempFolder& in) {
