@@ -93,7 +93,7 @@ TEST_F(ZynStringFileTest, FailedLoadForgetsWhatWasToldAndLeavesTheFileOpen) {
 #endif
     for (const unsigned length : {0x40000000u, 0x3FFFFFFFu}) {
         Open("");
-        std::filesystem::resize_file(folder.Native("f"), length);
+        fs::resize_file(folder.Native("f"), length);
         const FailingNew failing(1);
         EXPECT_EQ(0, file.Load2Memory());
         EXPECT_EQ(length < 0x40000000 ? 1 : 0, failing.Failures()); // too long: memory is not asked for
@@ -218,28 +218,28 @@ TEST_F(ZynStringFileTest, FlushChangesNothingButTheText) {
         {"a file", true, [](const TempFolder&) {}},
         {"a link", true,
          [](const TempFolder& in) {
-             std::filesystem::create_directory(in.Native("d"));
-             std::filesystem::rename(in.Native("f"), in.Native("d/target"));
-             std::filesystem::create_symlink("d/target", in.Native("f"));
+             fs::create_directory(in.Native("d"));
+             fs::rename(in.Native("f"), in.Native("d/target"));
+             fs::create_symlink("d/target", in.Native("f"));
          }},
         {"the temporary of a killed process", true,
          [](const TempFolder& in) { in.Write(".f.zynsave", "half"); }},
         {"a foreign folder in the temporary's place", false,
-         [](const TempFolder& in) { std::filesystem::create_directory(in.Native(".f.zynsave")); }},
+         [](const TempFolder& in) { fs::create_directory(in.Native(".f.zynsave")); }},
         {"a second name", false,
-         [](const TempFolder& in) { std::filesystem::create_hard_link(in.Native("f"), in.Native("g")); }},
+         [](const TempFolder& in) { fs::create_hard_link(in.Native("f"), in.Native("g")); }},
     };
     for (const auto& [name, isReplaced, prepare] : cases) {
         file.Close();
-        for (const auto& entry : std::filesystem::directory_iterator(folder.Native()))
-            std::filesystem::remove_all(entry);
+        for (const auto& entry : fs::directory_iterator(folder.Native()))
+            fs::remove_all(entry);
         folder.Write("f", "the old content");
         prepare(folder);
         const std::string f = path("f").string();
         const bool isRoot = chown(f.c_str(), 1234, 2345) == 0;
         chmod(f.c_str(), 0604);
         setxattr(f.c_str(), "user.note", "mine", 4, 0);
-        const auto before = std::filesystem::hard_link_count(f);
+        const auto before = fs::hard_link_count(f);
         struct stat old, now;
         ASSERT_EQ(0, stat(f.c_str(), &old));
         ASSERT_NE(0, file.Open(folder.Path("f"), CFile::modeReadWrite, zynEncUnknown)) << name;
@@ -250,9 +250,9 @@ TEST_F(ZynStringFileTest, FlushChangesNothingButTheText) {
         EXPECT_TRUE(now.st_mode == old.st_mode && (!isRoot || (now.st_uid == 1234 && now.st_gid == 2345)));
         char note[5] = {};
         EXPECT_TRUE(getxattr(f.c_str(), "user.note", note, 4) <= 0 || note == "mine"s);
-        EXPECT_EQ(before, std::filesystem::hard_link_count(f));
-        EXPECT_EQ(name == "a link"s, std::filesystem::is_symlink(f));
-        EXPECT_FALSE(std::filesystem::is_regular_file(path(".f.zynsave")));
+        EXPECT_EQ(before, fs::hard_link_count(f));
+        EXPECT_EQ(name == "a link"s, fs::is_symlink(f));
+        EXPECT_FALSE(fs::is_regular_file(path(".f.zynsave")));
         CzynStringFile other; // the handle is exclusive as before
         EXPECT_EQ(0, other.Open(folder.Path("f"), CFile::shareDenyNone, zynEncUnknown)) << name;
         EXPECT_TRUE(file.WriteString("more") && file.Flush());
