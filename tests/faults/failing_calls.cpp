@@ -130,39 +130,26 @@ extern "C" int close(int file) {
     return -1;
 }
 
-extern "C" ssize_t read(int file, void* buffer, size_t size) {
-    static const auto real = Real<ssize_t(int, void*, size_t)>("read");
-    return Fails("read", &size) ? -1 : real(file, buffer, size);
-}
+#define PASSED_ON_WITH_LENGTH(name, type)                                                                    \
+    extern "C" ssize_t name(int file, type* buffer, size_t size) {                                           \
+        static const auto real = Real<ssize_t(int, type*, size_t)>(#name);                                   \
+        return Fails(#name, &size) ? -1 : real(file, buffer, size);                                          \
+    }
 
-extern "C" ssize_t write(int file, const void* buffer, size_t size) {
-    static const auto real = Real<ssize_t(int, const void*, size_t)>("write");
-    return Fails("write", &size) ? -1 : real(file, buffer, size);
-}
+PASSED_ON_WITH_LENGTH(read, void)
+PASSED_ON_WITH_LENGTH(write, const void)
 
-extern "C" int open64(const char* name, int flags, ...) {
-    static const auto real = Real<int(const char*, int, ...)>("open64");
-    std::va_list arguments;
-    va_start(arguments, flags);
-    const unsigned mode = flags & O_CREAT ? va_arg(arguments, unsigned) : 0;
-    va_end(arguments);
-    return Fails("open64") ? -1 : real(name, flags, mode);
-}
+// These have one argument more now and then.
+#define PASSED_ON_WITH_MORE(name, parameters, last, ...)                                                     \
+    extern "C" int name parameters {                                                                         \
+        static const auto real = Real<int parameters>(#name);                                                \
+        std::va_list arguments;                                                                              \
+        va_start(arguments, last);                                                                           \
+        void* const more = va_arg(arguments, void*);                                                         \
+        va_end(arguments);                                                                                   \
+        return Fails(#name) ? -1 : real(__VA_ARGS__, more);                                                  \
+    }
 
-extern "C" int openat64(int folder, const char* name, int flags, ...) {
-    static const auto real = Real<int(int, const char*, int, ...)>("openat64");
-    std::va_list arguments;
-    va_start(arguments, flags);
-    const unsigned mode = flags & O_CREAT ? va_arg(arguments, unsigned) : 0;
-    va_end(arguments);
-    return Fails("openat64") ? -1 : real(folder, name, flags, mode);
-}
-
-extern "C" int fcntl64(int file, int command, ...) {
-    static const auto real = Real<int(int, int, ...)>("fcntl64");
-    std::va_list arguments;
-    va_start(arguments, command);
-    void* const argument = va_arg(arguments, void*);
-    va_end(arguments);
-    return Fails("fcntl64") ? -1 : real(file, command, argument);
-}
+PASSED_ON_WITH_MORE(open64, (const char* name, int flags, ...), flags, name, flags)
+PASSED_ON_WITH_MORE(openat64, (int folder, const char* name, int flags, ...), flags, folder, name, flags)
+PASSED_ON_WITH_MORE(fcntl64, (int file, int command, ...), command, file, command)

@@ -120,15 +120,12 @@ TEST_F(IniSaveTest, FailedSavesTellWhyAndTheModeChangesAllTheSame) {
 }
 
 TEST_F(IniSaveTest, NothingIsSavedOverWhatCouldNotBeRead) {
-    const struct {
-        std::string bytes;
-        std::uintmax_t size; // of the file, a hole behind the bytes
-        bool isLoaded;       // as an empty file
-    } cases[] = {{"\xFF\xFE\0\0\0\0\1\0"s, 8, true}, {"[s]\nk=1\n", 1u << 30, false}};
-    for (const auto& [bytes, size, isLoaded] : cases) {
+    const std::tuple<std::string, std::uintmax_t, bool> cases[] = {{"\xFF\xFE\0\0\0\0\1\0"s, 8, true},
+                                                                   {"[s]\nk=1\n", 1u << 30, false}};
+    for (const auto& [bytes, size, isLoaded] : cases) { // a hole behind the bytes; as an empty file
         Load("[s]\r\nk=0\r\n");
         folder.Write("f.ini", bytes);
-        std::filesystem::resize_file(folder.Native("f.ini"), size);
+        fs::resize_file(folder.Native("f.ini"), size);
         ini.SetNeedReload();
         EXPECT_EQ(isLoaded, ini.Parse());
         EXPECT_EQ(isLoaded ? "" : "<s|>{k:0}", ini.Model());
@@ -139,7 +136,7 @@ TEST_F(IniSaveTest, NothingIsSavedOverWhatCouldNotBeRead) {
             EXPECT_FALSE(ini.GetErrDescription().IsEmpty());
         }
         ini.SetWriteMode(true);
-        EXPECT_TRUE(std::filesystem::file_size(folder.Native("f.ini")) == size && !folder.Has("f.ini.new"));
+        EXPECT_TRUE(fs::file_size(folder.Native("f.ini")) == size && !folder.Has("f.ini.new"));
         Load("[s]\r\nk=1\r\n");
         EXPECT_TRUE(ini.WriteString("s", "l", "2", nullptr));
         EXPECT_EQ("[s]\r\nk=1\r\nl=2\r\n", File());
@@ -209,9 +206,9 @@ TEST_F(IniSaveTest, QueriesDoNotOpenTheFileForWritingAndAnswerWhetherItCouldBeWr
 TEST_F(IniSaveTest, BackupIsForThoseWhoMayReadTheFile) {
     for (const bool inPlace : {false, true}) {
         Load("[s]\r\nk=1\r\n");
-        if (inPlace) std::filesystem::create_hard_link(folder.Native("f.ini"), folder.Native("second"));
+        if (inPlace) fs::create_hard_link(folder.Native("f.ini"), folder.Native("second"));
         if (chown(folder.Native("f.ini").c_str(), 1234, 2345) != 0) GTEST_SKIP() << "needs the right to give";
-        std::filesystem::permissions(folder.Native("f.ini"), std::filesystem::perms{0640});
+        fs::permissions(folder.Native("f.ini"), fs::perms{0640});
         EXPECT_TRUE(ini.WriteString("s", "k", "2", nullptr));
         struct stat file, backup;
         ASSERT_EQ(0, stat(folder.Native("f.ini").c_str(), &file) +

@@ -71,12 +71,12 @@ TEST(LibraryThreads, FileThatComesAndGoesIsReadWholeOrNotAtAll) {
         const auto path = folder.Native("f.ini");
         while (!over.stop_requested()) {
             folder.Write("new", "[s]\nk=" + std::string(5000, 'x') + "\n");
-            std::filesystem::rename(folder.Native("new"), path, ignored);
+            fs::rename(folder.Native("new"), path, ignored);
             std::this_thread::yield();
-            std::filesystem::remove(path, ignored);
-            std::filesystem::create_directory(path, ignored); // can't be read
+            fs::remove(path, ignored);
+            fs::create_directory(path, ignored); // can't be read
             std::this_thread::yield();
-            std::filesystem::remove(path, ignored);
+            fs::remove(path, ignored);
         }
     });
     for (int read = 0, refused = 0; read < 100 || refused < 100;) {

@@ -104,7 +104,7 @@ TEST_F(Dictionary, TextsAreMatchedById) {
 
     // Loaded already: no file is read again.
     CzynTranslate::SetShouldTranslate(false);
-    std::filesystem::remove(host.folder.Native("translate#a#de-DE.xml"));
+    fs::remove(host.folder.Native("translate#a#de-DE.xml"));
     EXPECT_TRUE(CzynTranslate::Init(false, nullptr) && Translated("A") == "a");
 }
 
@@ -152,7 +152,7 @@ TEST_F(Dictionary, FilesOfOneRunShareTheirIds) {
     EXPECT_THAT(host.boxes, ElementsAre("48 Could not find translation data file!\n\n" +
                                         std::string(host.folder.Path("translate#c#de-DE.xml"))));
     // Whatever was met first stays, also when a box was shown since.
-    std::filesystem::remove(host.folder.Native("translate#c#ru-RU.xml"));
+    fs::remove(host.folder.Native("translate#c#ru-RU.xml"));
     host.folder.Write("translate#b#ru-RU.xml", List("<s id=\"1\">S</s>\n<s id=\"8\">x</s>\n"));
     host.folder.Write("translate#b#de-DE.xml", List("<s id=\"1\">t</s>\n"));
     EXPECT_TRUE(InitWith(List("<s id=\"1\">S</s>\n<s id=\"9\">y</s>\n"), List("<s id=\"1\">s</s>\n")));
@@ -168,12 +168,9 @@ TEST_F(Dictionary, FilesOfOneRunShareTheirIds) {
 }
 
 TEST_F(Dictionary, LocaleDecidesWhichFileIsRead) {
-    const struct {
-        std::uint32_t lcid;
-        std::string fileToCome, translated;
-        std::uint32_t current;
-    } cases[] = {{9, "en-US", "A", 0},           {9, "en", "en", 9},    {englishUS, "", "en-US", englishUS},
-                 {1053, "sv-SE", "sv-SE", 1053}, {russian, "", "A", 0}, {1036, "", "A", 0}};
+    const std::tuple<std::uint32_t, std::string, std::string, std::uint32_t> cases[] = {
+        {9, "en-US", "A", 0},           {9, "en", "en", 9},    {englishUS, "", "en-US", englishUS},
+        {1053, "sv-SE", "sv-SE", 1053}, {russian, "", "A", 0}, {1036, "", "A", 0}};
     host.folder.Write("translate#ru-RU.xml", List("<s>A</s>\n"));
     for (const auto& [lcid, file, translated, current] : cases) {
         if (!file.empty()) host.folder.Write("translate#" + file + ".xml", List("<s>" + file + "</s>\n"));

@@ -76,26 +76,20 @@ TEST(Helpers, NamesOfFilesAreCorrectedOfConnectionsAndDatabasesChecked) {
     CStringA file("a\nb\\c/d:e*f?g\"h<i>j|k.l\r'"), error("old");
     zynCorrectFileName(file, '_');
     EXPECT_STREQ(file, "a_b_c_d_e_f_g_h_i_j_k.l\r'");
-    const struct {
-        bool database;
-        std::string forbidden;
-        const char* tooShort;
-        const char* message;
-    } kinds[] = {
+    const std::tuple<bool, std::string, const char*, const char*> kinds[] = {
         {false, ":\\/=", "Имя подключения должно быть длиной два символа или больше!"_cp1251,
          "Имя подключения не должно включать символы ':', '\\', '/' и '='"_cp1251},
         {true, "\\/<>*?:|\"", "Имя БД должно быть длиной два символа или больше!"_cp1251,
          "Имя БД не должно включать символы '\\', '/', '<', '>', '*', '?', ':', '\"' и '|'!"_cp1251}};
-    for (const auto& kind : kinds) {
+    for (const auto& [database, forbidden, tooShort, message] : kinds) {
         for (const char* name : {"", "x", "="}) {
-            EXPECT_FALSE(IsNameCorrect(name, error, kind.database));
-            EXPECT_STREQ(error, kind.tooShort);
+            EXPECT_FALSE(IsNameCorrect(name, error, database));
+            EXPECT_STREQ(error, tooShort);
         }
         for (int c = 1; c < 256; ++c) {
-            const bool correct = kind.forbidden.find(static_cast<char>(c)) == std::string::npos;
-            EXPECT_EQ(IsNameCorrect(CStringA("x") + static_cast<char>(c), error, kind.database), correct)
-                << c;
-            EXPECT_STREQ(error, correct ? "" : kind.message) << c;
+            const bool correct = forbidden.find(static_cast<char>(c)) == std::string::npos;
+            EXPECT_EQ(IsNameCorrect(CStringA("x") + static_cast<char>(c), error, database), correct) << c;
+            EXPECT_STREQ(error, correct ? "" : message) << c;
         }
     }
 }
@@ -109,19 +103,16 @@ TEST(Helpers, BufferSizeIsAShareOfTheScarcerMemory) {
     });
     constexpr std::uint64_t mib = 1 << 20;
     // clang-format off
-    const struct {
-        std::uint64_t physical, addresses;
-        unsigned percent, bytes;
-    } cases[] = {
+    const std::tuple<std::uint64_t, std::uint64_t, unsigned, unsigned> cases[] = {
         {1000 * mib, 2000 * mib, 10, 100 * mib},     {2000 * mib, 1000 * mib, 10, 100 * mib},
         {1000 * mib, 2000 * mib, 100, 400 * mib},    {1000 * mib, 2000 * mib, 41, 400 * mib},
         {1000 * mib - 1, 2000 * mib, 10, 99 * mib},  {mib, mib, 40, 0}, // whole MiB before and after the percentage
         {10240 * mib, 102400 * mib, 40, 0xFFF00000}, {~0ULL, ~0ULL, 40, 0xFFF00000},
     };
     // clang-format on
-    for (const auto& c : cases) {
-        given = {c.physical, c.addresses};
-        EXPECT_EQ(zynGetOptimalBufSize(c.percent), c.bytes) << c.physical << ' ' << c.percent;
+    for (const auto& [physical, addresses, percent, bytes] : cases) {
+        given = {physical, addresses};
+        EXPECT_EQ(zynGetOptimalBufSize(percent), bytes) << physical << ' ' << percent;
     }
     works = false;
     EXPECT_EQ(zynGetOptimalBufSize(40), 16 * mib);

@@ -134,26 +134,19 @@ TYPED_TEST(StringTest, TrimsFoldsAndEdits) {
 
 TYPED_TEST(StringTest, TokenizeMovesThePosition) {
     const auto text = this->Make(",a,,b");
-    const struct {
-        const char* set;
-        int position;
-        const char* token;
-        int after;
-    } cases[] = {{",", 0, "a", 3},  {",", 3, "b", 6}, {",", 6, "", -1},   {",", -7, "", -7},
-                 {"", 2, ",,b", 2}, {"", 9, "", -1},  {",ab", 0, "", -1}, {"x", 0, ",a,,b", 6}};
-    for (const auto& c : cases) {
-        int position = c.position;
-        EXPECT_EQ(this->T(c.token), this->Content(text.Tokenize(this->T(c.set).c_str(), position)));
-        EXPECT_EQ(c.after, position) << c.set << ' ' << c.position;
+    const std::tuple<const char*, int, const char*, int> cases[] = {
+        {",", 0, "a", 3},  {",", 3, "b", 6}, {",", 6, "", -1},   {",", -7, "", -7},
+        {"", 2, ",,b", 2}, {"", 9, "", -1},  {",ab", 0, "", -1}, {"x", 0, ",a,,b", 6}};
+    for (const auto& [set, before, token, after] : cases) {
+        int position = before;
+        EXPECT_EQ(this->T(token), this->Content(text.Tokenize(this->T(set).c_str(), position)));
+        EXPECT_EQ(after, position) << set << ' ' << before;
     }
 }
 
 TYPED_TEST(StringTest, ComparesWithAndWithoutCase) {
     constexpr bool isNarrow = std::is_same_v<TypeParam, char>;
-    const struct {
-        const char *left, *right;
-        int exact, folded;
-    } cases[] = {
+    const std::tuple<const char*, const char*, int, int> cases[] = {
         {"", "", 0, 0},
         {"", "a", -1, -1},
         {"a", "", 1, 1},
@@ -163,13 +156,13 @@ TYPED_TEST(StringTest, ComparesWithAndWithoutCase) {
         {"я"_cp1251, "b", 1, isNarrow ? -1 : 1}, // signed bytes, unsigned units
     };
     const auto sign = [](int result) { return (result > 0) - (result < 0); };
-    for (const auto& c : cases) {
-        const auto left = this->Make(c.left);
-        const auto right = this->T(c.right);
-        EXPECT_EQ(c.exact, sign(left.Compare(right.c_str(), true))) << c.left << ' ' << c.right;
-        EXPECT_EQ(c.folded, sign(left.CompareNoCase(right.c_str()))) << c.left << ' ' << c.right;
-        EXPECT_EQ(c.exact < 0, left < right.c_str());
-        EXPECT_EQ(c.exact >= 0, left >= this->Make(c.right));
+    for (const auto& [one, other, exact, folded] : cases) {
+        const auto left = this->Make(one);
+        const auto right = this->T(other);
+        EXPECT_EQ(exact, sign(left.Compare(right.c_str(), true))) << one << ' ' << other;
+        EXPECT_EQ(folded, sign(left.CompareNoCase(right.c_str()))) << one << ' ' << other;
+        EXPECT_EQ(exact < 0, left < right.c_str());
+        EXPECT_EQ(exact >= 0, left >= this->Make(other));
     }
     for (std::size_t length = 0; length < 100; ++length)
         for (std::size_t i = 0; i <= length; ++i) { // a difference at each place, and behind the end

@@ -54,11 +54,7 @@ TEST_F(ZynStringFileTest, EveryEncodingIsReadAndWrittenBackWithItsMark) {
 }
 
 TEST_F(ZynStringFileTest, WithoutAMarkDecidesWhatIsSaidOrElseTheContent) {
-    const struct {
-        std::string bytes;
-        zynTextEncoding said, found;
-        std::string text;
-    } cases[] = {
+    const std::tuple<std::string, zynTextEncoding, zynTextEncoding, std::string> cases[] = {
         {"plain", zynEncUnknown, zynEncCP1251, "plain"},
         {"x", zynEncUnknown, zynEncCP1251, "x"},
         {"\xC3\xA9", zynEncUnknown, zynEncCP1251, "\xC3\xA9"}, // é: not among the characters looked for
@@ -70,11 +66,11 @@ TEST_F(ZynStringFileTest, WithoutAMarkDecidesWhatIsSaidOrElseTheContent) {
         {"\xD0\x81", zynEncCP1251, zynEncCP1251, "\xD0\x81"},
         {encodings[1].mark + "\xD0\x81", zynEncCP1251, zynEncUTF8, "Ё"_cp1251},
     };
-    for (const auto& c : cases) {
-        Open(c.bytes, CFile::modeReadWrite, c.said);
+    for (const auto& [bytes, said, found, text] : cases) {
+        Open(bytes, CFile::modeReadWrite, said);
         EXPECT_EQ(1, file.Load2Memory());
-        EXPECT_EQ(c.found, file.GetFileEncoding());
-        EXPECT_EQ(c.text, All());
+        EXPECT_EQ(found, file.GetFileEncoding());
+        EXPECT_EQ(text, All());
     }
     EXPECT_EQ(1, file.WriteString("!"));
     ASSERT_NE(0, file.Open(folder.Path("g"), CFile::modeCreate, zynEncUnknown)); // closes, and so writes
@@ -97,7 +93,7 @@ TEST_F(ZynStringFileTest, FailedLoadForgetsWhatWasToldAndLeavesTheFileOpen) {
 #endif
     for (const unsigned length : {0x40000000u, 0x3FFFFFFFu}) {
         Open("");
-        std::filesystem::resize_file(folder.Native("f"), length);
+        fs::resize_file(folder.Native("f"), length);
         const FailingNew failing(1);
         EXPECT_EQ(0, file.Load2Memory());
         EXPECT_EQ(length < 0x40000000 ? 1 : 0, failing.Failures()); // too long: memory is not asked for
@@ -105,19 +101,16 @@ TEST_F(ZynStringFileTest, FailedLoadForgetsWhatWasToldAndLeavesTheFileOpen) {
 }
 
 TEST_F(ZynStringFileTest, RunOfLineEndsCountsAsOne) {
-    const struct {
-        std::string bytes;
-        std::vector<std::string> lines;
-    } cases[] = {
+    const std::tuple<std::string, std::vector<std::string>> cases[] = {
         {"a\r\n\r\nb", {"a", "b"}},  {"a\nb\n", {"a", "b"}}, {"a\rb\r", {"a", "b"}}, {"\r\na", {"", "a"}},
         {"a\n\0\r\nb"s, {"a", "b"}}, {"a\0b"s, {"a", "b"}},  {"\n", {""}},           {"", {}},
     };
-    for (const auto& c : cases) {
-        Open(c.bytes);
+    for (const auto& [bytes, expected] : cases) {
+        Open(bytes);
         std::vector<std::string> lines;
         for (CStringA line; file.ReadString(line);)
             lines.emplace_back(line.View());
-        EXPECT_EQ(c.lines, lines) << testing::PrintToString(c.bytes);
+        EXPECT_EQ(expected, lines) << testing::PrintToString(bytes);
     }
 }
 
@@ -225,36 +218,32 @@ TEST_F(ZynStringFileTest, FileOpenedToBeEmptiedIsEmptyToEveryOperationOfItsOwn) 
 // What the file is to everybody else stays, whether it can be replaced or must be written over.
 TEST_F(ZynStringFileTest, FlushChangesNothingButTheText) {
     const auto path = [&](const char* name) { return folder.Native(name); };
-    const struct {
-        const char* name;
-        bool isReplaced;
-        void (*prepare)(const TempFolder&);
-    } cases[] = {
+    const std::tuple<std::string, bool, void (*)(const TempFolder&)> cases[] = {
         {"a file", true, [](const TempFolder&) {}},
         {"a link", true,
          [](const TempFolder& in) {
-             std::filesystem::create_directory(in.Native("d"));
-             std::filesystem::rename(in.Native("f"), in.Native("d/target"));
-             std::filesystem::create_symlink("d/target", in.Native("f"));
+             fs::create_directory(in.Native("d"));
+             fs::rename(in.Native("f"), in.Native("d/target"));
+             fs::create_symlink("d/target", in.Native("f"));
          }},
         {"the temporary of a killed process", true,
          [](const TempFolder& in) { in.Write(".f.zynsave", "half"); }},
         {"a foreign folder in the temporary's place", false,
-         [](const TempFolder& in) { std::filesystem::create_directory(in.Native(".f.zynsave")); }},
+         [](const TempFolder& in) { fs::create_directory(in.Native(".f.zynsave")); }},
         {"a second name", false,
-         [](const TempFolder& in) { std::filesystem::create_hard_link(in.Native("f"), in.Native("g")); }},
+         [](const TempFolder& in) { fs::create_hard_link(in.Native("f"), in.Native("g")); }},
     };
     for (const auto& [name, isReplaced, prepare] : cases) {
         file.Close();
-        for (const auto& entry : std::filesystem::directory_iterator(folder.Native()))
-            std::filesystem::remove_all(entry);
+        for (const auto& entry : fs::directory_iterator(folder.Native()))
+            fs::remove_all(entry);
         folder.Write("f", "the old content");
         prepare(folder);
         const std::string f = path("f").string();
         const bool isRoot = chown(f.c_str(), 1234, 2345) == 0;
         chmod(f.c_str(), 0604);
         setxattr(f.c_str(), "user.note", "mine", 4, 0);
-        const auto before = std::filesystem::hard_link_count(f);
+        const auto before = fs::hard_link_count(f);
         struct stat old, now;
         ASSERT_EQ(0, stat(f.c_str(), &old));
         ASSERT_NE(0, file.Open(folder.Path("f"), CFile::modeReadWrite, zynEncUnknown)) << name;
@@ -265,9 +254,9 @@ TEST_F(ZynStringFileTest, FlushChangesNothingButTheText) {
         EXPECT_TRUE(now.st_mode == old.st_mode && (!isRoot || (now.st_uid == 1234 && now.st_gid == 2345)));
         char note[5] = {};
         EXPECT_TRUE(getxattr(f.c_str(), "user.note", note, 4) <= 0 || note == "mine"s);
-        EXPECT_EQ(before, std::filesystem::hard_link_count(f));
-        EXPECT_EQ(name == "a link"s, std::filesystem::is_symlink(f));
-        EXPECT_FALSE(std::filesystem::is_regular_file(path(".f.zynsave")));
+        EXPECT_EQ(before, fs::hard_link_count(f));
+        EXPECT_EQ(name == "a link"s, fs::is_symlink(f));
+        EXPECT_FALSE(fs::is_regular_file(path(".f.zynsave")));
         CzynStringFile other; // the handle is exclusive as before
         EXPECT_EQ(0, other.Open(folder.Path("f"), CFile::shareDenyNone, zynEncUnknown)) << name;
         EXPECT_TRUE(file.WriteString("more") && file.Flush());

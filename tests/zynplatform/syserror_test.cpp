@@ -7,18 +7,15 @@ using namespace zynplatform;
 
 TEST(SystemError, TranslatesErrnoToTheNumberCallersKnow) {
     // clang-format off
-    const struct {
-        int errnoValue;
-        std::uint32_t code;
-    } cases[] = {
+    const std::tuple<int, std::uint32_t> cases[] = {
         {0, 0},            {ENOENT, 2},   {ENOTDIR, 3},  {EMFILE, 4},     {EACCES, 5},    {EPERM, 5},  {EISDIR, 5},
         {EBADF, 6},        {ENOMEM, 8},   {EXDEV, 17},   {EROFS, 19},     {EBUSY, 32},    {EEXIST, 80}, {EINVAL, 87},
         {ENOSPC, 112},     {EDQUOT, 112}, {EFBIG, 112},  {ENOTEMPTY, 145}, {ENAMETOOLONG, 206}, {EIO, 1117},
         {EAGAIN, 31},      {-1, 31},
     };
     // clang-format on
-    for (const auto& c : cases)
-        EXPECT_EQ(SystemErrorFromErrno(c.errnoValue), c.code) << "errno " << c.errnoValue;
+    for (const auto& [error, code] : cases)
+        EXPECT_EQ(SystemErrorFromErrno(error), code) << "errno " << error;
 }
 
 TEST(SystemError, DescribesKnownNumbersInTheCodePage) {
