@@ -114,7 +114,7 @@ private:
         keys.Add("old"), pairs.Add(new SKeyVal("old", ""));
         const bool isThere = ini.GetListKeysVals(section, pairs);
         CStringA all = isThere ? "" : ini.GetErrDescription();
-        if (ini.GetListKeys(section, keys) != isThere || keys.GetSize() != pairs.GetSize()) all += "differ";
+        if (ini.GetListKeys(section, keys) != isThere || keys.GetSize() != pairs.GetSize()) return "differ";
         for (int i = 0; i < pairs.GetSize(); ++i)
             all += keys[i].GetString() + ("=" + pairs.GetAt(i)->m_sVal) + ",";
         return all;

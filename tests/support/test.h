@@ -13,6 +13,7 @@
 #include <optional>
 #include <random>
 #include <sys/resource.h>
+#include <thread>
 #include <tuple>
 #include <vector>
 
@@ -32,6 +33,12 @@ inline std::string Converted(std::string text, const char* from, const char* to)
     const bool isDone = iconv(converter, &in, &inLeft, &out, &outLeft) == 0;
     iconv_close(converter);
     return isDone ? result.substr(0, result.size() - outLeft) : "";
+}
+
+// Has threads of the names 'a' to 'd' do their work at once.
+inline void InFourThreads(const std::function<void(char)>& work) {
+    const std::jthread threads[] = {std::jthread(work, 'a'), std::jthread(work, 'b'), std::jthread(work, 'c'),
+                                    std::jthread(work, 'd')};
 }
 
 // Until the end of the scope no file can become longer.

@@ -2,15 +2,6 @@
 #include "zynaggr/zynaggr.h"
 #include "zynplatform/registry.h"
 
-#include <thread>
-
-namespace {
-
-void InFourThreads(const std::function<void(char)>& work) {
-    const std::jthread threads[] = {std::jthread(work, 'a'), std::jthread(work, 'b'), std::jthread(work, 'c'),
-                                    std::jthread(work, 'd')};
-}
-
 TEST(LibraryThreads, DoNotDisturbEachOther) {
     constexpr int rounds = 100;
     const TempFolder folder;
@@ -88,5 +79,3 @@ TEST(LibraryThreads, FileThatComesAndGoesIsReadWholeOrNotAtAll) {
         (parsed ? read : refused) += 1;
     }
 }
-
-} // namespace

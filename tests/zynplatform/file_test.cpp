@@ -8,7 +8,6 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
-#include <thread>
 
 using namespace zynplatform;
 
@@ -100,11 +99,7 @@ TEST(FileThreadsTest, OfManyExclusiveOpensAtOnceExactlyOneWins) {
     const OpenMode exclusive{.access = accessWrite, .deny = both, .create = true, .truncate = true};
     for (int round = 0; round < 50; ++round) {
         std::optional<Opened> opens[4];
-        std::vector<std::thread> threads;
-        for (auto& open : opens)
-            threads.emplace_back([&] { open.emplace(folder.Path("f"), exclusive); });
-        for (std::thread& thread : threads)
-            thread.join();
+        InFourThreads([&](char number) { opens[number - 'a'].emplace(folder.Path("f"), exclusive); });
         EXPECT_EQ(3, std::ranges::count_if(opens, [](const auto& open) { return open->handle == noFile; }));
     }
 }
