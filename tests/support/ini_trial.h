@@ -36,7 +36,10 @@ public:
 
     bool Step() {
         IniReference& rules = m_reference;
-        const std::string section = Name(), key = Name(), text = m_pick(20) ? Name() : "99999999999";
+        const std::string section = Name(), key = Name(),
+                          text = m_pick(20)  ? Name()
+                                 : m_pick(2) ? "99999999999"
+                                             : "010";
         const char *const s = Argument(section), *const k = Argument(key), *const t = Argument(text);
         const char* const comment = std::array{"", "n", "note", "; note"}[m_pick(4)];
         const unsigned kind = m_pick(100);
