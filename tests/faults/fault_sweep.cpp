@@ -118,6 +118,7 @@ public:
         const bool mayLeave = WIFSIGNALED(status);
         const char* fault =
             !isWhole                                            ? "no whole text is left"
+            : folder.Has("f.ini.bak") && backup != start.text   ? "the backup is not the old text"
             : outcome == done && file != after                  ? "true, but the text is not there"
             : outcome == silent                                 ? "false without a text"
             : outcome == leaked                                 ? "a descriptor is left open"
