@@ -76,7 +76,11 @@ TEST(Helpers, NamesOfFilesAreCorrectedOfConnectionsAndDatabasesChecked) {
     CStringA file("a\nb\\c/d:e*f?g\"h<i>j|k.l\r'"), error("old");
     zynCorrectFileName(file, '_');
     EXPECT_STREQ(file, "a_b_c_d_e_f_g_h_i_j_k.l\r'");
-    const std::tuple<bool, std::string, const char*, const char*> kinds[] = {
+    const struct {
+        bool database;
+        std::string forbidden;
+        const char *tooShort, *message;
+    } kinds[] = {
         {false, ":\\/=", "Имя подключения должно быть длиной два символа или больше!"_cp1251,
          "Имя подключения не должно включать символы ':', '\\', '/' и '='"_cp1251},
         {true, "\\/<>*?:|\"", "Имя БД должно быть длиной два символа или больше!"_cp1251,
