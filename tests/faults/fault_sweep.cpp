@@ -120,6 +120,7 @@ public:
                                 !start.hasSecondName; // whose backup may be made elsewhere
         const char* fault =
             !isWhole                                            ? "no whole text is left"
+            : folder.Has("f.ini.bak") && backup != start.text   ? "the backup is not the old text"
             : outcome == done && file != after                  ? "true, but the text is not there"
             : outcome == done && isUnsynced                     ? "true, but the text was not synced"
             : outcome == silent                                 ? "false without a text"
