@@ -81,8 +81,8 @@ public:
     // cannot be converted or written: it is then still to be written, and GetWriteError tells why.
     int Flush();
     // The same, an empty text included, after the file as it was has become `name`.bak (see
-    // CzynFile::CreateBackupFile). For a file that was opened to be emptied, and is closed next: who waits for
-    // the end of the save waits for that.
+    // CzynFile::CreateBackupFile). For a file that was opened to be emptied, and is closed next: who waits
+    // for the end of the save waits for that.
     int FlushWithBackup();
     // The system error number of the last failed Flush; 0 when it could not be converted.
     std::uint32_t GetWriteError() const { return m_nWriteError; }
