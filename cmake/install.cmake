@@ -17,7 +17,7 @@ install(DIRECTORY zynaggr zynhost zynplatform DESTINATION ${CMAKE_INSTALL_INCLUD
         PATTERN "locale_table.h" EXCLUDE
         PATTERN "moduleentry.h" EXCLUDE
         PATTERN "sharelock.h" EXCLUDE
-        PATTERN "utf8.h" EXCLUDE
+        PATTERN "zynplatform/utf8.h" EXCLUDE
         PATTERN "vectors.h" EXCLUDE)
 
 install(EXPORT zynaggrTargets NAMESPACE zynaggr:: DESTINATION ${package_dir} COMPONENT dev)
