@@ -10,11 +10,16 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace zyn {
+class IniDocument;
 class IniIndex;
-}
+class IniLines;
+class IniUtf8;
+} // namespace zyn
 namespace zynplatform {
 class SaveLock;
 }
@@ -55,9 +60,18 @@ struct ZYN_API SKeyVal {
 // the file through this library while it is written; whoever saves it too, in this process or another, waits
 // for up to a second and is then refused. A save that answers true is on the disk (see SetSyncToDisk).
 //
-// A text in UTF-8 or Unicode is worked with in code page 1251: characters that this does not have become '?',
-// and are '?' when the file is saved. A file that cannot be decoded counts as empty, and is not saved over
-// until one could be read.
+// A text in UTF-8 or Unicode is worked with in code page 1251, where characters that this does not have are
+// '?'. In the file they stay what they are: a save writes every name, value and line that still is what was
+// read as the file had it, ill-formed parts included; only what an edit changed is written from the code
+// page, and a '?' written over such a character changes nothing. The operations in UTF-8 read and write all
+// of them. A file that cannot be decoded counts as empty, and is not saved over until one could be read.
+//
+// Faithful mode (SetFaithful) goes further: a save changes the lines of the edit and no other byte. Line
+// ends, mark or none, blanks, order, numbered keys, empty values, the end of the last line stay as they were;
+// a new line is written the way its neighbours are (line end, indent, blanks around "="), a new section gets
+// a blank line above it where the file separates its sections so. Names are compared without the blanks
+// around them; no name takes the caller's spelling, no later one of the same name is marked as a copy, and a
+// rename leaves no comment.
 //
 // Failure: operations return false (or the default) and GetErrDescription gives the text, translated. A file
 // that cannot be read, because of an error or because it has 1 GiB or more, leaves the sections as they were,
@@ -71,6 +85,7 @@ struct ZYN_API SKeyVal {
 // must not be lost that way. A child of fork may use an object only when no other thread was using it then.
 class ZYN_API CzynINI {
     friend class CzynINITransaction;
+    friend class zyn::IniUtf8;
 
 public:
     struct SOption;
@@ -108,6 +123,18 @@ public:
     bool isFileExist();                   // SetINI found it, or it was read since
     bool IsHomeDir();                     // SetINI found it in the user's profile directory
 
+    // Faithful mode, initially off. It takes effect when the file is next read, which this makes due, or at
+    // once when nothing has been read: set it before.
+    void SetFaithful(bool bFaithful);
+    bool IsFaithful(); // as it was set
+
+    // What the caller says about encodings; makes a reload due. In faithful mode zynMarkUsual keeps the mark
+    // or none that the file has.
+    void SetEncodingChoice(const zynEncodingChoice& choice);
+    zynEncodingChoice GetEncodingChoice();
+    // What the file was found to be in, or zynEncUnknown when nothing was read. Reads it when that is due.
+    zynTextEncoding GetFileEncoding();
+
     // Whether the file can be opened for writing. A missing file is made, empty.
     bool CheckWrite();
     // Makes the next query or edit in write-through mode read the file.
@@ -137,6 +164,9 @@ public:
     // no such section; what the container held is gone in any case.
     bool GetListKeys(const char* szSection, CStringArray& keys);
     bool GetListKeysVals(const char* szSection, KeyValArray& list);
+    // The names of the sections in the order of the file, repeated ones included, without the empty one of
+    // lines before the first header. False when the file cannot be read.
+    bool GetListSections(CStringArray& sections);
     bool isParamSet(const char* szSection, const char* szKey); // there is such an entry
     bool isGroupeSet(const char* szSection);                   // there is such a section
 
@@ -156,6 +186,31 @@ public:
     // either mode.
     virtual void RenameGroupe(const char* szOldName, const char* szNewName);
     virtual void RenameParam(const char* szSection, const char* szOldName, const char* szNewName);
+
+    // ---- The same in UTF-8
+    //
+    // With every character that the file's encoding holds, found and stored exactly: a name that has a
+    // character outside code page 1251 is another one than with '?' in its place, and what is ill-formed in
+    // the file is read as U+FFFD. Otherwise as above, but for what is told here. An empty key is the key of
+    // no entry. Names that are found stay spelled as they are, later ones of the same name are not marked,
+    // and a new entry without a section comes before all headers.
+
+    // Whether there is such an entry; if not, the value is emptied.
+    bool GetStringUtf8(std::string_view section, std::string_view key, std::string& value);
+    bool GetListSectionsUtf8(std::vector<std::string>& sections);
+    bool GetListKeysUtf8(std::string_view section, std::vector<std::string>& keys);
+    // What would be read back as anything else is refused, with a text, and nothing is changed: a character
+    // that the file's encoding does not have, ill-formed UTF-8, a line end or a zero byte, a "=" in a key,
+    // ...
+    bool WriteStringUtf8(std::string_view section, std::string_view key, std::string_view value,
+                         std::string_view comment = {});
+    bool DeleteUtf8(std::string_view section, std::string_view key);
+    // Removes the first section of this name with all its lines; true also when there is none.
+    bool DeleteGroupeUtf8(std::string_view section);
+    // Without a comment, and saved as the other edits are. Refused also when there is no such section or
+    // entry, or there is one of the new name; letter case and all may be changed.
+    bool RenameGroupeUtf8(std::string_view oldName, std::string_view newName);
+    bool RenameParamUtf8(std::string_view section, std::string_view oldName, std::string_view newName);
 
     // ---- Modes, paths, messages
 
@@ -203,6 +258,11 @@ protected:
     bool FailEntryCreation();
     bool FailSectionLookup();
     bool SaveEdit();
+    zyn::IniLines* AddSection(const char* szSection, bool bUnnamedFirst);
+    SOption* AddOption(zyn::IniLines& lines, const char* szKey, const CStringA& sComment,
+                       SOption** ppComment = nullptr);
+    void AddRenameComment(SSection& section, const SOption& option, const CStringA& sOld);
+    zyn::IniDocument& Document();
     template <class Visit> bool VisitPairs(const char* szSection, Visit visit);
 
     void PrintInfoWithSaveFlags(const char* szMsg);
@@ -223,6 +283,8 @@ protected:
     bool LocateByModuleDir(const CStringA& sName, int nUpLevels);
     bool ParseText(std::string_view text);
     CStringA ComposeText();
+    bool IsMarked() const;
+    bool IsReadAlike(std::string_view bytes) const;
 
     bool m_bTellsChanges = false; // ModelChanged was called
     CStringA m_sEnvForFind;       // name of an environment variable that may point at the file
@@ -246,15 +308,23 @@ protected:
     bool m_bInTransaction = false;                // saving waits for the end of a CzynINITransaction
     zynplatform::SaveLock* m_pSaveLock = nullptr; // of the transaction that is being committed
     std::unique_ptr<zyn::IniIndex> m_pIndex;      // of m_aSections
+    bool m_bFaithful = false;                     // how m_aSections was read
+    bool m_bWantsFaithful = false;
+    zynEncodingChoice m_choice;
+    bool m_bMarkFound = false; // by the last load
+    // The file's own bytes, where they are needed: in faithful mode, or when they hold what the code page
+    // does not have.
+    std::unique_ptr<zyn::IniDocument> m_pDocument;
 };
 
 // A line of a section.
 struct ZYN_API CzynINI::SOption {
     explicit SOption(const char* szKey) : m_sKey(szKey) {}
 
-    CStringA m_sKey;          // as it stands before the first "="; empty for a line that is no pair
-    CStringA m_sValue;        // trimmed: the value of a pair, or the whole line
-    bool m_bEmptyKey = false; // a pair whose key is empty: it is written with its "="
+    CStringA m_sKey;           // as it stands before the first "="; empty for a line that is no pair
+    CStringA m_sValue;         // trimmed: the value of a pair, or the whole line
+    bool m_bEmptyKey = false;  // a pair whose key is empty: it is written with its "="
+    std::int32_t m_nLine = -1; // of the document that it was read from; -1: of none
 };
 
 // A section. Lines before the first header belong to one with an empty name, which writes no header.
@@ -275,6 +345,7 @@ struct ZYN_API CzynINI::SSection {
     OptionArray m_aOptions{8};       // in file order
     std::int32_t m_nInsertPos = 0;   // where a new pair goes: behind the last one
     std::uint8_t m_nHeaderFlags = 0; // 1: "[" was read, 2: "]" was read
+    std::int32_t m_nLine = -1;       // of the header; as that of an entry
 };
 
 template <> inline constexpr bool zyn::isStruct<SKeyVal> = true;

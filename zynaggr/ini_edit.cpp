@@ -5,6 +5,7 @@
 #include "zynaggr/zynhelpers.h"
 #include "zynplatform/cp1251.h"
 
+#include <algorithm>
 #include <memory>
 #include <typeinfo>
 #include <utility>
@@ -28,12 +29,25 @@ int InsertOption(zyn::IniLines& lines, const char* key, const CStringA& value, i
     }
 }
 
+// A name as it is looked for: null is an empty one, and in faithful mode the blanks around it do not count.
+class Name {
+public:
+    Name(const char* name, bool isFaithful) : m_name(name ? name : "") {
+        if (isFaithful) m_name = m_trimmed = CStringA(m_name).Trim();
+    }
+    operator const char*() const { return m_name; }
+
+private:
+    CStringA m_trimmed;
+    const char* m_name;
+};
+
 } // namespace
 
 zyn::IniIndex& CzynINI::Index() {
     const bool derived = typeid(*this) != typeid(CzynINI);
     if (!m_pIndex || (derived && !m_bTellsChanges))
-        m_pIndex = std::make_unique<zyn::IniIndex>(m_aSections, !derived);
+        m_pIndex = std::make_unique<zyn::IniIndex>(m_aSections, !derived, m_bFaithful);
     return *m_pIndex;
 }
 
@@ -43,45 +57,54 @@ void CzynINI::ModelChanged() {
 }
 
 CzynINI::SSection* CzynINI::FindSection(const char* szSection) {
-    zyn::IniLines* const lines = Index().FindSection(szSection ? szSection : "");
+    zyn::IniLines* const lines = Index().FindSection(Name(szSection, m_bFaithful));
     return lines ? &lines->Section() : nullptr;
 }
 
 CzynINI::SOption* CzynINI::FindOption(const char* szSection, const char* szKey) {
-    zyn::IniLines* const lines = Index().FindSection(szSection ? szSection : "");
-    return lines ? lines->Find(szKey ? szKey : "") : nullptr;
+    zyn::IniLines* const lines = Index().FindSection(Name(szSection, m_bFaithful));
+    return lines ? lines->Find(Name(szKey, m_bFaithful)) : nullptr;
 }
 
 CzynINI::SOption* CzynINI::FindCreateOption(const char* szSection, const char* szKey, bool bCreate,
                                             const char* szComment) {
     if (!bCreate) return FindOption(szSection, szKey);
-    if (!szSection) szSection = "";
-    if (!szKey) szKey = "";
+    const Name section(szSection, m_bFaithful), key(szKey, m_bFaithful);
     zyn::IniIndex& index = Index();
-    zyn::IniLines* lines = index.ClaimSection(szSection);
-    SOption* option = lines ? lines->Claim(szKey) : nullptr;
+    zyn::IniLines* lines = m_bFaithful ? index.FindSection(section) : index.ClaimSection(section);
+    SOption* const option = !lines ? nullptr : m_bFaithful ? lines->Find(key) : lines->Claim(key);
     if (option) return option;
-    if (!lines) {
-        try {
-            lines = &index.AddSection(szSection);
-        } catch (const std::bad_alloc&) {
-            m_sErr = CzynTranslate::Translate("Ошибка при выделении памяти под объект секции ini"_cp1251);
-            return nullptr;
-        }
-    }
-    const int position = InsertOption(*lines, szKey, CStringA(), -1, &option);
-    if (position < 0) {
-        FailEntryCreation();
+    if (!lines) lines = AddSection(section, m_bFaithful);
+    return lines ? AddOption(*lines, key, CStringA(szComment)) : nullptr;
+}
+
+// A section with an empty name has no header: anywhere but first, its lines would be those of the one above.
+zyn::IniLines* CzynINI::AddSection(const char* szSection, bool bUnnamedFirst) {
+    try {
+        zyn::IniLines& lines = Index().AddSection(szSection);
+        if (!bUnnamedFirst || *szSection) return &lines;
+        m_pIndex.reset();
+        SSection** const sections = m_aSections.m_pData;
+        std::rotate(sections, sections + m_aSections.m_nSize - 1, sections + m_aSections.m_nSize);
+        return &Index().LinesOf(0);
+    } catch (const std::bad_alloc&) {
+        m_sErr = CzynTranslate::Translate("Ошибка при выделении памяти под объект секции ini"_cp1251);
         return nullptr;
     }
-    if (const CStringA comment(szComment); comment.GetLength() >= 2) {
-        const CStringA line = comment[0] == ';' ? comment : ";" + comment;
-        if (InsertOption(*lines, nullptr, line, position) < 0) {
-            FailEntryCreation();
-            return nullptr;
-        }
+}
+
+CzynINI::SOption* CzynINI::AddOption(zyn::IniLines& lines, const char* szKey, const CStringA& sComment,
+                                     SOption** ppComment) {
+    SOption* option = nullptr;
+    const int position = InsertOption(lines, szKey, CStringA(), -1, &option);
+    bool isDone = position >= 0;
+    if (isDone && sComment.GetLength() >= 2) {
+        const CStringA line = sComment[0] == ';' ? sComment : ";" + sComment;
+        isDone = InsertOption(lines, nullptr, line, position, ppComment) >= 0;
     }
-    return option;
+    if (isDone) return option;
+    FailEntryCreation();
+    return nullptr;
 }
 
 bool CzynINI::FailEntryCreation() {
@@ -160,9 +183,9 @@ bool CzynINI::WriteInt(const char* szSection, const char* szKey, int nValue, con
 bool CzynINI::Delete(const char* szSection, const char* szKey) {
     if (!Parse()) return false;
     const CzynEnterCriticalSection lock(&m_CS);
-    zyn::IniLines* const lines = Index().FindSection(szSection ? szSection : "");
+    zyn::IniLines* const lines = Index().FindSection(Name(szSection, m_bFaithful));
     if (!lines) return true;
-    lines->Remove(szKey ? szKey : "");
+    lines->Remove(Name(szKey, m_bFaithful));
     return SaveEdit();
 }
 
@@ -171,13 +194,15 @@ void CzynINI::RenameGroupe(const char* szOldName, const char* szNewName) {
     const CzynEnterCriticalSection lock(&m_CS);
     SSection* const section = FindSection(szOldName);
     if (!section) return;
-    const CStringA sOld(szOldName), sNew(szNewName); // either may be the stored name itself
+    const CStringA sOld(szOldName),
+        sNew(Name(szNewName, m_bFaithful)); // either may be the stored name itself
     m_pIndex.reset();
     section->m_sName = sNew;
-    section->m_sComment.Format(
-        CzynTranslate::TranslateFormat(
-            "Группа опций [%s] была переименована. Старое название группы [%s]"_cp1251),
-        sNew.GetString(), sOld.GetString());
+    if (!m_bFaithful)
+        section->m_sComment.Format(
+            CzynTranslate::TranslateFormat(
+                "Группа опций [%s] была переименована. Старое название группы [%s]"_cp1251),
+            sNew.GetString(), sOld.GetString());
     if (!InternalSave()) return; // a reload would undo the edit and erase the text
     SetNeedReload();
     Parse();
@@ -188,24 +213,37 @@ void CzynINI::RenameParam(const char* szSection, const char* szOldName, const ch
     const CzynEnterCriticalSection lock(&m_CS);
     SSection* const section = FindSection(szSection);
     if (!section) return;
-    OptionArray& options = section->m_aOptions;
     SOption* const option = FindOption(szSection, szOldName);
     if (!option) return;
     m_pIndex.reset();
-    const CStringA sOld(szOldName), sNew(szNewName);
+    const CStringA sOld(szOldName), sNew(Name(szNewName, m_bFaithful));
     option->m_sKey = sNew;
+    if (!m_bFaithful) AddRenameComment(*section, *option, sOld);
+    InternalSave();
+}
+
+void CzynINI::AddRenameComment(SSection& section, const SOption& option, const CStringA& sOld) {
     CStringA sComment;
     sComment.Format(
         CzynTranslate::TranslateFormat("; Опция '%s' была переименована. Старое название опции '%s'"_cp1251),
-        sNew.GetString(), sOld.GetString());
+        option.m_sKey.GetString(), sOld.GetString());
     int index = 0;
-    while (options.GetAt(index) != option)
+    while (section.m_aOptions.GetAt(index) != &option)
         ++index;
     auto comment = std::make_unique<SOption>(nullptr);
     comment->m_sValue = sComment;
-    section->Insert(comment.get(), index);
+    section.Insert(comment.get(), index);
     static_cast<void>(comment.release());
-    InternalSave();
+}
+
+bool CzynINI::GetListSections(CStringArray& sections) {
+    sections.RemoveAll();
+    const CzynEnterCriticalSection lock(&m_CS);
+    if (!Parse()) return false;
+    for (int i = 0; i < m_aSections.GetSize(); ++i)
+        if (const SSection* section = m_aSections.GetAt(i); section && !section->m_sName.IsEmpty())
+            sections.Add(section->m_sName);
+    return true;
 }
 
 bool CzynINI::GetListKeys(const char* szSection, CStringArray& keys) {

@@ -2,8 +2,11 @@
 
 namespace zyn {
 
-IniIndex::IniIndex(CzynINI::SectionArray& sections, bool loose)
-    : m_sections(sections), m_names(sections.m_pData, sections.m_nSize), m_bLoose(loose) {}
+IniIndex::IniIndex(CzynINI::SectionArray& sections, bool loose, bool follows)
+    : m_sections(sections),
+      m_names(sections.m_pData, sections.m_nSize),
+      m_bLoose(loose),
+      m_bFollows(follows) {}
 
 IniLines* IniIndex::FindSection(const char* name) {
     const int section = m_names.First(name);
@@ -24,7 +27,8 @@ IniLines& IniIndex::AddSection(const char* name) {
 IniLines& IniIndex::LinesOf(int section) {
     const auto at = static_cast<std::size_t>(section);
     if (at >= m_lines.size()) m_lines.resize(static_cast<std::size_t>(m_sections.m_nSize));
-    if (!m_lines[at]) m_lines[at] = std::make_unique<IniLines>(*m_sections.m_pData[section], m_bLoose);
+    if (!m_lines[at])
+        m_lines[at] = std::make_unique<IniLines>(*m_sections.m_pData[section], m_bLoose, m_bFollows);
     return *m_lines[at];
 }
 

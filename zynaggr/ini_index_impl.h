@@ -14,21 +14,20 @@ namespace zyn {
 // an earlier one has become the first of its name. So there is none for an object whose class may do so.
 class IniIndex {
 public:
-    // loose: nobody else sees the model, see IniLines.
-    IniIndex(CzynINI::SectionArray& sections, bool loose);
+    // loose: nobody else sees the model; follows: it is a faithful one. See IniLines.
+    IniIndex(CzynINI::SectionArray& sections, bool loose, bool follows);
 
     // The first section of a name, or null; ClaimSection spells it as asked and marks the later ones as
     // copies. AddSection makes one behind the last.
     IniLines* FindSection(const char* name);
     IniLines* ClaimSection(const char* name);
     IniLines& AddSection(const char* name);
+    IniLines& LinesOf(int section); // by its place
 
 private:
-    IniLines& LinesOf(int section);
-
     CzynINI::SectionArray& m_sections;
     NameIndex<CzynINI::SSection, &CzynINI::SSection::m_sName> m_names;
-    bool m_bLoose;
+    bool m_bLoose, m_bFollows;
     std::vector<std::unique_ptr<IniLines>> m_lines; // of each section; null before it was asked for
 };
 

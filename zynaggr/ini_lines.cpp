@@ -6,10 +6,11 @@
 
 namespace zyn {
 
-IniLines::IniLines(CzynINI::SSection& section, bool loose)
+IniLines::IniLines(CzynINI::SSection& section, bool loose, bool follows)
     : m_section(section),
       m_names(section.m_aOptions.m_pData, section.m_aOptions.m_nSize),
-      m_bMayBeLoose(loose) {}
+      m_bMayBeLoose(loose),
+      m_bFollows(follows) {}
 
 IniLines::~IniLines() {
     if (m_nFree > 0) Tighten();
@@ -24,33 +25,62 @@ int IniLines::Insert(std::unique_ptr<SOption> line, int above) {
     if (!Loosen()) return InsertTightly(std::move(line), above);
     const bool keyed = !line->m_sKey.IsEmpty();
     if (above < 0) FillToInsertionPoint();
-    // A pair stands in front of the insertion point; a line above it pushes it behind.
+    // A pair stands in front of the insertion point; a line above it pushes it behind, or moves the point.
     const bool pushes = above >= 0 && above == m_nGap - 1;
+    const bool follows = pushes && m_bFollows;
     if (m_nGap == m_nGapEnd) MakeGap();
     m_names.Reserve(Size(), 1);
-    if (pushes) MoveLine(--m_nGap, --m_nGapEnd);
-    const int slot = pushes || keyed ? m_nGap++ : --m_nGapEnd;
+    if (follows)
+        MoveLine(m_nGap - 1, m_nGap);
+    else if (pushes)
+        MoveLine(--m_nGap, --m_nGapEnd);
+    const int slot = follows ? m_nGap++ - 1 : pushes || keyed ? m_nGap++ : --m_nGapEnd;
     m_section.m_aOptions.m_pData[slot] = line.release();
     m_free[static_cast<std::size_t>(slot)] = false;
     --m_nFree;
     m_names.Enter(slot);
-    if (keyed) ++m_section.m_nInsertPos;
+    if (keyed || follows) ++m_section.m_nInsertPos;
     return slot;
+}
+
+template <class Goes> void IniLines::RemoveTightly(Goes goes) {
+    CzynINI::OptionArray& options = m_section.m_aOptions;
+    const int insertPos = m_section.m_nInsertPos;
+    int to = 0;
+    for (int slot = 0; slot < Size(); ++slot) {
+        SOption* const line = options.m_pData[slot];
+        if (line && goes(*line)) {
+            delete line;
+            if (m_bFollows && slot < insertPos) --m_section.m_nInsertPos;
+        } else {
+            options.m_pData[to++] = line;
+        }
+    }
+    options.m_nSize = to;
+    m_names.Drop();
 }
 
 void IniLines::Remove(const char* key) {
     if (m_names.First(key) < 0) return;
     const CStringA wanted(key); // it may be the key of a line that goes
-    if (!Loosen()) return RemoveTightly(wanted);
+    if (!Loosen())
+        return RemoveTightly([&](const SOption& line) { return line.m_sKey.CompareNoCase(wanted) == 0; });
     for (int slot; (slot = m_names.First(wanted)) >= 0;)
         FreeLine(slot);
+}
+
+void IniLines::Remove(const SOption& line) {
+    if (!Loosen()) return RemoveTightly([&](const SOption& other) { return &other == &line; });
+    SOption** const slots = m_section.m_aOptions.m_pData;
+    FreeLine(static_cast<int>(std::find(slots, slots + Size(), &line) - slots));
 }
 
 // The array as everybody sees it.
 
 int IniLines::InsertTightly(std::unique_ptr<SOption> line, int above) {
     const int slot = m_section.Insert(line.get(), above);
-    static_cast<void>(line.release());
+    const CzynINI::SOption* const inserted = line.release();
+    if (m_bFollows && above >= 0 && inserted->m_sKey.IsEmpty()) ++m_section.m_nInsertPos;
     if (!m_names.IsBuilt()) return slot;
     try {
         if (slot == Size() - 1)
@@ -61,18 +91,6 @@ int IniLines::InsertTightly(std::unique_ptr<SOption> line, int above) {
         m_names.Drop();
     }
     return slot;
-}
-
-void IniLines::RemoveTightly(const char* key) {
-    CzynINI::OptionArray& options = m_section.m_aOptions;
-    const auto goes = [&](const SOption* line) {
-        if (!line || line->m_sKey.CompareNoCase(key) != 0) return false;
-        delete line;
-        return true;
-    };
-    options.m_nSize = static_cast<std::int32_t>(
-        std::remove_if(options.m_pData, options.m_pData + options.m_nSize, goes) - options.m_pData);
-    m_names.Drop();
 }
 
 // The array with free slots.
@@ -138,7 +156,9 @@ void IniLines::FreeLine(int slot) {
     delete std::exchange(m_section.m_aOptions.m_pData[slot], nullptr);
     m_free[static_cast<std::size_t>(slot)] = true;
     ++m_nFree;
-    if (slot < m_nGap) { // the insertion point stays so many slots behind the start
+    if (slot < m_nGap && m_bFollows) {
+        --m_section.m_nInsertPos;
+    } else if (slot < m_nGap) { // the insertion point stays so many slots behind the start
         while (m_nGapEnd < Size() && IsFree(m_nGapEnd))
             ++m_nGapEnd;
         if (m_nGapEnd < Size()) {

@@ -18,11 +18,14 @@ inline constexpr const char* iniCopyMark = "___copy";
 // neither moves the lines behind it. A free slot is null, and whoever walks through the array passes over it
 // as over any other null slot, but it does not count in m_nInsertPos. The destructor takes the free slots
 // out.
+//
+// Of a faithful model ("follows"), the insertion point stays behind the same line when a line above it goes
+// or a comment comes.
 class IniLines {
 public:
     using SOption = CzynINI::SOption;
 
-    IniLines(CzynINI::SSection& section, bool loose);
+    IniLines(CzynINI::SSection& section, bool loose, bool follows);
     ~IniLines();
     IniLines(const IniLines&) = delete;
     IniLines& operator=(const IniLines&) = delete;
@@ -36,8 +39,9 @@ public:
     // Inserts a line at the section's insertion point, or above the one inserted last, given what Insert
     // returned for that one.
     int Insert(std::unique_ptr<SOption> line, int above = -1);
-    // Removes every line with this key, if there is one.
+    // Removes every line with this key, if there is one; this line.
     void Remove(const char* key);
+    void Remove(const SOption& line);
 
 private:
     bool IsFree(int slot) const { return m_free[static_cast<std::size_t>(slot)]; }
@@ -49,11 +53,11 @@ private:
     void MoveLine(int from, int to);
     void FreeLine(int slot);
     int InsertTightly(std::unique_ptr<SOption> line, int above);
-    void RemoveTightly(const char* key);
+    template <class Goes> void RemoveTightly(Goes goes);
 
     CzynINI::SSection& m_section;
     NameIndex<SOption, &SOption::m_sKey> m_names;
-    bool m_bMayBeLoose;
+    bool m_bMayBeLoose, m_bFollows;
     bool m_bLoose = false; // what follows is of use
 
     std::vector<bool> m_free; // for each slot

@@ -1,5 +1,6 @@
 #include "zynaggr/ini.h"
 
+#include "zynaggr/ini_document_impl.h"
 #include "zynaggr/ini_index_impl.h"
 #include "zynaggr/zynfile.h"
 #include "zynaggr/zynhelpers.h"

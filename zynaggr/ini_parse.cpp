@@ -1,5 +1,7 @@
 #include "zynaggr/ini.h"
 
+#include "zynaggr/filetext_impl.h"
+#include "zynaggr/ini_document_impl.h"
 #include "zynaggr/ini_index_impl.h"
 #include "zynaggr/ini_parser_impl.h"
 #include "zynaggr/zyn_translate.h"
@@ -57,6 +59,8 @@ bool CzynINI::Parse() {
     lockedOut.Take(m_sIniName, zynplatform::saveLockLimit);
     m_bReadOnly = !lockedOut.IsWritable(m_sIniName);
     CzynStringFile file;
+    file.SetEncodingChoice(m_choice);
+    file.KeepOriginal();
     if (!file.Open(m_sIniName, CFile::modeRead | CFile::shareDenyNone, zynEncUnknown))
         return FailLoad(file.GetErrorMessage());
     const std::string_view text = file.ReadAllData();
@@ -68,10 +72,17 @@ bool CzynINI::Parse() {
     m_nLoadState = loadFailed; // half a model must not be saved over the file
     m_pIndex.reset();
     m_aSections.RemoveAll();
+    m_pDocument.reset();
+    m_bFaithful = m_bWantsFaithful;
+    m_bMarkFound = file.GetMarkLength() != 0;
     if (failure == CzynStringFile::loadNoMemory) AfxThrowMemoryException();
     m_sErr.Empty();
+    if (m_bFaithful && m_bMarkFound) m_nEncoding = file.GetFileEncoding();
     if (!text.empty()) {
         m_nEncoding = file.GetFileEncoding();
+        if (m_bFaithful || zyn::IsLost(m_nEncoding, file.GetOriginal(), text))
+            m_pDocument = std::make_unique<zyn::IniDocument>(m_nEncoding, m_bFaithful, file.GetOriginal(),
+                                                             file.GetMarkLength());
         if (!ParseText(text)) return false;
     }
     m_nLoadState = failure == CzynStringFile::loadNotDecoded ? loadNotDecoded : loadDone;
@@ -89,6 +100,44 @@ bool CzynINI::FailLoad(const CStringA& sErr) {
 }
 
 bool CzynINI::ParseText(std::string_view text) {
-    zyn::ParseIniText(text, m_aSections);
+    zyn::ParseIniText(text, m_aSections, m_pDocument.get());
     return true;
+}
+
+// Made when needed: of a file that does not exist or has no document, in which nothing is read from lines.
+zyn::IniDocument& CzynINI::Document() {
+    if (m_nEncoding == zynEncUnknown) m_nEncoding = m_choice.m_nNewFile;
+    if (m_nEncoding == zynEncUnknown) m_nEncoding = zynEncCP1251;
+    if (!m_pDocument) m_pDocument = std::make_unique<zyn::IniDocument>(m_nEncoding, m_bFaithful);
+    return *m_pDocument;
+}
+
+void CzynINI::SetFaithful(bool bFaithful) {
+    const CzynEnterCriticalSection lock(&m_CS);
+    if (m_bWantsFaithful == bFaithful) return;
+    m_bWantsFaithful = bFaithful;
+    if (m_aSections.GetSize() == 0) m_bFaithful = bFaithful;
+    SetNeedReload();
+}
+
+bool CzynINI::IsFaithful() {
+    const CzynEnterCriticalSection lock(&m_CS);
+    return m_bWantsFaithful;
+}
+
+void CzynINI::SetEncodingChoice(const zynEncodingChoice& choice) {
+    const CzynEnterCriticalSection lock(&m_CS);
+    m_choice = choice;
+    SetNeedReload();
+}
+
+zynEncodingChoice CzynINI::GetEncodingChoice() {
+    const CzynEnterCriticalSection lock(&m_CS);
+    return m_choice;
+}
+
+zynTextEncoding CzynINI::GetFileEncoding() {
+    const CzynEnterCriticalSection lock(&m_CS);
+    Parse();
+    return m_nEncoding;
 }

@@ -1,9 +1,10 @@
 #include "zynaggr/ini_parser_impl.h"
 
+#include "zynaggr/ini_document_impl.h"
+
 #include <algorithm>
 #include <array>
 #include <memory>
-#include <string>
 
 namespace zyn {
 namespace {
@@ -19,20 +20,17 @@ constexpr std::array<bool, 256> special = [] {
     return table;
 }();
 
-CStringA Trimmed(std::string_view text) {
-    constexpr std::string_view whiteSpace = " \t\n\v\f\r";
-    const std::size_t first = text.find_first_not_of(whiteSpace);
-    if (first == text.npos) return {};
-    return CStringA(text.substr(first, text.find_last_not_of(whiteSpace) - first + 1));
-}
-
 class Parser {
 public:
-    Parser(std::string_view text, CzynINI::SectionArray& sections)
-        : m_sections(sections), m_text(text), m_lineFeed(std::min(text.find('\n'), text.size())) {}
+    Parser(std::string_view text, CzynINI::SectionArray& sections, const IniDocument* document)
+        : m_sections(sections),
+          m_text(text),
+          m_lineFeed(std::min(text.find('\n'), text.size())),
+          m_isNumbered(document),
+          m_isFaithful(document && document->IsFaithful()) {}
 
     void Run() {
-        while (m_at < m_text.size())
+        for (; m_at < m_text.size(); ++m_line)
             TakeLine();
     }
 
@@ -58,38 +56,32 @@ private:
     }
 
     void TakeLine(std::string_view line, std::size_t mark) {
-        const char kind = mark < line.size() ? line[mark] : '\0';
-        if (kind == '[' || kind == ']') return TakeHeader(line, mark);
+        const IniLine pieces = SplitIniLine(line, mark, m_isFaithful);
+        if (pieces.kind == IniLine::header) return TakeHeader(line, pieces);
         if (!m_section) NewSection();
         auto option = std::make_unique<CzynINI::SOption>(nullptr);
-        if (kind == '=') {
-            option->m_sKey = CStringA(line.substr(0, mark));
-            option->m_bEmptyKey = mark == 0;
-            line.remove_prefix(mark + 1);
+        if (m_isNumbered) option->m_nLine = m_line;
+        if (pieces.kind == IniLine::pair) {
+            option->m_sKey = CStringA(pieces.name.Of(line));
+            option->m_bEmptyKey = pieces.name.IsEmpty();
         }
-        option->m_sValue = Trimmed(line);
-        m_section->Add(option.get());
+        option->m_sValue = CStringA(pieces.value.Of(line));
+        const int index = m_section->Add(option.get());
         static_cast<void>(option.release());
+        const bool isIndentedText = pieces.kind == IniLine::text && pieces.value.begin > 0 &&
+                                    !pieces.value.IsEmpty() && line[pieces.value.begin] != ';' &&
+                                    line[pieces.value.begin] != '#';
+        if (m_isFaithful && isIndentedText && index > 0 && m_section->m_nInsertPos == index)
+            ++m_section->m_nInsertPos;
     }
 
-    // The first "[" goes, and what stands before it joins the name; the name ends at the last "]" and begins
-    // behind the one before that.
-    void TakeHeader(std::string_view line, std::size_t mark) {
+    void TakeHeader(std::string_view line, const IniLine& pieces) {
         NewSection();
-        std::string joined;
-        if (line[mark] == '[') {
-            m_section->m_nHeaderFlags |= openingBracketRead;
-            if (mark > 0) joined.append(line, 0, mark).append(line, mark + 1);
-            line = mark > 0 ? joined : line.substr(1);
-        }
-        const std::size_t close = line.rfind(']');
-        if (close != line.npos) {
-            m_section->m_nHeaderFlags |= closingBracketRead;
-            m_section->m_sTail = CStringA(line.substr(close + 1));
-            line = line.substr(0, close);
-            line.remove_prefix(line.rfind(']') + 1);
-        }
-        m_section->m_sName = CStringA(line);
+        if (m_isNumbered) m_section->m_nLine = m_line;
+        if (pieces.hasOpening) m_section->m_nHeaderFlags |= openingBracketRead;
+        if (pieces.hasClosing) m_section->m_nHeaderFlags |= closingBracketRead;
+        m_section->m_sName = CStringA(std::string_view(pieces.NameIn(line)));
+        m_section->m_sTail = CStringA(pieces.value.Of(line));
     }
 
     void NewSection() { m_section = new CzynINI::SSection(m_sections, nullptr); }
@@ -98,13 +90,15 @@ private:
     std::string_view m_text;
     std::size_t m_at = 0;   // where the next line begins
     std::size_t m_lineFeed; // the next one
+    std::int32_t m_line = 0;
+    bool m_isNumbered, m_isFaithful;
     CzynINI::SSection* m_section = nullptr;
 };
 
 } // namespace
 
-void ParseIniText(std::string_view text, CzynINI::SectionArray& sections) {
-    Parser(text, sections).Run();
+void ParseIniText(std::string_view text, CzynINI::SectionArray& sections, const IniDocument* document) {
+    Parser(text, sections, document).Run();
 }
 
 } // namespace zyn

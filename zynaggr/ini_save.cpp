@@ -1,7 +1,9 @@
 #include "zynaggr/ini.h"
 
+#include "zynaggr/filetext_impl.h"
+#include "zynaggr/ini_compose_impl.h"
+#include "zynaggr/ini_document_impl.h"
 #include "zynaggr/zyn_translate.h"
-#include "zynaggr/zynhelpers.h"
 #include "zynaggr/zynmessage.h"
 #include "zynaggr/zynstringfile.h"
 #include "zynplatform/cp1251.h"
@@ -11,11 +13,9 @@
 #include "zynplatform/savelock.h"
 #include "zynplatform/syserror.h"
 
-#include <algorithm>
 #include <atomic>
-#include <limits>
+#include <string>
 #include <utility>
-#include <vector>
 
 // Saving, the two modes, messages, and paths out of the file.
 
@@ -23,73 +23,9 @@ using namespace zynplatform::literals;
 
 namespace {
 
-constexpr std::string_view lineEnd = "\r\n";
-
 // Warnings are shown one at a time, or one thread would restore what another one has set.
 CZynCriticalSection oneWarning;
 const zynplatform::AtFork atFork([] { oneWarning.ResetInForkedChild(); });
-
-void AppendPair(CStringA& text, const CzynINI::SOption& option) {
-    text.Append(option.m_sKey.View()).Append("=").Append(option.m_sValue.View()).Append(lineEnd);
-}
-
-void AppendHeader(CStringA& text, const CzynINI::SSection& section, bool afterPair) {
-    if (!section.m_sComment.IsEmpty()) text.Append(";").Append(section.m_sComment.View()).Append(lineEnd);
-    if (afterPair) text.Append(lineEnd);
-    text.Append("[")
-        .Append(section.m_sName.View())
-        .Append("]")
-        .Append(section.m_sTail.View())
-        .Append(lineEnd);
-}
-
-// The digits of a decimal number, which may be of any length, without zeros before them.
-std::string_view DigitsOf(std::string_view number) {
-    const std::size_t first = number.find_first_not_of("-0");
-    return first == number.npos ? std::string_view() : number.substr(first);
-}
-
-bool IsLess(const CzynINI::SOption* left, const CzynINI::SOption* right) {
-    const std::string_view l = left->m_sKey.View(), r = right->m_sKey.View();
-    const std::string_view leftDigits = DigitsOf(l), rightDigits = DigitsOf(r);
-    const bool leftIsNegative = l[0] == '-' && !leftDigits.empty();
-    const bool rightIsNegative = r[0] == '-' && !rightDigits.empty();
-    if (leftIsNegative != rightIsNegative) return leftIsNegative;
-    const auto size = [](std::string_view digits) { return std::pair(digits.size(), digits); };
-    return leftIsNegative ? size(rightDigits) < size(leftDigits) : size(leftDigits) < size(rightDigits);
-}
-
-// Appends the entries: numbered ones first. `lastIsKeyless` becomes whether the last one stored has no key.
-void AppendOptions(CStringA& text, const CzynINI::OptionArray& options, bool& lastIsKeyless) {
-    std::vector<const CzynINI::SOption*> numbered;
-    for (int i = 0; i < options.GetSize(); ++i) {
-        const CzynINI::SOption* const option = options.GetAt(i);
-        if (!option) continue;
-        if (IsNumber(option->m_sKey, false)) numbered.push_back(option);
-        lastIsKeyless = option->m_sKey.IsEmpty();
-    }
-    std::stable_sort(numbered.begin(), numbered.end(), IsLess);
-    for (const CzynINI::SOption* option : numbered)
-        if (!option->m_sValue.IsEmpty()) AppendPair(text, *option);
-    for (int i = 0; i < options.GetSize(); ++i) {
-        const CzynINI::SOption* const option = options.GetAt(i);
-        if (!option || (!numbered.empty() && IsNumber(option->m_sKey, false))) continue;
-        if (!option->m_sKey.IsEmpty() || option->m_bEmptyKey)
-            AppendPair(text, *option);
-        else
-            text.Append(option->m_sValue.View()).Append(lineEnd);
-    }
-}
-
-// An upper bound of what the section's lines take.
-std::size_t Size(const CzynINI::SSection& section) {
-    std::size_t size =
-        section.m_sName.View().size() + section.m_sTail.View().size() + section.m_sComment.View().size() + 16;
-    for (int i = 0; i < section.m_aOptions.GetSize(); ++i)
-        if (const CzynINI::SOption* option = section.m_aOptions.GetAt(i))
-            size += option->m_sKey.View().size() + option->m_sValue.View().size() + 4;
-    return size;
-}
 
 bool StartsWith(const CStringA& text, std::string_view prefix) {
     return text.View().starts_with(prefix);
@@ -104,24 +40,6 @@ bool CutAtLastBackslash(CStringA& path) {
 }
 
 } // namespace
-
-CStringA CzynINI::ComposeText() {
-    std::size_t size = 0;
-    for (int i = 0; i < m_aSections.GetSize(); ++i)
-        if (const SSection* section = m_aSections.GetAt(i)) size += Size(*section);
-    CStringA sText;
-    if (size < std::numeric_limits<int>::max()) sText.GetBuffer(static_cast<int>(size));
-    sText.ReleaseBuffer(0);
-    bool lastIsKeyless = true;
-    for (int i = 0; i < m_aSections.GetSize(); ++i) {
-        const SSection* const section = m_aSections.GetAt(i);
-        if (!section) continue;
-        if (!section->m_sName.IsEmpty()) AppendHeader(sText, *section, !lastIsKeyless);
-        lastIsKeyless = false;
-        AppendOptions(sText, section->m_aOptions, lastIsKeyless);
-    }
-    return sText;
-}
 
 bool CzynINI::InternalSave() {
     const CzynEnterCriticalSection lock(&m_CS);
@@ -159,17 +77,49 @@ bool CzynINI::WaitForTurn(zynplatform::SaveLock& turn) {
 }
 
 bool CzynINI::WriteModel() {
-    const CStringA sText = ComposeText();
+    const bool isExact = m_bFaithful || m_pDocument;
+    const std::string bytes = m_bFaithful   ? zyn::ComposeFaithfully(m_aSections, Document())
+                              : m_pDocument ? zyn::ComposeBytes(m_aSections, *m_pDocument)
+                                            : std::string();
+    const CStringA sText = isExact ? CStringA() : ComposeText();
+    const std::string_view mark = isExact && !bytes.empty() && IsMarked() ? m_pDocument->Mark() : "";
+    if (isExact && mark.empty() && !IsReadAlike(bytes))
+        return FailSave(CzynTranslate::Translate(
+            "Файл ini был бы прочитан в другой кодировке, поэтому он не сохраняется"_cp1251));
     CzynStringFile file;
     if (!file.Open(m_sIniName, CFile::modeCreate | CFile::modeWrite | CFile::typeBinary, m_nEncoding))
         return FailSave(file.GetErrorMessage());
+    zynEncodingChoice choice = m_choice;
+    choice.m_nMark = IsMarked() ? zynMarkAlways : zynMarkAsFound; // nothing was found by this object
+    file.SetEncodingChoice(choice);
     const bool isTaken =
         sText.IsEmpty() || file.WriteString(sText, static_cast<std::size_t>(sText.GetLength()));
-    if (isTaken && file.FlushWithBackup()) return true;
+    if (isExact ? file.FlushBytesWithBackup(mark, bytes) : isTaken && file.FlushWithBackup()) return true;
     CStringA sErr(CzynTranslate::Translate("Ошибка при записи файла ini"_cp1251));
     if (file.GetWriteError() != 0)
         sErr.Append(": ").Append(zynplatform::DescribeSystemError(file.GetWriteError()));
     return FailSave(sErr);
+}
+
+// Whether the next load, of a file without a mark, takes the bytes for the text that they are.
+bool CzynINI::IsReadAlike(std::string_view bytes) const {
+    std::size_t markLength = 0;
+    const zynTextEncoding found = zyn::FindEncoding(bytes, m_choice, markLength);
+    if (found == m_nEncoding && markLength == 0) return true;
+    return zyn::DecodeText(found, bytes.substr(markLength)) == zyn::DecodeText(m_nEncoding, bytes);
+}
+
+bool CzynINI::IsMarked() const {
+    switch (m_choice.m_nMark) {
+    case zynMarkAlways:
+        return true;
+    case zynMarkNever:
+        return m_nEncoding != zynEncUTF8;
+    case zynMarkAsFound:
+        return m_bMarkFound;
+    default:
+        return m_bMarkFound || !m_bFaithful;
+    }
 }
 
 // Sections that are less than what the file holds must not take its place.

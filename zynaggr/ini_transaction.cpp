@@ -1,5 +1,6 @@
 #include "zynaggr/ini_transaction.h"
 
+#include "zynaggr/ini_document_impl.h"
 #include "zynaggr/ini_index_impl.h"
 #include "zynaggr/zyn_translate.h"
 #include "zynplatform/cp1251.h"
@@ -37,6 +38,7 @@ CzynINITransaction::~CzynINITransaction() {
     End();
     m_ini.m_pIndex.reset();
     m_ini.m_aSections.RemoveAll();
+    m_ini.m_pDocument.reset();
     m_ini.SetNeedReload();
 }
 

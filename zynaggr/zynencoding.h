@@ -68,6 +68,35 @@ ZYN_API bool IsBufUCS2BE(const unsigned char* buffer, int length);
 ZYN_API bool IsBufUCS4LE(const unsigned char* buffer, int length);
 ZYN_API bool IsBufUCS4BE(const unsigned char* buffer, int length);
 
+// --- What a caller says ---
+
+// When a text is written with the mark of its encoding.
+enum zynMarkChoice : int {
+    zynMarkUsual = 0, // always, where the encoding has one; in the faithful mode of CzynINI as it was found
+    zynMarkAsFound,   // when the file that was read has one; a new file gets none
+    zynMarkAlways,    // where the encoding has one
+    zynMarkNever,     // not in UTF-8; the others are hardly known without
+};
+
+// What a caller knows about the encoding of files, the same for every class that reads or writes text:
+//
+//     zynEncodingChoice choice;
+//     choice.m_bPreferUtf8 = true; // what most files of this system are in
+//     choice.m_nNewFile = zynEncUTF8;
+//     choice.m_nMark = zynMarkAsFound;
+//     ini.SetEncodingChoice(choice);
+//
+// A mark in a file always decides what it is read as. The initial values are what each class does unasked.
+struct zynEncodingChoice {
+    // What a file without a mark is read as; zynEncUnknown: what its content looks like.
+    zynTextEncoding m_nUnmarked = zynEncUnknown;
+    // Such a file is read as UTF-8 before that, when it is well-formed (ASCII is) and has no zero byte.
+    bool m_bPreferUtf8 = false;
+    // What a new file is written in; zynEncUnknown: the 8-bit code page.
+    zynTextEncoding m_nNewFile = zynEncUnknown;
+    zynMarkChoice m_nMark = zynMarkUsual;
+};
+
 // --- Tables ---
 
 // The fewest and the most bytes that one character takes, 0 for zynEncUnknown. For UTF-8 these are 1 and 2:

@@ -1,6 +1,7 @@
 #include "zynaggr/zynstringfile.h"
 
 #include "zynaggr/backup_impl.h"
+#include "zynaggr/filetext_impl.h"
 #include "zynaggr/zyn_translate.h"
 #include "zynplatform/cp1251.h"
 #include "zynplatform/replace.h"
@@ -75,7 +76,8 @@ void CzynStringFile::Reset() {
     m_nLoadFailure = loadDone;
     m_nFileEncoding = zynEncUnknown;
     m_nWorkEncoding = zynEncCP1251;
-    m_nEncodingIfNotBOM = zynEncUnknown;
+    m_choice = {};
+    m_bKeepsOriginal = false;
 }
 
 void CzynStringFile::FreeBuffer() {
@@ -84,6 +86,8 @@ void CzynStringFile::FreeBuffer() {
     m_nCapacity = 0;
     m_nDataSize = 0;
     m_nPosition = 0;
+    m_pOriginal.reset();
+    m_nOriginalSize = m_nMarkLength = 0;
 }
 
 bool CzynStringFile::SetBufSize(unsigned size) {
@@ -171,13 +175,12 @@ int CzynStringFile::LoadFile() {
     if (!ReadWhole()) return 0;
     if (m_nDataSize == 0) return 1;
     m_bLoaded = true;
-    int bomLength = 0;
-    m_nFileEncoding = zynGetBufferEncodeByBOM(m_pBuffer, static_cast<int>(m_nDataSize), &bomLength);
-    if (bomLength == 0)
-        m_nFileEncoding = m_nEncodingIfNotBOM != zynEncUnknown ? m_nEncodingIfNotBOM : EncodingByContent();
+    std::size_t markLength = 0;
+    m_nFileEncoding =
+        zyn::FindEncoding({reinterpret_cast<const char*>(m_pBuffer), m_nDataSize}, m_choice, markLength);
     LoadFailure failure = loadNotDecoded;
     try {
-        if (ConvertLoaded(bomLength)) {
+        if (ConvertLoaded(static_cast<std::uint32_t>(markLength))) {
             SeekToBegin();
             return 1;
         }
@@ -218,24 +221,17 @@ bool CzynStringFile::ReadToEnd() {
     return true;
 }
 
-zynTextEncoding CzynStringFile::EncodingByContent() const {
-    static constexpr struct {
-        bool (*matches)(const unsigned char*, int);
-        zynTextEncoding encoding;
-    } tests[] = {
-        {IsBufUCS4BE, zynEncUCS4BE}, {IsBufUCS4LE, zynEncUCS4LE}, {IsBufUtf8, zynEncUTF8},
-        {IsBufUCS2, zynEncUCS2LE},   {IsBufUCS2BE, zynEncUCS2BE},
-    };
-    for (const auto& test : tests)
-        if (test.matches(m_pBuffer, static_cast<int>(m_nDataSize))) return test.encoding;
-    return zynEncCP1251;
-}
-
 // Turns what was read into the 8-bit form; the file's encoding stays what the file has.
-bool CzynStringFile::ConvertLoaded(int bomLength) {
+bool CzynStringFile::ConvertLoaded(std::uint32_t offset) {
     zynTextEncoding encoding = m_nFileEncoding;
-    auto offset = static_cast<std::uint32_t>(bomLength);
-    if (encoding == zynEncUCS4BE || encoding == zynEncUCS4LE) {
+    m_nMarkLength = offset;
+    if (offset > 0) // the converters skip another one
+        m_nMarkLength += static_cast<std::uint32_t>(
+            GetBomLength(encoding, m_pBuffer + offset, static_cast<int>(m_nDataSize - offset)));
+    if (m_bKeepsOriginal) m_nOriginalSize = m_nDataSize;
+    const bool is32Bit = encoding == zynEncUCS4BE || encoding == zynEncUCS4LE;
+    if (is32Bit && m_bKeepsOriginal) return Convert32Bit();
+    if (is32Bit) {
         if (encoding == zynEncUCS4BE) BufConvert_Utf32_BE2LE(m_pBuffer, m_nDataSize);
         unsigned char* units = nullptr;
         unsigned unitsLength = 0;
@@ -251,10 +247,25 @@ bool CzynStringFile::ConvertLoaded(int bomLength) {
         if (!ConvertEncoding(encoding, m_pBuffer + offset, static_cast<int>(m_nDataSize - offset),
                              zynEncCP1251, text, textLength))
             return false;
+        if (m_bKeepsOriginal) m_pOriginal.reset(std::exchange(m_pBuffer, nullptr));
         TakeBuffer(text, static_cast<unsigned>(textLength));
     }
     m_nWorkEncoding = zynEncCP1251;
     return true;
+}
+
+bool CzynStringFile::Convert32Bit() {
+    const std::string text = zyn::DecodeTo1251(m_nFileEncoding, GetOriginal().substr(m_nMarkLength));
+    if (text.empty()) return false;
+    auto* const buffer = new unsigned char[text.size()];
+    std::memcpy(buffer, text.data(), text.size());
+    m_pOriginal.reset(std::exchange(m_pBuffer, nullptr));
+    TakeBuffer(buffer, static_cast<unsigned>(text.size()));
+    return true;
+}
+
+std::string_view CzynStringFile::GetOriginal() const {
+    return {reinterpret_cast<const char*>(m_pOriginal ? m_pOriginal.get() : m_pBuffer), m_nOriginalSize};
 }
 
 void CzynStringFile::TakeBuffer(unsigned char* buffer, unsigned length) {
@@ -323,19 +334,27 @@ int CzynStringFile::WriteString(const char* text, std::size_t length) {
 int CzynStringFile::Flush() {
     if (!IsFileOpen()) return 0;
     if (!m_bModified) return 1;
-    return m_nDataSize == 0 || !m_pBuffer || WriteText(false) ? (m_bModified = false, 1) : 0;
+    if (m_nDataSize == 0 || !m_pBuffer || WriteText([this] { return ConvertAndWrite(false); }))
+        m_bModified = false;
+    return !m_bModified;
 }
 
 int CzynStringFile::FlushWithBackup() {
-    if (!IsFileOpen() || !WriteText(true)) return 0;
+    if (!IsFileOpen() || !WriteText([this] { return ConvertAndWrite(true); })) return 0;
     m_bModified = false;
     return 1;
 }
 
-bool CzynStringFile::WriteText(bool withBackup) {
+int CzynStringFile::FlushBytesWithBackup(std::string_view mark, std::string_view bytes) {
+    if (!IsFileOpen() || !WriteText([&] { return PutInPlace(mark, bytes, true); })) return 0;
+    m_bModified = false;
+    return 1;
+}
+
+template <class Step> bool CzynStringFile::WriteText(Step step) {
     m_nWriteError = 0;
     try {
-        if (ConvertAndWrite(withBackup)) return true;
+        if (step()) return true;
     } catch (const std::bad_alloc&) {
         m_nWriteError = zynplatform::errorNotEnoughMemory;
     }
@@ -344,10 +363,14 @@ bool CzynStringFile::WriteText(bool withBackup) {
 }
 
 bool CzynStringFile::ConvertAndWrite(bool withBackup) {
+    if (m_nFileEncoding == zynEncUnknown) m_nFileEncoding = m_choice.m_nNewFile;
     if (m_nFileEncoding == zynEncUnknown) m_nFileEncoding = zynEncCP1251;
     const std::string_view text(reinterpret_cast<const char*>(m_pBuffer), m_nDataSize);
     if (text.empty()) return PutInPlace({}, {}, withBackup);
-    const std::string_view mark = MarkOf(m_nFileEncoding);
+    const zynMarkChoice choice = m_choice.m_nMark;
+    const bool isMarked = choice == zynMarkAsFound ? m_nMarkLength != 0
+                                                   : choice != zynMarkNever || m_nFileEncoding != zynEncUTF8;
+    const std::string_view mark = isMarked ? MarkOf(m_nFileEncoding) : "";
     if (m_nFileEncoding == m_nWorkEncoding)
         return PutInPlace(text.starts_with(mark) ? "" : mark, text, withBackup);
 

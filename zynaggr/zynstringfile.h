@@ -6,6 +6,7 @@
 #include "zynplatform/export.h"
 
 #include <cstdint>
+#include <memory>
 #include <string_view>
 
 // A text file in any of the encodings of zynTextEncoding, seen by its users as text in the system's code page
@@ -20,10 +21,10 @@
 // write the whole of it.
 //
 // What is not kept: a character that code page 1251 does not have becomes '?', and is '?' when the text is
-// written back. Text written to a file that was not read replaces the file's content: read first to append.
-// A text in code page 1251 that begins with "яю" or "юя" looks to its reader as if it began with a mark of
-// UCS-2. Files of 1 GiB and more are not read, texts of 2 GiB and more not written. Files in code page 866
-// are named but not converted.
+// written back (but see KeepOriginal). Text written to a file that was not read replaces the file's content:
+// read first to append. A text in code page 1251 that begins with "яю" or "юя" looks to its reader as if it
+// began with a mark of UCS-2. Files of 1 GiB and more are not read, texts of 2 GiB and more not written.
+// Files in code page 866 are named but not converted.
 //
 // Flush puts the new text under the name in one step: at every moment the name stands for a whole text, the
 // old one or the new one, whatever is killed, fails or loses power. Owner, rights and attributes of the file
@@ -96,9 +97,21 @@ public:
     // What the file is written in: as given to Open or set here, or as a load found it.
     void SetFileEncoding(zynTextEncoding encoding) { m_nFileEncoding = encoding; }
     zynTextEncoding GetFileEncoding() const { return m_nFileEncoding; }
-    // What a file without a mark is read as, instead of looking at its content; zynEncUnknown to look. May be
-    // set before opening, too; forgotten by Close and by a load that fails to convert.
-    void SetEncodingIfNotBOM(zynTextEncoding encoding) { m_nEncodingIfNotBOM = encoding; }
+    // What the caller says about encodings. May be set before opening, too; forgotten by Close and by a load
+    // that fails to convert. SetEncodingIfNotBOM sets what a file without a mark is read as.
+    void SetEncodingChoice(const zynEncodingChoice& choice) { m_choice = choice; }
+    zynEncodingChoice GetEncodingChoice() const { return m_choice; }
+    void SetEncodingIfNotBOM(zynTextEncoding encoding) { m_choice.m_nUnmarked = encoding; }
+
+    // For who writes back what the code page does not have: said before the load, the bytes of the file stay
+    // in memory beside the text until the next load or Close, and a 32-bit file with characters above U+FFFF
+    // is read, each as two '?'.
+    void KeepOriginal() { m_bKeepsOriginal = true; }
+    std::string_view GetOriginal() const; // empty when nothing is loaded
+    // How the original begins: with so many bytes of marks.
+    std::size_t GetMarkLength() const { return m_nMarkLength; }
+    // FlushWithBackup of these bytes, as they are, whatever the text in memory is.
+    int FlushBytesWithBackup(std::string_view mark, std::string_view bytes);
 
     // Why the last Open failed; kept until the next failure.
     CStringA GetErrorMessage() const { return m_sErrorMessage; }
@@ -133,14 +146,14 @@ protected:
     void FreeBuffer();
     bool SetBufSize(unsigned size);
 
-    zynTextEncoding EncodingByContent() const;
-    bool ConvertLoaded(int bomLength);
+    bool ConvertLoaded(std::uint32_t offset);
+    bool Convert32Bit();
     int LoadFile();
     bool ReadWhole();
     bool ReadToEnd();
     int FailLoad(LoadFailure failure);
     void TakeBuffer(unsigned char* buffer, unsigned length);
-    bool WriteText(bool withBackup);
+    template <class Step> bool WriteText(Step step);
     bool ConvertAndWrite(bool withBackup);
     bool PutInPlace(std::string_view mark, std::string_view text, bool withBackup);
 
@@ -156,6 +169,10 @@ protected:
     std::uint32_t m_nPosition;
     zynTextEncoding m_nFileEncoding;
     zynTextEncoding m_nWorkEncoding; // of the buffer
-    zynTextEncoding m_nEncodingIfNotBOM;
+    zynEncodingChoice m_choice;
+    bool m_bKeepsOriginal;
+    std::unique_ptr<unsigned char[]> m_pOriginal; // null: it is the buffer
+    std::uint32_t m_nOriginalSize;
+    std::uint32_t m_nMarkLength;
     CStringA m_sErrorMessage;
 };

@@ -85,8 +85,7 @@ TEST_F(IniReloadTest, FailedOpenKeepsTheModelAndIsTriedAgainAtOnce) {
 }
 
 TEST_F(IniReloadTest, UnreadableContentEmptiesTheModelAndLeavesTheEncoding) {
-    const std::string beyond("\xFF\xFE\0\0\0\xF6\1\0\n\0\0\0", 12); // U+1F600 in UCS-4
-    for (const std::string& content : {""s, beyond}) {
+    for (const std::string& content : {""s, "\xFF\xFE\0\0a\0"s}) { // less than a unit of UCS-4
         Load("\xEF\xBB\xBF[s]\na=1\n");
         EXPECT_EQ("<s|>{a:1}", ini.Model());
         Load(content);
