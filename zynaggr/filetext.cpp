@@ -48,6 +48,14 @@ bool IsWellFormedUtf8(std::string_view bytes) {
     return bytes.find('\0') == bytes.npos && zynplatform::Recode(bytes, utf8CodePage, utf8CodePage) == bytes;
 }
 
+// The number of '?'; there are few of them.
+template <class Char> std::size_t CountMarks(std::basic_string_view<Char> text) {
+    std::size_t count = 0;
+    for (std::size_t at = 0; (at = text.find(Char{'?'}, at)) != text.npos; ++at)
+        ++count;
+    return count;
+}
+
 } // namespace
 
 std::u16string DecodeText(zynTextEncoding encoding, std::string_view bytes) {
@@ -100,10 +108,17 @@ std::string DecodeTo1251(zynTextEncoding encoding, std::string_view bytes) {
 // Each loss is one more '?'.
 bool IsLost(zynTextEncoding encoding, std::string_view bytes, std::string_view text) {
     if (encoding == zynEncCP1251) return false;
-    const auto marks = std::count(text.begin(), text.end(), '?');
-    if (!HasUnits(encoding)) return std::count(bytes.begin(), bytes.end(), '?') != marks;
-    const std::u16string units = DecodeText(encoding, bytes);
-    return std::count(units.begin(), units.end(), u'?') != marks;
+    const std::size_t marks = CountMarks(text);
+    if (!HasUnits(encoding)) return CountMarks(bytes) != marks;
+    return CountMarks<char16_t>(DecodeText(encoding, bytes)) != marks;
+}
+
+std::string_view MarkOf(zynTextEncoding encoding) {
+    unsigned char* mark = nullptr;
+    int length = 0;
+    GetBomData(encoding, mark, length);
+    return mark ? std::string_view(reinterpret_cast<const char*>(mark), static_cast<std::size_t>(length))
+                : std::string_view();
 }
 
 zynTextEncoding FindEncoding(std::string_view bytes, const zynEncodingChoice& choice,

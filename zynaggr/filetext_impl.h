@@ -19,6 +19,9 @@ std::string DecodeTo1251(zynTextEncoding encoding, std::string_view bytes);
 // Whether the text that the bytes were decoded to lacks something of them.
 bool IsLost(zynTextEncoding encoding, std::string_view bytes, std::string_view text);
 
+// The mark of an encoding; empty when it has none.
+std::string_view MarkOf(zynTextEncoding encoding);
+
 // What the bytes of a file are in: what their mark says, or else the caller, or else their content.
 zynTextEncoding FindEncoding(std::string_view bytes, const zynEncodingChoice& choice,
                              std::size_t& markLength);

@@ -134,6 +134,10 @@ public:
     zynEncodingChoice GetEncodingChoice();
     // What the file was found to be in, or zynEncUnknown when nothing was read. Reads it when that is due.
     zynTextEncoding GetFileEncoding();
+    // Puts the file into another encoding, with or without its mark (where the choice says neither always nor
+    // never), and saves that as other edits are saved. Refused, with a text, when the encoding lacks a
+    // character of the file, or the file is ill-formed in its own.
+    bool SetFileEncoding(zynTextEncoding encoding, bool bMark);
 
     // Whether the file can be opened for writing. A missing file is made, empty.
     bool CheckWrite();

@@ -58,16 +58,31 @@ IniDocument::IniDocument(zynTextEncoding encoding, bool isFaithful, std::string_
 }
 
 std::string_view IniDocument::Mark() const {
-    if (m_starts.front() > 0) return std::string_view(m_bytes).substr(0, m_starts.front());
-    unsigned char* mark = nullptr;
-    int length = 0;
-    GetBomData(m_encoding, mark, length);
-    return {reinterpret_cast<const char*>(mark), static_cast<std::size_t>(length)};
+    return m_starts.front() > 0 ? std::string_view(m_bytes).substr(0, m_starts.front()) : MarkOf(m_encoding);
 }
 
 std::string_view IniDocument::Bytes(int line) const {
     const auto at = static_cast<std::size_t>(line);
     return std::string_view(m_bytes).substr(m_starts[at], m_starts[at + 1] - m_starts[at]);
+}
+
+std::unique_ptr<IniDocument> IniDocument::Recoded(zynTextEncoding encoding, bool isMarked) const {
+    if (!m_tail.empty()) return nullptr;
+    const std::size_t end = m_starts[static_cast<std::size_t>(m_nRead)];
+    std::string_view bytes(m_bytes);
+    const std::u16string text = DecodeText(m_encoding, bytes.substr(m_starts[0], end - m_starts[0]));
+    const std::string recoded = EncodeText(encoding, text);
+    if (EncodeText(m_encoding, text) != bytes.substr(m_starts[0], end - m_starts[0]) ||
+        DecodeText(encoding, recoded) != text)
+        return nullptr;
+    const std::string mark(isMarked ? MarkOf(encoding) : "");
+    auto result = std::make_unique<IniDocument>(encoding, m_isFaithful, mark + recoded, mark.size());
+    for (int line = m_nRead; line < Count(); ++line) {
+        const std::u16string appended = DecodeText(m_encoding, Bytes(line));
+        result->Append(EncodeText(encoding, appended));
+        if (DecodeText(encoding, result->Bytes(line)) != appended) return nullptr;
+    }
+    return result;
 }
 
 int IniDocument::Append(std::string_view bytes) {
@@ -132,10 +147,13 @@ char IniDocument::UnitAt(std::size_t at) const {
 }
 
 std::size_t IniDocument::FindLineEnd(std::size_t from) const {
-    for (; from < m_bytes.size(); from += m_unit) {
-        const bool mayEnd = m_unit > 1 || m_bytes[from] == '\r' || m_bytes[from] == '\n';
-        if (mayEnd && (UnitAt(from) == '\r' || UnitAt(from) == '\n')) break;
+    const std::string_view bytes(m_bytes);
+    if (m_unit == 1) {
+        const std::string_view line = bytes.substr(from, bytes.find('\n', from) - from);
+        return from + std::min(line.find('\r'), line.size());
     }
+    while (from < bytes.size() && UnitAt(from) != '\r' && UnitAt(from) != '\n')
+        from += m_unit;
     return from;
 }
 

@@ -4,6 +4,7 @@
 #include "zynaggr/zynencoding.h"
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -34,6 +35,10 @@ public:
     // Of the lines read: the first pair that has a key and a value, or -1; whether the last one has no end.
     int FirstPair() const;
     bool LacksLastEnd() const;
+
+    // The same lines, all of them, in another encoding, with or without its mark; null when that would not be
+    // the same text.
+    std::unique_ptr<IniDocument> Recoded(zynTextEncoding encoding, bool isMarked) const;
 
     std::string_view Bytes(int line) const;
     // Takes a line with its end, if it is to have one; its number.

@@ -1,6 +1,7 @@
 #include "zynaggr/ini.h"
 
 #include "zynaggr/ini_index_impl.h"
+#include "zynaggr/ini_line_impl.h"
 #include "zynaggr/zyn_translate.h"
 #include "zynaggr/zynhelpers.h"
 #include "zynplatform/cp1251.h"
@@ -33,7 +34,9 @@ int InsertOption(zyn::IniLines& lines, const char* key, const CStringA& value, i
 class Name {
 public:
     Name(const char* name, bool isFaithful) : m_name(name ? name : "") {
-        if (isFaithful) m_name = m_trimmed = CStringA(m_name).Trim();
+        const std::string_view text(m_name);
+        if (isFaithful && zyn::TrimmedBlanks(text).size() != text.size())
+            m_name = m_trimmed = CStringA(text).Trim();
     }
     operator const char*() const { return m_name; }
 

@@ -141,3 +141,19 @@ zynTextEncoding CzynINI::GetFileEncoding() {
     Parse();
     return m_nEncoding;
 }
+
+bool CzynINI::SetFileEncoding(zynTextEncoding encoding, bool bMark) {
+    const CzynEnterCriticalSection lock(&m_CS);
+    if (!Parse()) return false;
+    std::unique_ptr<zyn::IniDocument> recoded;
+    if (zynGetMinBYTEInCharForEncoding(encoding) > 0 && encoding != zynEncCP866)
+        recoded = Document().Recoded(encoding, bMark);
+    if (!recoded) {
+        m_sErr = CzynTranslate::Translate("В кодировке файла ini нет символа этого текста"_cp1251);
+        return false;
+    }
+    m_pDocument = std::move(recoded);
+    m_nEncoding = encoding;
+    m_bMarkFound = bMark;
+    return SaveEdit();
+}

@@ -16,8 +16,8 @@ namespace {
 const char* const notStorable = "Этот текст был бы прочитан из файла ini иначе"_cp1251;
 const char* const nameTaken = "Такое имя в файле ini уже есть"_cp1251;
 
-// A text in UTF-8 and as the model has it. Without '?' the latter is as exact; without a zero byte, at which a
-// name would end, too.
+// A text in UTF-8 and as the model has it. Without '?' the latter is as exact; without a zero byte, at which
+// a name would end, too.
 struct Text {
     explicit Text(std::string_view text)
         : utf8(text), model(std::string_view(zyn::DecodeTo1251(zynEncUTF8, text))) {}

@@ -47,14 +47,6 @@ void CopyWithCarriageReturns(std::string_view text, unsigned char* out) {
     std::memcpy(out, text.data() + copied, text.size() - copied);
 }
 
-std::string_view MarkOf(zynTextEncoding encoding) {
-    unsigned char* mark = nullptr;
-    int length = 0;
-    GetBomData(encoding, mark, length);
-    return mark ? std::string_view(reinterpret_cast<const char*>(mark), static_cast<std::size_t>(length))
-                : std::string_view();
-}
-
 } // namespace
 
 CzynStringFile::CzynStringFile() : m_pBuffer(nullptr) {
@@ -370,7 +362,7 @@ bool CzynStringFile::ConvertAndWrite(bool withBackup) {
     const zynMarkChoice choice = m_choice.m_nMark;
     const bool isMarked = choice == zynMarkAsFound ? m_nMarkLength != 0
                                                    : choice != zynMarkNever || m_nFileEncoding != zynEncUTF8;
-    const std::string_view mark = isMarked ? MarkOf(m_nFileEncoding) : "";
+    const std::string_view mark = isMarked ? zyn::MarkOf(m_nFileEncoding) : "";
     if (m_nFileEncoding == m_nWorkEncoding)
         return PutInPlace(text.starts_with(mark) ? "" : mark, text, withBackup);
 
