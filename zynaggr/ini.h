@@ -12,6 +12,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace zyn {
@@ -136,8 +137,9 @@ public:
     zynTextEncoding GetFileEncoding();
     // Puts the file into another encoding, with or without its mark (where the choice says neither always nor
     // never), and saves that as other edits are saved. Refused, with a text, when the encoding lacks a
-    // character of the file, or the file is ill-formed in its own.
-    bool SetFileEncoding(zynTextEncoding encoding, bool bMark);
+    // character of the file, or the file is ill-formed in its own; with bLossy such a character becomes '?'
+    // or U+FFFD.
+    bool SetFileEncoding(zynTextEncoding encoding, bool bMark, bool bLossy = false);
 
     // Whether the file can be opened for writing. A missing file is made, empty.
     bool CheckWrite();
@@ -203,6 +205,8 @@ public:
     bool GetStringUtf8(std::string_view section, std::string_view key, std::string& value);
     bool GetListSectionsUtf8(std::vector<std::string>& sections);
     bool GetListKeysUtf8(std::string_view section, std::vector<std::string>& keys);
+    bool GetListKeysValsUtf8(std::string_view section,
+                             std::vector<std::pair<std::string, std::string>>& pairs);
     // What would be read back as anything else is refused, with a text, and nothing is changed: a character
     // that the file's encoding does not have, ill-formed UTF-8, a line end or a zero byte, a "=" in a key,
     // ...
@@ -227,6 +231,8 @@ public:
     // whole process, initially yes. Without it a save is some times faster, and a loss of power, not the
     // death of the process, may leave an empty or torn file.
     static void SetSyncToDisk(bool bSync);
+    // Whether a save keeps the file as it was as "<name>.bak": initially yes.
+    void SetKeepBackup(bool bKeep);
 
     // Expands a path from the file: ".\" and "..\" at its start mean the directory of the INI file and the
     // one above (one "..\" only); quotes around the result are removed. Every other path stays as it is.
@@ -316,6 +322,7 @@ protected:
     bool m_bWantsFaithful = false;
     zynEncodingChoice m_choice;
     bool m_bMarkFound = false; // by the last load
+    bool m_bKeepBackup = true;
     // The file's own bytes, where they are needed: in faithful mode, or when they hold what the code page
     // does not have.
     std::unique_ptr<zyn::IniDocument> m_pDocument;

@@ -66,23 +66,23 @@ std::string_view IniDocument::Bytes(int line) const {
     return std::string_view(m_bytes).substr(m_starts[at], m_starts[at + 1] - m_starts[at]);
 }
 
-std::unique_ptr<IniDocument> IniDocument::Recoded(zynTextEncoding encoding, bool isMarked) const {
-    if (!m_tail.empty()) return nullptr;
-    const std::size_t end = m_starts[static_cast<std::size_t>(m_nRead)];
-    std::string_view bytes(m_bytes);
-    const std::u16string text = DecodeText(m_encoding, bytes.substr(m_starts[0], end - m_starts[0]));
-    const std::string recoded = EncodeText(encoding, text);
-    if (EncodeText(m_encoding, text) != bytes.substr(m_starts[0], end - m_starts[0]) ||
-        DecodeText(encoding, recoded) != text)
-        return nullptr;
+std::unique_ptr<IniDocument> IniDocument::Recoded(zynTextEncoding encoding, bool isMarked,
+                                                  bool isLossy) const {
+    bool isSame = m_tail.empty();
+    const auto recode = [&](std::string_view bytes) {
+        const std::u16string text = DecodeText(m_encoding, bytes);
+        std::string recoded = EncodeText(encoding, text);
+        isSame = isSame && EncodeText(m_encoding, text) == bytes && DecodeText(encoding, recoded) == text;
+        return recoded;
+    };
+    const std::size_t begin = m_starts[0], end = m_starts[static_cast<std::size_t>(m_nRead)];
     const std::string mark(isMarked ? MarkOf(encoding) : "");
-    auto result = std::make_unique<IniDocument>(encoding, m_isFaithful, mark + recoded, mark.size());
-    for (int line = m_nRead; line < Count(); ++line) {
-        const std::u16string appended = DecodeText(m_encoding, Bytes(line));
-        result->Append(EncodeText(encoding, appended));
-        if (DecodeText(encoding, result->Bytes(line)) != appended) return nullptr;
-    }
-    return result;
+    auto result = std::make_unique<IniDocument>(
+        encoding, m_isFaithful, mark + recode(std::string_view(m_bytes).substr(begin, end - begin)),
+        mark.size());
+    for (int line = m_nRead; line < Count(); ++line)
+        result->Append(recode(Bytes(line)));
+    return isSame || isLossy ? std::move(result) : nullptr;
 }
 
 int IniDocument::Append(std::string_view bytes) {

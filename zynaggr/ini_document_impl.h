@@ -37,8 +37,8 @@ public:
     bool LacksLastEnd() const;
 
     // The same lines, all of them, in another encoding, with or without its mark; null when that would not be
-    // the same text.
-    std::unique_ptr<IniDocument> Recoded(zynTextEncoding encoding, bool isMarked) const;
+    // the same text, which it need not be with `isLossy`.
+    std::unique_ptr<IniDocument> Recoded(zynTextEncoding encoding, bool isMarked, bool isLossy) const;
 
     std::string_view Bytes(int line) const;
     // Takes a line with its end, if it is to have one; its number.

@@ -142,12 +142,12 @@ zynTextEncoding CzynINI::GetFileEncoding() {
     return m_nEncoding;
 }
 
-bool CzynINI::SetFileEncoding(zynTextEncoding encoding, bool bMark) {
+bool CzynINI::SetFileEncoding(zynTextEncoding encoding, bool bMark, bool bLossy) {
     const CzynEnterCriticalSection lock(&m_CS);
     if (!Parse()) return false;
     std::unique_ptr<zyn::IniDocument> recoded;
     if (zynGetMinBYTEInCharForEncoding(encoding) > 0 && encoding != zynEncCP866)
-        recoded = Document().Recoded(encoding, bMark);
+        recoded = Document().Recoded(encoding, bMark, bLossy);
     if (!recoded) {
         m_sErr = CzynTranslate::Translate("В кодировке файла ini нет символа этого текста"_cp1251);
         return false;

@@ -77,10 +77,10 @@ bool CzynINI::WaitForTurn(zynplatform::SaveLock& turn) {
 }
 
 bool CzynINI::WriteModel() {
-    const bool isExact = m_bFaithful || m_pDocument;
-    const std::string bytes = m_bFaithful   ? zyn::ComposeFaithfully(m_aSections, Document())
-                              : m_pDocument ? zyn::ComposeBytes(m_aSections, *m_pDocument)
-                                            : std::string();
+    const bool isExact = m_bFaithful || m_pDocument || !m_bKeepBackup;
+    const std::string bytes = m_bFaithful ? zyn::ComposeFaithfully(m_aSections, Document())
+                              : isExact   ? zyn::ComposeBytes(m_aSections, Document())
+                                          : std::string();
     const CStringA sText = isExact ? CStringA() : ComposeText();
     const std::string_view mark = isExact && !bytes.empty() && IsMarked() ? m_pDocument->Mark() : "";
     if (isExact && mark.empty() && !IsReadAlike(bytes))
@@ -94,7 +94,8 @@ bool CzynINI::WriteModel() {
     file.SetEncodingChoice(choice);
     const bool isTaken =
         sText.IsEmpty() || file.WriteString(sText, static_cast<std::size_t>(sText.GetLength()));
-    if (isExact ? file.FlushBytesWithBackup(mark, bytes) : isTaken && file.FlushWithBackup()) return true;
+    if (isExact ? file.FlushBytes(mark, bytes, m_bKeepBackup) : isTaken && file.FlushWithBackup())
+        return true;
     CStringA sErr(CzynTranslate::Translate("Ошибка при записи файла ini"_cp1251));
     if (file.GetWriteError() != 0)
         sErr.Append(": ").Append(zynplatform::DescribeSystemError(file.GetWriteError()));
@@ -171,6 +172,11 @@ bool CzynINI::Flush() {
 
 void CzynINI::SetSyncToDisk(bool bSync) {
     zynplatform::SetSyncToDisk(bSync);
+}
+
+void CzynINI::SetKeepBackup(bool bKeep) {
+    const CzynEnterCriticalSection lock(&m_CS);
+    m_bKeepBackup = bKeep;
 }
 
 CStringA CzynINI::GetErrDescription() {

@@ -50,6 +50,7 @@ public:
     }
 
     IniLines* FindSection(const Text& name) const;
+    template <class Visit> bool VisitPairs(std::string_view section, Visit visit) const;
     Option* FindOption(IniLines& lines, const Text& key) const;
     bool IsStorable(const Text* section, const Text* key = nullptr, const Text* value = nullptr,
                     const Text* comment = nullptr);
@@ -100,6 +101,15 @@ zyn::IniLines* zyn::IniUtf8::FindSection(const Text& name) const {
             section && IsNamed(*section, section->m_sName, name))
             return &index.LinesOf(i);
     return nullptr;
+}
+
+template <class Visit> bool zyn::IniUtf8::VisitPairs(std::string_view section, Visit visit) const {
+    IniLines* const lines = FindSection(Name(section));
+    if (!lines) return m_ini.FailSectionLookup();
+    const CzynINI::OptionArray& options = lines->Section().m_aOptions;
+    for (int i = 0; i < options.GetSize(); ++i)
+        if (const Option* option = options.GetAt(i); option && !option->m_sKey.IsEmpty()) visit(*option);
+    return true;
 }
 
 CzynINI::SOption* zyn::IniUtf8::FindOption(IniLines& lines, const Text& key) const {
@@ -210,13 +220,19 @@ bool CzynINI::GetListKeysUtf8(std::string_view section, std::vector<std::string>
     const CzynEnterCriticalSection lock(&m_CS);
     if (!Parse()) return false;
     const zyn::IniUtf8 model(*this);
-    zyn::IniLines* const lines = model.FindSection(model.Name(sSection));
-    if (!lines) return FailSectionLookup();
-    const OptionArray& options = lines->Section().m_aOptions;
-    for (int i = 0; i < options.GetSize(); ++i)
-        if (const SOption* option = options.GetAt(i); option && !option->m_sKey.IsEmpty())
-            keys.push_back(model.NameOf(*option));
-    return true;
+    return model.VisitPairs(sSection, [&](const SOption& option) { keys.push_back(model.NameOf(option)); });
+}
+
+bool CzynINI::GetListKeysValsUtf8(std::string_view section,
+                                  std::vector<std::pair<std::string, std::string>>& pairs) {
+    const std::string sSection(section);
+    pairs.clear();
+    const CzynEnterCriticalSection lock(&m_CS);
+    if (!Parse()) return false;
+    const zyn::IniUtf8 model(*this);
+    return model.VisitPairs(sSection, [&](const SOption& option) {
+        pairs.emplace_back(model.NameOf(option), model.ValueOf(option));
+    });
 }
 
 bool CzynINI::WriteStringUtf8(std::string_view section, std::string_view key, std::string_view value,

@@ -1,5 +1,6 @@
 #include "zynaggr/utf8.h"
 
+#include "zynaggr/filetext_impl.h"
 #include "zynplatform/codepage.h"
 
 std::string zynToUtf8(const CStringA& text) {
@@ -15,4 +16,11 @@ CStringA zynFromUtf8(std::string_view utf8, bool* isLost) {
     CStringA text{std::string_view(bytes)};
     if (isLost) *isLost = zynToUtf8(text) != utf8;
     return text;
+}
+
+std::string zynFileToUtf8(std::string_view bytes, const zynEncodingChoice& choice, zynTextEncoding* found) {
+    std::size_t markLength = 0;
+    const zynTextEncoding encoding = zyn::FindEncoding(bytes, choice, markLength);
+    if (found) *found = encoding;
+    return zyn::EncodeText(zynEncUTF8, zyn::DecodeText(encoding, bytes.substr(markLength)));
 }

@@ -337,8 +337,8 @@ int CzynStringFile::FlushWithBackup() {
     return 1;
 }
 
-int CzynStringFile::FlushBytesWithBackup(std::string_view mark, std::string_view bytes) {
-    if (!IsFileOpen() || !WriteText([&] { return PutInPlace(mark, bytes, true); })) return 0;
+int CzynStringFile::FlushBytes(std::string_view mark, std::string_view bytes, bool withBackup) {
+    if (!IsFileOpen() || !WriteText([&] { return PutInPlace(mark, bytes, withBackup); })) return 0;
     m_bModified = false;
     return 1;
 }

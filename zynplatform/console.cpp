@@ -149,4 +149,14 @@ std::string FromTerminal(std::string_view text) {
     return result;
 }
 
+std::string Utf8ToTerminal(std::string_view utf8) {
+    const unsigned page = TerminalCodePage();
+    return page == utf8CodePage ? std::string(utf8) : Recode(utf8, utf8CodePage, page);
+}
+
+std::string TerminalToUtf8(std::string_view text) {
+    const unsigned page = TerminalCodePage();
+    return page == utf8CodePage ? std::string(text) : Recode(text, page, utf8CodePage);
+}
+
 } // namespace zynplatform

@@ -49,5 +49,8 @@ ZYN_API void UseTerminalEncoding(bool use);
 // they are.
 ZYN_API std::string ToTerminal(std::string_view text);
 ZYN_API std::string FromTerminal(std::string_view text);
+// The same for texts in UTF-8; where that is the terminal's encoding, they stay as they are.
+ZYN_API std::string Utf8ToTerminal(std::string_view utf8);
+ZYN_API std::string TerminalToUtf8(std::string_view text);
 
 } // namespace zynplatform

@@ -67,6 +67,11 @@ public:
         m_engine.GetListKeysUtf8(section, names);
         return names;
     }
+    std::vector<std::pair<std::string, std::string>> Pairs(std::string_view section) {
+        std::vector<std::pair<std::string, std::string>> pairs;
+        m_engine.GetListKeysValsUtf8(section, pairs);
+        return pairs;
+    }
     bool Has(std::string_view section, std::string_view key) { return Get(section, key).has_value(); }
 
     std::optional<std::string> Get(std::string_view section, std::string_view key) {
