@@ -72,6 +72,10 @@ public:
         m_engine.GetListKeysValsUtf8(section, pairs);
         return pairs;
     }
+    bool HasSection(std::string_view section) {
+        std::vector<std::string> names;
+        return m_engine.GetListKeysUtf8(section, names);
+    }
     bool Has(std::string_view section, std::string_view key) { return Get(section, key).has_value(); }
 
     std::optional<std::string> Get(std::string_view section, std::string_view key) {
