@@ -93,15 +93,17 @@ int IniDocument::Append(std::string_view bytes) {
     return Count() - 1;
 }
 
-int IniDocument::FirstPair() const {
-    if (m_nFirstPair != -2) return m_nFirstPair;
-    for (int i = 0; i < m_nRead; ++i) {
-        const IniDocumentLine line(*this, i);
+int IniDocument::FindPair(bool isLast) const {
+    int& found = m_pairs[isLast];
+    if (found != -2) return found;
+    found = -1;
+    for (int i = 0; i < m_nRead && found == -1; ++i) {
+        const int number = isLast ? m_nRead - 1 - i : i;
+        const IniDocumentLine line(*this, number);
         const IniLine& pieces = line.Pieces();
-        if (pieces.kind == IniLine::pair && !pieces.name.IsEmpty() && !pieces.value.IsEmpty())
-            return m_nFirstPair = i;
+        if (pieces.kind == IniLine::pair && !pieces.name.IsEmpty() && !pieces.value.IsEmpty()) found = number;
     }
-    return m_nFirstPair = -1;
+    return found;
 }
 
 bool IniDocument::LacksLastEnd() const {

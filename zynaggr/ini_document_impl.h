@@ -32,8 +32,9 @@ public:
     bool Has(int line) const { return line >= 0 && line < Count(); }
     int Count() const { return static_cast<int>(m_starts.size()) - 1; }
     int CountRead() const { return m_nRead; } // without the appended ones
-    // Of the lines read: the first pair that has a key and a value, or -1; whether the last one has no end.
-    int FirstPair() const;
+    // Of the lines read: the first or the last pair that has a key and a value, or -1; whether the last line
+    // has no end.
+    int FindPair(bool isLast) const;
     bool LacksLastEnd() const;
 
     // The same lines, all of them, in another encoding, with or without its mark; null when that would not be
@@ -66,7 +67,7 @@ private:
     std::string m_tail;
     std::vector<std::uint32_t> m_starts; // of each line, and the end of the last one
     int m_nRead = 0;
-    mutable int m_nFirstPair = -2; // not yet looked for
+    mutable int m_pairs[2] = {-2, -2}; // the first and the last one; not yet looked for
 };
 
 // One line of a document.

@@ -40,7 +40,7 @@ int FindModel(const Section& section, int index, const IniDocument& document) {
         if (isModel(i)) return section.m_aOptions.GetAt(i)->m_nLine;
     for (int i = index + 1; i < section.m_aOptions.GetSize(); ++i)
         if (isModel(i)) return section.m_aOptions.GetAt(i)->m_nLine;
-    return document.FirstPair();
+    return document.FindPair(!section.m_sName.IsEmpty()); // new sections are the last ones
 }
 
 bool IsUntouched(const IniDocumentLine& line, const Option& option) {
@@ -68,8 +68,9 @@ bool HasBlankLinesAboveHeaders(const CzynINI::SectionArray& sections, const IniD
         const Section* const section = sections.GetAt(i);
         if (!section || section->m_nLine < 1 || section->m_nLine >= document.CountRead()) continue;
         int above = section->m_nLine - 1;
-        while (above > 0 && IsComment(IniDocumentLine(document, above).Text()))
+        while (above >= 0 && IsComment(IniDocumentLine(document, above).Text()))
             --above;
+        if (above < 0) continue; // there is nothing to separate
         const IniDocumentLine line(document, above);
         ++headers;
         if (line.Pieces().kind == IniLine::text && line.Pieces().value.IsEmpty()) ++blanks;

@@ -7,6 +7,7 @@
 #include "zynplatform/locale.h"
 #include "zynplatform/moduleentry.h"
 #include "zynplatform/registry.h"
+#include "zynplatform/syserror.h"
 
 using namespace zynplatform::literals;
 using zynplatform::RegistryKey;
@@ -42,6 +43,11 @@ std::uint32_t ProfileLanguage() {
 } // namespace
 
 CzynTranslate::~CzynTranslate() = default;
+
+namespace {
+const bool areErrorsTranslated [[maybe_unused]] =
+    (zynplatform::SetErrorTranslator(&CzynTranslate::Translate), true);
+}
 
 const char* CzynTranslate::Translate(const char* szText) {
     if (!m_bTranslate || !szText || !*szText) return szText;

@@ -338,7 +338,7 @@ int CzynStringFile::FlushWithBackup() {
 }
 
 int CzynStringFile::FlushBytes(std::string_view mark, std::string_view bytes, bool withBackup) {
-    if (!IsFileOpen() || !WriteText([&] { return PutInPlace(mark, bytes, withBackup); })) return 0;
+    if (!IsFileOpen() || !WriteText([&] { return PutInPlace(mark, bytes, withBackup, true); })) return 0;
     m_bModified = false;
     return 1;
 }
@@ -358,13 +358,13 @@ bool CzynStringFile::ConvertAndWrite(bool withBackup) {
     if (m_nFileEncoding == zynEncUnknown) m_nFileEncoding = m_choice.m_nNewFile;
     if (m_nFileEncoding == zynEncUnknown) m_nFileEncoding = zynEncCP1251;
     const std::string_view text(reinterpret_cast<const char*>(m_pBuffer), m_nDataSize);
-    if (text.empty()) return PutInPlace({}, {}, withBackup);
+    if (text.empty()) return PutInPlace({}, {}, withBackup, withBackup);
     const zynMarkChoice choice = m_choice.m_nMark;
     const bool isMarked = choice == zynMarkAsFound ? m_nMarkLength != 0
                                                    : choice != zynMarkNever || m_nFileEncoding != zynEncUTF8;
     const std::string_view mark = isMarked ? zyn::MarkOf(m_nFileEncoding) : "";
     if (m_nFileEncoding == m_nWorkEncoding)
-        return PutInPlace(text.starts_with(mark) ? "" : mark, text, withBackup);
+        return PutInPlace(text.starts_with(mark) ? "" : mark, text, withBackup, withBackup);
 
     const int bomLength = GetBomLength(m_nWorkEncoding, m_pBuffer, static_cast<int>(m_nDataSize));
     unsigned char* converted = nullptr;
@@ -374,11 +374,13 @@ bool CzynStringFile::ConvertAndWrite(bool withBackup) {
         return false;
     const std::unique_ptr<unsigned char[]> owned(converted);
     const std::string_view bytes(reinterpret_cast<const char*>(converted), static_cast<std::size_t>(length));
-    return PutInPlace(GetBomLength(m_nFileEncoding, converted, length) != 0 ? "" : mark, bytes, withBackup);
+    return PutInPlace(GetBomLength(m_nFileEncoding, converted, length) != 0 ? "" : mark, bytes, withBackup,
+                      withBackup);
 }
 
 // Of a text that cannot be put in the place of the old one nothing is written, as far as that can be known.
-bool CzynStringFile::PutInPlace(std::string_view mark, std::string_view text, bool withBackup) {
+bool CzynStringFile::PutInPlace(std::string_view mark, std::string_view text, bool withBackup,
+                                bool keepsTurns) {
     const CStringA backup = m_sName + ".bak", newestBackup = backup + ".tmp";
     zynplatform::Replacement replacement;
     m_nWriteError = replacement.Prepare(m_hFile, m_sName, m_mode, {mark, text}, {backup, newestBackup});
@@ -388,7 +390,7 @@ bool CzynStringFile::PutInPlace(std::string_view mark, std::string_view text, bo
                    zynplatform::CopyToNewFile(m_hFile, to, isPrivate) == 0;
         };
         if (withBackup) zyn::KeepBackup(m_sName, 1, linkOrCopy);
-        m_nWriteError = replacement.Commit(m_hFile, withBackup);
+        m_nWriteError = replacement.Commit(m_hFile, keepsTurns);
     }
     if (m_nWriteError == zynplatform::errorNotSupported) {
         const auto copy = [this](const char* to, bool isPrivate) {

@@ -110,7 +110,7 @@ public:
     std::string_view GetOriginal() const; // empty when nothing is loaded
     // How the original begins: with so many bytes of marks.
     std::size_t GetMarkLength() const { return m_nMarkLength; }
-    // Flush, or FlushWithBackup, of these bytes as they are, whatever the text in memory is.
+    // FlushWithBackup of these bytes as they are, whatever the text in memory is; with or without the backup.
     int FlushBytes(std::string_view mark, std::string_view bytes, bool withBackup);
 
     // Why the last Open failed; kept until the next failure.
@@ -155,7 +155,7 @@ protected:
     void TakeBuffer(unsigned char* buffer, unsigned length);
     template <class Step> bool WriteText(Step step);
     bool ConvertAndWrite(bool withBackup);
-    bool PutInPlace(std::string_view mark, std::string_view text, bool withBackup);
+    bool PutInPlace(std::string_view mark, std::string_view text, bool withBackup, bool keepsTurns);
 
     bool m_bLoaded;
     bool m_bModified;

@@ -3,6 +3,7 @@
 #include "zynplatform/cp1251.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 
 using namespace zynplatform::literals;
@@ -119,6 +120,8 @@ constexpr const char* FindText(std::uint32_t code) {
 static_assert(std::ranges::all_of(errnoTable, [](const ErrnoRow& row) { return *FindText(row.code) != 0; }));
 static_assert(*FindText(errorGeneralFailure) != 0);
 
+std::atomic<const char* (*)(const char*)> translator{nullptr};
+
 } // namespace
 
 std::uint32_t SystemErrorFromErrno(int errnoValue) {
@@ -127,7 +130,12 @@ std::uint32_t SystemErrorFromErrno(int errnoValue) {
 }
 
 const char* DescribeSystemError(std::uint32_t code) {
-    return FindText(code);
+    const auto translate = translator.load(std::memory_order_relaxed);
+    return translate ? translate(FindText(code)) : FindText(code);
+}
+
+void SetErrorTranslator(const char* (*translate)(const char*)) {
+    translator = translate;
 }
 
 } // namespace zynplatform

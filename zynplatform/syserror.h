@@ -40,8 +40,12 @@ inline constexpr std::uint32_t errorHardwareInput = 1117;
 // another opening holds means errorSharingViolation (32), while here it is one of those without a number.
 ZYN_API std::uint32_t SystemErrorFromErrno(int errnoValue);
 
-// A short description in Russian, in the library's code page, one line without a line end: static text, never
-// null, empty for a number without a description. Every number that SystemErrorFromErrno gives has one.
+// A short description in the library's code page, one line without a line end, never null, empty for a number
+// without a description. Every number that SystemErrorFromErrno gives has one. It is static text in Russian,
+// or what the translator has made of that.
 ZYN_API const char* DescribeSystemError(std::uint32_t code);
+
+// What puts the descriptions into the user's language; CzynTranslate sets it. Null for nothing.
+ZYN_API void SetErrorTranslator(const char* (*translate)(const char* text));
 
 } // namespace zynplatform

@@ -4,7 +4,6 @@
 #include <zynplatform/cp1251.h>
 
 #include <cstdio>
-#include <map>
 #include <set>
 
 // get, has, list and diff.
@@ -76,8 +75,12 @@ std::string ShellName(std::string_view text) {
     return name.empty() || std::isdigit(static_cast<unsigned char>(name[0])) ? "_" + name : name;
 }
 
-Pairs PairsOf(zyn::Ini& ini, const std::string& section) {
-    return ini.Pairs(section);
+// Without those whose key was there before.
+Pairs FirstPairs(zyn::Ini& ini, const std::string& section) {
+    std::set<std::string> seen;
+    Pairs pairs = ini.Pairs(section);
+    std::erase_if(pairs, [&](const auto& pair) { return !seen.insert(pair.first).second; });
+    return pairs;
 }
 
 void PrintHeader(const std::string& section) {
@@ -99,7 +102,7 @@ public:
                 continue;
             }
             if (m_isAll && (m_options.format.empty() || m_options.format == "text")) PrintHeader(section);
-            for (const auto& [key, value] : PairsOf(ini, section))
+            for (const auto& [key, value] : ini.Pairs(section))
                 PrintPair(section, key, value);
         }
     }
@@ -137,11 +140,9 @@ private:
 
     // Of a key that is there several times the first counts, as for get.
     std::string SectionInJson(zyn::Ini& ini, const std::string& section, const std::string& indent) const {
-        std::set<std::string> seen;
         std::vector<std::string> keys;
         std::string json;
-        for (const auto& [key, value] : PairsOf(ini, section)) {
-            if (!seen.insert(key).second) continue;
+        for (const auto& [key, value] : FirstPairs(ini, section)) {
             keys.push_back(key);
             json += (json.empty() ? "" : ",\n") + indent + "  " + InJson(key) + ": " + InJson(value);
         }
@@ -159,17 +160,15 @@ public:
     Comparison(zyn::Ini& from, zyn::Ini& to, bool asCommands)
         : m_from(from), m_to(to), m_asCommands(asCommands) {}
 
+    // Whether there is any difference. Of a key that is there several times the first counts, as for get.
     bool Print() {
-        for (const std::string& section : SectionsOf(m_from)) {
-            std::set<std::string> seen;
-            for (const auto& [key, value] : PairsOf(m_from, section)) {
-                if (!seen.insert(key).second) continue;
+        for (const std::string& section : SectionsOf(m_from))
+            for (const auto& [key, value] : FirstPairs(m_from, section)) {
                 const std::optional<std::string> other = m_to.Get(section, key);
                 if (other != value) Tell(section, key, &value, other ? &*other : nullptr);
             }
-        }
         for (const std::string& section : SectionsOf(m_to))
-            for (const auto& [key, value] : PairsOf(m_to, section))
+            for (const auto& [key, value] : FirstPairs(m_to, section))
                 if (!m_from.Has(section, key)) Tell(section, key, nullptr, &value);
         return m_hasPrinted;
     }
