@@ -1,5 +1,7 @@
 #include "support/encodings.h"
 
+#include <csignal>
+#include <poll.h>
 #include <pty.h>
 #include <sys/wait.h>
 
@@ -143,25 +145,68 @@ TEST(InictlTest, CommandsAnswerAndChangeWhatTheySay) {
     }
 }
 
+// What a terminal shows of a program: what it writes until it ends, or until `wanted` has come.
+std::string OnTerminal(const TempFolder& folder, std::vector<const char*> arguments,
+                       const std::string& typed = "", const std::string& wanted = "") {
+    int terminal = -1;
+    const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
+    if (child == 0) {
+        setenv("TERM", "dumb", 1);
+        setenv("PATH", (fs::path(INICTL).parent_path().string() + ":" + std::getenv("PATH")).c_str(), 1);
+        arguments.push_back(nullptr);
+        if (chdir(folder.Native().c_str()) == 0)
+            execvp(arguments[0], const_cast<char* const*>(arguments.data()));
+        _exit(99);
+    }
+    std::string shown;
+    char piece[4096];
+    if (write(terminal, typed.data(), typed.size()) < 0) return "";
+    pollfd ready{terminal, POLLIN, 0};
+    while (poll(&ready, 1, 5000) > 0) {
+        const ssize_t length = read(terminal, piece, sizeof piece);
+        if (length <= 0) break;
+        shown.append(piece, static_cast<std::size_t>(length));
+        if (!wanted.empty() && shown.find(wanted) != shown.npos) break;
+    }
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+    close(terminal);
+    return shown;
+}
+
 TEST(InictlTest, ATerminalSeesHowFarAMergeIs) {
     const TempFolder folder;
     std::string text;
     for (int i = 0; i < 2000; ++i)
         text += "[section " + std::to_string(i) + "]\nkey=" + std::string(3000, 'v') + "\n";
     folder.Write("big.ini", text);
-    int terminal = -1;
-    if (const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr); child != 0) {
-        std::string shown;
-        char piece[4096];
-        for (ssize_t length; (length = read(terminal, piece, sizeof piece)) > 0;)
-            shown.append(piece, static_cast<std::size_t>(length));
-        waitpid(child, nullptr, 0);
-        close(terminal);
-        EXPECT_TRUE(shown.find(" 50 %") != shown.npos && shown.ends_with("\r\x1b[K")) << shown.substr(0, 200);
-        EXPECT_EQ(text.size() + 1999, folder.Read("new.ini").size());
-    } else {
-        chdir(folder.Native().c_str());
-        execl(INICTL, INICTL, "merge", "new.ini", "big.ini", nullptr);
-        _exit(99);
+    const std::string shown = OnTerminal(folder, {INICTL, "merge", "new.ini", "big.ini"});
+    EXPECT_TRUE(shown.find(" 50 %") != shown.npos && shown.ends_with("\r\x1b[K")) << shown.substr(0, 200);
+    EXPECT_EQ(text.size() + 1999, folder.Read("new.ini").size());
+}
+
+TEST(InictlTest, ShellsCompleteNamesOfTheFile) {
+    const Variable language("LC_ALL", "C.UTF-8");
+    const TempFolder folder;
+    folder.Write("u.ini", "[main $(touch x)]\nlevel high=1\n[log]\nwidth=2\n");
+    const std::string setUp = " " COMPLETION "/";
+    const std::pair<const char*, const char*> cases[] = {
+        {"inictl ge\tu\tlo\twi\t", "width "},
+        {"inictl set u.ini --dr\tma\tle\t", "level\\ high "},
+        {"inictl list u.ini --format=js\t", "--format=json"}};
+    for (const auto& [typed, wanted] : cases) {
+        const std::string bash = OnTerminal(
+            folder, {"bash", "--norc", "--noprofile", "-i"},
+            "bind 'set enable-bracketed-paste off'; ." + setUp + "completion.bash\n" + typed, wanted);
+        EXPECT_NE(bash.npos, bash.find(wanted)) << bash;
+        if (!fs::exists("/usr/bin/zsh")) continue;
+        const std::string zsh =
+            OnTerminal(folder, {"zsh", "-f", "-i"},
+                       "unset zle_bracketed_paste; fpath=(" COMPLETION " $fpath); autoload -U "
+                       "compinit; compinit -D -u\n" +
+                           std::string(typed),
+                       wanted);
+        EXPECT_NE(zsh.npos, zsh.find(wanted)) << zsh;
     }
+    EXPECT_FALSE(folder.Has("x"));
 }
