@@ -4,14 +4,17 @@
 #include "support/ini_reference.h"
 #include "zynaggr/zynstringfile.h"
 
+#include <vector>
+
 // The input is an INI file, read as the reference of the rules reads it. Saved and read again it gives the
-// same lines, but for what saving is there to change.
+// same lines, but for what saving is there to change; in faithful mode the same bytes.
 
 namespace {
 
 // The text of a file in the code page, as far as it can be decoded.
 std::string Decoded(const CStringA& name) {
     CzynStringFile file;
+    file.KeepOriginal();
     Check(file.Open(name, CFile::modeRead | CFile::shareDenyNone, zynEncUnknown));
     return std::string(file.ReadAllData());
 }
@@ -29,10 +32,34 @@ bool IsTakenForAnother(const std::string& text, zynTextEncoding encoding) {
 
 } // namespace
 
+namespace {
+
+void CheckFaithfulness(const TempFolder& folder, const std::string& bytes, bool prefersUtf8) {
+    CzynINI ini;
+    zynEncodingChoice choice;
+    choice.m_bPreferUtf8 = prefersUtf8;
+    ini.SetEncodingChoice(choice);
+    ini.SetFaithful(true);
+    ini.SetINI(folder.Path("f.ini"), false, 0);
+    ini.SetWriteMode(false);
+    std::vector<std::string> keys;
+    const bool isNew = !ini.GetListKeysUtf8("none", keys);
+    if (isNew) Check(ini.WriteStringUtf8("none", "k", "v", "note") && ini.DeleteGroupeUtf8("none"));
+    const std::string key = "zz";
+    std::string value;
+    if (!ini.GetStringUtf8("", key, value) && ini.WriteStringUtf8("", key, "v"))
+        Check(ini.DeleteUtf8("", key));
+    static_cast<void>(ini.Flush()); // refused for what could not be decoded
+    Check(folder.Read("f.ini") == bytes);
+}
+
+} // namespace
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static const TempFolder folder;
     static const StandingClock clock;
     folder.Write("f.ini", {reinterpret_cast<const char*>(data), size});
+    CheckFaithfulness(folder, std::string(data, data + size), size % 2);
     OpenIni ini(folder.Path("f.ini"));
     Check(ini.Parse());
     const std::string text = Decoded(folder.Path("f.ini"));

@@ -82,7 +82,8 @@ bool CzynINI::WriteModel() {
                               : isExact   ? zyn::ComposeBytes(m_aSections, Document())
                                           : std::string();
     const CStringA sText = isExact ? CStringA() : ComposeText();
-    const std::string_view mark = isExact && !bytes.empty() && IsMarked() ? m_pDocument->Mark() : "";
+    const bool hasText = !bytes.empty() || (m_bFaithful && m_bMarkFound);
+    const std::string_view mark = isExact && hasText && IsMarked() ? m_pDocument->Mark() : "";
     if (isExact && mark.empty() && !IsReadAlike(bytes))
         return FailSave(CzynTranslate::Translate(
             "Файл ini был бы прочитан в другой кодировке, поэтому он не сохраняется"_cp1251));
