@@ -44,7 +44,7 @@ public:
     // CheckSystemTime refuses them. Hours, minutes and seconds of any size add up: 25:00 is 01:00 of the next
     // day, or of the day before on a date before the epoch.
     CzynDateTime(const SYSTEMTIME& fields) { Set(fields); }
-    CzynDateTime(int year, int month, int day, int hour, int minute, int second) {
+    CzynDateTime(int year, int month, int day, int hour = 0, int minute = 0, int second = 0) {
         SetDateTime(year, month, day, hour, minute, second);
     }
     // Local time (see zynplatform::LocalTime) of a count of seconds since 1970-01-01 00:00 UTC; 0.0 and
@@ -62,10 +62,12 @@ public:
 
     // Each returns the new status. The numbers are cut to 16 bits without a sign before they are looked at:
     // -1 hour is 65535 hours, the year 65536 + 2024 is 2024.
-    int SetDateTime(int year, int month, int day, int hour, int minute, int second);
+    int SetDateTime(int year, int month, int day, int hour, int minute = 0, int second = 0);
     int SetDate(int year, int month, int day) { return SetDateTime(year, month, day, 0, 0, 0); }
     // A time of day without a date: on day 0, 30 December 1899.
-    int SetTime(int hour, int minute, int second) { return SetDateTime(1899, 12, 30, hour, minute, second); }
+    int SetTime(int hour, int minute, int second = 0) {
+        return SetDateTime(1899, 12, 30, hour, minute, second);
+    }
 
     // What the value is.
     DateTimeStatus GetStatus() const { return m_status; }

@@ -27,14 +27,14 @@ public:
     CzynDateTimeSpan() = default; // 0, valid
     // A number of days, or the sum of parts.
     CzynDateTimeSpan(double days) : m_dt(days) { CheckRange(); }
-    CzynDateTimeSpan(long days, int hours, int minutes, int seconds) {
+    CzynDateTimeSpan(long days, int hours, int minutes = 0, int seconds = 0) {
         SetDateTimeSpan(days, hours, minutes, seconds);
     }
 
     // As the constructor.
     CzynDateTimeSpan& operator=(double days) { return *this = CzynDateTimeSpan(days); }
     // Parts of any size, which add up; negative ones subtract.
-    void SetDateTimeSpan(long days, int hours, int minutes, int seconds);
+    void SetDateTimeSpan(long days, int hours = 0, int minutes = 0, int seconds = 0);
 
     // The number stays when the status is set.
     DateTimeSpanStatus GetStatus() const { return m_status; }
