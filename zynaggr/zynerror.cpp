@@ -98,8 +98,8 @@ SzynErrorDescription::SzynErrorDescription(const SzynErrorDescription& other, co
 }
 
 SzynErrorDescription::~SzynErrorDescription() {
-    for (int i = 0; i < m_aStack.GetSize(); ++i)
-        delete m_aStack[i];
+    for (const SzynErrorDescription* record : m_aStack)
+        delete record;
 }
 
 void SzynErrorDescription::Set(const SzynErrorDescription& other) {
@@ -148,9 +148,9 @@ CStringA SzynErrorDescription::Print(const char* szExtra, bool bRussian) const {
 
     if (!bRussian && !m_aStack.IsEmpty()) {
         text += "\r\n\t\tErr stack: ";
-        for (int i = 0; i < m_aStack.GetSize(); ++i) {
+        for (const SzynErrorDescription* record : m_aStack) {
             text += "\r\n\t";
-            text += m_aStack[i]->Print(nullptr, false);
+            text += record->Print(nullptr, false);
         }
     }
     return text;

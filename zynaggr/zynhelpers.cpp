@@ -25,7 +25,14 @@ namespace {
 
 constexpr std::size_t moduleNameRoom = 260; // the terminating zero included
 
-bool IsNumberText(std::string_view text, bool hex) {
+} // namespace
+
+bool IsNumber(char character, bool hex) {
+    if (character >= '0' && character <= '9') return true;
+    return hex && ((character >= 'A' && character <= 'F') || (character >= 'a' && character <= 'f'));
+}
+
+bool IsNumber(std::string_view text, bool hex) {
     if (text.empty()) return false;
     if (text.starts_with('-'))
         text.remove_prefix(1);
@@ -34,19 +41,12 @@ bool IsNumberText(std::string_view text, bool hex) {
     return std::ranges::all_of(text, [hex](char c) { return IsNumber(c, hex); });
 }
 
-} // namespace
-
-bool IsNumber(char character, bool hex) {
-    if (character >= '0' && character <= '9') return true;
-    return hex && ((character >= 'A' && character <= 'F') || (character >= 'a' && character <= 'f'));
-}
-
 bool IsNumber(const CStringA& text, bool hex) {
-    return IsNumberText(text.View(), hex);
+    return IsNumber(text.View(), hex);
 }
 
 bool IsNumber(const char* text, bool hex) {
-    return text && IsNumberText(text, hex);
+    return text && IsNumber(std::string_view(text), hex);
 }
 
 bool zynIsStringEmpty(const char* text) {
@@ -74,10 +74,10 @@ void CStringSplit(CStringArray& out, const CStringA& text, char separator) {
 
 CStringA CStringJoin(const CStringArray& array, const char* separator) {
     CStringA joined;
-    for (int i = 0; i < array.GetSize(); ++i) {
-        if (array[i].IsEmpty()) continue;
+    for (const CStringA& text : array) {
+        if (text.IsEmpty()) continue;
         if (!joined.IsEmpty()) joined += separator;
-        joined += array[i];
+        joined += text;
     }
     return joined;
 }
@@ -134,11 +134,19 @@ bool IsNameCorrect(const CStringA& name, CStringA& error, bool database) {
 }
 
 CStringA zynFromNativePath(const char* nativePath) {
-    return CStringA(zynplatform::FromNativePath(nativePath ? nativePath : ""));
+    return zynFromNativePath(std::string_view(nativePath ? nativePath : ""));
+}
+
+CStringA zynFromNativePath(std::string_view nativePath) {
+    return CStringA(zynplatform::FromNativePath(nativePath));
 }
 
 std::string zynToNativePath(const char* path) {
-    return zynplatform::ToNativePath(path ? path : "");
+    return zynToNativePath(std::string_view(path ? path : ""));
+}
+
+std::string zynToNativePath(std::string_view path) {
+    return zynplatform::ToNativePath(path);
 }
 
 void zynGetDescriptionSystemError(int code, CStringA& out, bool withCode) {

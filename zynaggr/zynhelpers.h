@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 // Small helpers that the library and its hosts share. Texts are in the library's code page, paths are
 // backslash paths unless "native" is said. A null pointer counts as an empty text. None of these functions
@@ -16,13 +17,14 @@
 // ---- Texts
 
 // A digit; with `hex` also a hexadecimal digit of either case.
-ZYN_API bool IsNumber(char character, bool hex);
+ZYN_API bool IsNumber(char character, bool hex = false);
 
 // Whether a text consists of such digits. One minus may stand before them, or with `hex` the prefix "0x"
 // (lower-case x, at least one digit behind it), not both. Hexadecimal digits need no prefix. An empty text is
 // no number; a lone minus is one, so check the length before relying on a digit being there.
-ZYN_API bool IsNumber(const CStringA& text, bool hex);
-ZYN_API bool IsNumber(const char* text, bool hex);
+ZYN_API bool IsNumber(const CStringA& text, bool hex = false);
+ZYN_API bool IsNumber(const char* text, bool hex = false);
+ZYN_API bool IsNumber(std::string_view text, bool hex = false);
 
 // True for null and for "".
 ZYN_API bool zynIsStringEmpty(const char* text);
@@ -70,7 +72,9 @@ ZYN_API bool IsNameCorrect(const CStringA& name, CStringA& error, bool database)
 // native already and stays as it is in zynToNativePath. Native names that the code page can't hold survive
 // the way there and back.
 ZYN_API CStringA zynFromNativePath(const char* nativePath);
+ZYN_API CStringA zynFromNativePath(std::string_view nativePath);
 ZYN_API std::string zynToNativePath(const char* path);
+ZYN_API std::string zynToNativePath(std::string_view path);
 
 // ---- System
 

@@ -75,8 +75,12 @@ int CStringA::Find(char character, int start) const {
 }
 
 int CStringA::Find(const char* text, int start) const {
-    if (!text || Clamp(start) > m_text.size()) return -1;
-    return Position(*text ? FindText(View(), std::string_view(text), Clamp(start)) : Clamp(start));
+    return text ? Find(std::string_view(text), start) : -1;
+}
+
+int CStringA::Find(std::string_view text, int start) const {
+    if (Clamp(start) > m_text.size()) return -1;
+    return Position(text.empty() ? Clamp(start) : FindText(View(), text, Clamp(start)));
 }
 
 int CStringA::ReverseFind(char character) const {

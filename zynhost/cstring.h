@@ -9,6 +9,16 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <type_traits>
+
+namespace zyn {
+
+// A std::string_view, a std::string and the like: a text with its length that is no zero-terminated one.
+template <class T>
+concept TextView =
+    std::is_convertible_v<const T&, std::string_view> && !std::is_convertible_v<const T&, const char*>;
+
+} // namespace zyn
 
 // The host class library's counted 8-bit string: the working string type of the library.
 //
@@ -16,9 +26,10 @@
 // zero bytes may stand inside. Letters are folded by the code page's own table, never by the process's
 // locale. White space is blank, tab, line feed, vertical tab, form feed and carriage return.
 //
-// A null pointer counts as an empty text wherever a text is taken. Positions are counted in bytes; -1 means
-// "not found". Running out of memory throws std::bad_alloc, and so does a text of 2 GiB or more, whose length
-// an int can't tell. One object is for one thread at a time.
+// A null pointer counts as an empty text wherever a text is taken. Where a std::string_view is taken, it is
+// with all its bytes, zeros too, and so is a std::string; it may be part of the string itself. Positions are
+// counted in bytes; -1 means "not found". Running out of memory throws std::bad_alloc, and so does a text of
+// 2 GiB or more, whose length an int can't tell. One object is for one thread at a time.
 class ZYN_API CStringA {
 public:
     CStringA() = default;
@@ -38,6 +49,10 @@ public:
         return *this;
     }
     CStringA& operator=(const WCHAR* text);
+    template <zyn::TextView Text> CStringA& operator=(const Text& text) {
+        m_text = Checked(text);
+        return *this;
+    }
     CStringA& operator=(char character) {
         m_text.assign(1, character);
         return *this;
@@ -63,11 +78,15 @@ public:
     void SetAt(int index, char character) { m_text[static_cast<std::size_t>(index)] = character; }
 
     // Append to the text.
-    CStringA& operator+=(const CStringA& text) { return Append(text.m_text); }
-    CStringA& operator+=(const char* text) { return Append(std::string_view(text ? text : "")); }
+    CStringA& operator+=(const CStringA& text) { return Append(text.View()); }
+    CStringA& operator+=(const char* text) { return Append(text); }
+    template <zyn::TextView Text> CStringA& operator+=(const Text& text) {
+        return Append(std::string_view(text));
+    }
     CStringA& operator+=(char character) { return Append(std::string_view(&character, 1)); }
+    CStringA& Append(const CStringA& text) { return Append(text.View()); }
+    CStringA& Append(const char* text) { return Append(std::string_view(text ? text : "")); }
     CStringA& Append(const char* text, int length) { return Append(Piece(text, length)); }
-    // The piece may be part of this string.
     CStringA& Append(std::string_view text);
 
     // The first `count` bytes, the last `count`, or `count` from `first` on; what lies outside the text is
@@ -80,6 +99,7 @@ public:
     // Where it stands first, from `start` on, or last; -1 for nowhere.
     int Find(char character, int start = 0) const;
     int Find(const char* text, int start = 0) const;
+    int Find(std::string_view text, int start = 0) const;
     int ReverseFind(char character) const;
 
     // Each returns how many places it changed.
@@ -101,6 +121,7 @@ public:
 
     // Negative, 0 or positive, byte by byte; CompareNoCase compares lower-cased bytes.
     int Compare(const char* text) const;
+    int Compare(std::string_view text) const { return View().compare(text); }
     int CompareNoCase(const char* text) const;
 
     // As printf. The text may be an argument of its own format.
@@ -151,6 +172,11 @@ inline CStringA operator+(const char* left, const CStringA& right) {
     result += right;
     return result;
 }
+inline CStringA operator+(const CStringA& left, std::string_view right) {
+    CStringA result(left);
+    result += right;
+    return result;
+}
 inline CStringA operator+(const CStringA& left, char right) {
     CStringA result(left);
     result += right;
@@ -163,6 +189,9 @@ inline bool operator==(const CStringA& left, const CStringA& right) {
 }
 inline bool operator==(const CStringA& left, const char* right) {
     return left.Compare(right) == 0;
+}
+inline bool operator==(const CStringA& left, std::string_view right) {
+    return left.View() == right;
 }
 inline bool operator<(const CStringA& left, const CStringA& right) {
     return left.View() < right.View();

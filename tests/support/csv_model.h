@@ -12,8 +12,8 @@ using Row = std::vector<std::string>;
 
 inline Row Texts(const CStringArray& fields) {
     Row row;
-    for (int i = 0; i < fields.GetSize(); ++i)
-        row.emplace_back(fields[i].View());
+    for (const CStringA& field : fields)
+        row.emplace_back(field.View());
     return row;
 }
 

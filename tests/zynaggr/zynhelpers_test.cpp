@@ -10,7 +10,7 @@ TEST(Helpers, NumbersAreDigitsBehindASignOrAPrefix) {
         std::string text;
         for (int rest = n; rest > 0; rest /= 10)
             if (rest % 10 != 0) text += "-+ 01xXaG"[rest % 10 - 1];
-        ASSERT_EQ(IsNumber(CStringA(text.c_str()), false), std::regex_match(text, decimal)) << text;
+        ASSERT_EQ(IsNumber(text), std::regex_match(text, decimal)) << text;
         ASSERT_EQ(IsNumber(text.c_str(), true), std::regex_match(text, hex)) << text;
     }
     EXPECT_FALSE(IsNumber(CStringA("1\0", 2), false));

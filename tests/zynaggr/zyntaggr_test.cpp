@@ -27,13 +27,13 @@ Item items[2];
 Item *const a = &items[0], *const b = &items[1];
 
 List Elements(const Plain& array) {
-    return List(array.m_pData, array.m_pData + array.GetSize());
+    return List(array.begin(), array.end());
 }
 
 TEST(PointerArray, CapacityFollowsTheRules) {
     for (const auto& [asked, capacity] : {std::pair{-3, 16}, {0, 16}, {8, 8}})
         EXPECT_EQ(Plain(asked).m_nMaxSize, capacity);
-    Plain array(0);
+    Plain array;
     const auto expect = [&](bool done, int capacity, bool expected = true) {
         EXPECT_EQ(done, expected);
         EXPECT_EQ(array.m_nMaxSize, capacity);

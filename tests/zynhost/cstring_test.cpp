@@ -1,5 +1,6 @@
 #include "support/failing_new.h"
 #include "support/test.h"
+#include "zynaggr/zynhelpers.h"
 #include "zynhost/cstring.h"
 #include "zynhost/memory.h"
 
@@ -54,6 +55,16 @@ TEST(CStringATest, ChangesAndFindsByTheCodePage) {
     for (const auto& [got, expected] : texts)
         EXPECT_STREQ(expected, got);
     EXPECT_EQ(-1, position);
+}
+
+TEST(CStringATest, TakesStandardTextsWithAllTheirBytes) {
+    const std::string text("b\0c", 3);
+    CStringA copy;
+    (copy = text) += text;
+    copy.Append(copy).Append(static_cast<const char*>(nullptr));
+    EXPECT_EQ(copy + text, text + text + text + text + text);
+    EXPECT_TRUE(copy.Find(text.substr(1), 2) == 4 && copy.Compare(text) > 0 && copy == copy.View());
+    EXPECT_TRUE(copy.Find(""s, 12) == 12 && copy.Find(""s, 13) == -1 && IsNumber("0x1F"s, true));
 }
 
 TEST(CStringATest, LackOfMemoryLeavesTheTextAsItWas) {
