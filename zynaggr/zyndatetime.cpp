@@ -188,6 +188,14 @@ void CzynDateTime::Init_m_pSysTime() {
 }
 
 CStringA CzynDateTime::Format(const char* format) const {
+    return FormatBy(zynplatform::FormatTime, format);
+}
+
+CStringA CzynDateTime::FormatForUser(const char* format) const {
+    return FormatBy(zynplatform::FormatTimeForUser, format);
+}
+
+CStringA CzynDateTime::FormatBy(std::string (*formatter)(const char*, std::tm), const char* format) const {
     if (!format || !*format || m_status == null) return {};
     UDATE fields;
     if (!GetAsUDATE(fields)) return "Invalid DateTime";
@@ -200,7 +208,7 @@ CStringA CzynDateTime::Format(const char* format) const {
     time.tm_year = fields.st.wYear - 1900;
     time.tm_wday = fields.st.wDayOfWeek;
     time.tm_yday = fields.wDayOfYear - 1;
-    return CStringA(std::string_view(zynplatform::FormatTime(format, time)));
+    return CStringA(std::string_view(formatter(format, time)));
 }
 
 bool CzynDateTime::operator==(const CzynDateTime& other) const {

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 
 // A date and a time of day, from 1 January 100 to 31 December 9999 of the Gregorian calendar.
 //
@@ -105,6 +106,9 @@ public:
     // "Invalid DateTime" where GetAsSystemTime would fail; empty for a null value, and for a null or empty
     // format.
     CStringA Format(const char* format) const;
+    // The same with the names of months and days (%B, %A) in the user's language, whatever the process's
+    // locale is; zynplatform::FormatTimeForUser says which that is.
+    CStringA FormatForUser(const char* format) const;
 
     // ---- Comparing and arithmetic, linear in time also before the epoch
 
@@ -137,6 +141,7 @@ protected:
     double Moved(double days) const { return DateFromDouble(DoubleFromDate(m_dt) + days); }
 
     void Set(const SYSTEMTIME& fields);
+    CStringA FormatBy(std::string (*formatter)(const char*, std::tm), const char* format) const;
     // Makes a value out of range invalid.
     void CheckRange();
 

@@ -2,10 +2,14 @@
 
 #include "zynplatform/codepage.h"
 #include "zynplatform/fork.h"
+#include "zynplatform/locale.h"
+#include "zynplatform/locale_table.h"
 
 #include <algorithm>
 #include <atomic>
+#include <clocale>
 #include <ctime>
+#include <iterator>
 #include <langinfo.h>
 #include <string_view>
 
@@ -88,6 +92,39 @@ std::string FormatTime(const char* format, std::tm time) {
     }
     text.resize(length);
     return isUtf8 ? Recode(text, utf8CodePage, ansiCodePage) : text;
+}
+
+namespace {
+
+// The user's texts for dates are this thread's while this lives.
+class UsersTexts {
+public:
+    UsersTexts() {
+        const auto lcid = static_cast<std::int32_t>(GetThreadLocale());
+        const auto row = std::ranges::find(localeTable, lcid, &LocaleRow::lcid);
+        std::string name = std::string(row == std::end(localeTable) ? "" : row->culture) + ".utf8";
+        std::ranges::replace(name, '-', '_');
+        m_locale = newlocale(LC_TIME_MASK, name.c_str(), nullptr);
+        if (!m_locale) m_locale = newlocale(LC_TIME_MASK, "", nullptr);
+        if (m_locale) m_before = uselocale(m_locale);
+    }
+    ~UsersTexts() {
+        if (!m_locale) return;
+        uselocale(m_before);
+        freelocale(m_locale);
+    }
+    UsersTexts(const UsersTexts&) = delete;
+    UsersTexts& operator=(const UsersTexts&) = delete;
+
+private:
+    locale_t m_locale = nullptr, m_before = nullptr;
+};
+
+} // namespace
+
+std::string FormatTimeForUser(const char* format, std::tm time) {
+    const UsersTexts texts;
+    return FormatTime(format, time);
 }
 
 } // namespace zynplatform

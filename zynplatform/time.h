@@ -61,4 +61,8 @@ ZYN_API bool LocalTime(std::int64_t seconds, std::tm& local);
 // width makes it so, and a width may ask for gigabytes.
 ZYN_API std::string FormatTime(const char* format, std::tm time);
 
+// The same in the language of the thread's locale (see locale.h), whatever the process's locale is; where the
+// system has no texts for it, in that of the environment (LC_ALL, LC_TIME, LANG), which may be English.
+ZYN_API std::string FormatTimeForUser(const char* format, std::tm time);
+
 } // namespace zynplatform

@@ -1,7 +1,10 @@
 #include "zynaggr/zyndatetime.h"
 
 #include "support/failing_new.h"
+#include "support/temp_folder.h"
 #include "zynhost/memory.h"
+#include "zynplatform/cp1251.h"
+#include "zynplatform/locale.h"
 
 #include <gtest/gtest.h>
 
@@ -14,6 +17,7 @@
 namespace {
 
 using namespace std::chrono;
+using namespace zynplatform::literals;
 
 constexpr int firstDay = -657434, lastDay = 2958465;
 constexpr sys_days epoch = 1899y / December / 30;
@@ -157,6 +161,27 @@ TEST(DateTime, FormatsByTheRuntimeLibrary) {
     EXPECT_EQ(value.Format("%2000000000d"), "");
     EXPECT_TRUE(value.Format(nullptr).IsEmpty() && WithStatus(1, null).Format("%Y").IsEmpty());
     EXPECT_STREQ(WithStatus(1, invalid).Format(""), "");
+}
+
+TEST(DateTime, NamesMonthsInTheUsersLanguageWhateverTheProcesssLocaleIs) {
+    const TempFolder folder;
+    const std::string path = folder.Native(), compile = "localedef -f UTF-8 -i ";
+    if (std::system(
+            (compile + "ru_RU " + path + "/ru_RU.utf8 && " + compile + "de_DE " + path + "/de_DE.utf8")
+                .c_str()))
+        GTEST_SKIP() << "no locales to make";
+    const CzynDateTime value(2024, 12, 31);
+    setenv("LOCPATH", path.c_str(), 1);
+    setenv("LC_ALL", "ru_RU.UTF-8", 1);
+    EXPECT_EQ(value.FormatForUser("%d %B, %A\xB9"), "31 декабря, Вторник№"_cp1251);
+    zynplatform::SetThreadLocale(1031);
+    EXPECT_EQ(value.FormatForUser("%B %A"), "Dezember Dienstag");
+    zynplatform::SetThreadLocale(1155); // whose texts the system has not got
+    EXPECT_EQ(value.FormatForUser("%b"), "дек"_cp1251);
+    EXPECT_EQ(value.Format("%B"), "December");
+    zynplatform::SetThreadLocale(0);
+    unsetenv("LC_ALL");
+    unsetenv("LOCPATH");
 }
 
 } // namespace
