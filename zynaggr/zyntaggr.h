@@ -73,7 +73,7 @@ template <class T, class ARG, int N> class ZYN_API CzynTAggr {
 
 public:
     // Allocates nInitSize slots, 16 if that is below 1.
-    explicit CzynTAggr(int nInitSize) { SetSize(nInitSize < 1 ? 16 : nInitSize); }
+    explicit CzynTAggr(int nInitSize = 0) { SetSize(nInitSize < 1 ? 16 : nInitSize); }
     virtual ~CzynTAggr() {
         RemoveAll();
         delete[] m_pData;

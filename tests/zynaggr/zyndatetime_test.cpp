@@ -165,13 +165,15 @@ TEST(DateTime, FormatsByTheRuntimeLibrary) {
 
 TEST(DateTime, NamesMonthsInTheUsersLanguageWhateverTheProcesssLocaleIs) {
     const TempFolder folder;
-    const std::string path = folder.Native(), compile = "localedef -f UTF-8 -i ";
-    if (std::system(
-            (compile + "ru_RU " + path + "/ru_RU.utf8 && " + compile + "de_DE " + path + "/de_DE.utf8")
-                .c_str()))
-        GTEST_SKIP() << "no locales to make";
+    for (const std::string name : {"ru_RU", "de_DE"}) { // of the locales only what dates need
+        folder.Write(name + ".txt", "LC_TIME\ncopy \"" + name + "\"\nEND LC_TIME\n");
+        const std::string path = folder.Native(name);
+        if (std::system(("localedef -c -f UTF-8 -i " + path + ".txt " + path + ".utf8 2>/dev/null").c_str()) >
+            0x100)
+            GTEST_SKIP() << "no locales to make";
+    }
     const CzynDateTime value(2024, 12, 31);
-    setenv("LOCPATH", path.c_str(), 1);
+    setenv("LOCPATH", folder.Native().c_str(), 1);
     setenv("LC_ALL", "ru_RU.UTF-8", 1);
     EXPECT_EQ(value.FormatForUser("%d %B, %A\xB9"), "31 декабря, Вторник№"_cp1251);
     zynplatform::SetThreadLocale(1031);
