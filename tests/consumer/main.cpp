@@ -3,8 +3,8 @@
 
 #include <cstdio>
 
-// What crosses the library's border in each way: code in line, a template's instance, an exception, and the module's
-// own start and end.
+// What crosses the library's border in each way: code in line, a template's instance, an exception, and the
+// module's own start and end.
 int main() {
     zynSetTraceOutput([](const char* text) { std::fputs(text, stdout); });
     CzynINI ini(zynFromNativePath("./consumer.ini"));
