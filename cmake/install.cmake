@@ -12,7 +12,7 @@ if(ZYNAGGR_SHARED)
   install(SCRIPT ${CMAKE_CURRENT_BINARY_DIR}/ldconfig.cmake COMPONENT runtime)
 endif()
 
-# Every header is public but these. scripts/docs reads the list too.
+# Every header is public but these. scripts/common.sh reads the list too.
 install(DIRECTORY zynaggr zynhost zynplatform DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev
         FILES_MATCHING PATTERN "*.h"
         PATTERN "*_impl.h" EXCLUDE

@@ -5,6 +5,13 @@ project_version() {
   sed -n 's/^project(.* VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt
 }
 
+# The headers that are installed.
+public_headers() {
+  local others
+  others=$(sed -n 's/.*PATTERN "\(.*\.h\)" EXCLUDE.*/\1/p' cmake/install.cmake | sed 's/\./\\./g; s/\*/.*/' | paste -sd '|')
+  find zynaggr zynhost zynplatform -name '*.h' | grep -vE "(^|/)($others)\$" | LC_ALL=C sort
+}
+
 # install_packages PACKAGE...: through apt, as root or with sudo; where that cannot be, says what to ask for.
 install_packages() {
   local as_root=()
