@@ -4,6 +4,7 @@
 #include "zynaggr/zynmessage.h"
 #include "zynhost/application.h"
 #include "zynplatform/cp1251.h"
+#include "zynplatform/environment.h"
 #include "zynplatform/filesystem.h"
 #include "zynplatform/memorystatus.h"
 #include "zynplatform/paths.h"
@@ -80,8 +81,7 @@ CStringA CStringJoin(const CStringArray& array, const char* separator) {
 }
 
 void zynGetTempPath(CStringA& out) {
-    out.GetEnvironmentVariable("TEMP");
-    if (!out.IsEmpty() && out[out.GetLength() - 1] != '\\') out += '\\';
+    out = CStringA(zynplatform::GetTempFolder());
 }
 
 bool zynGetTempFileName(const char* prefix, const char* extension, CStringA& out) {
