@@ -1,13 +1,18 @@
-# What is installed, in two components: "runtime" is what a finished program needs, "dev" what building one needs.
-# CPack makes a Debian package of each: libzynaggr1 and libzynaggr-dev.
+# What is installed, in components: "runtime" is what a finished program needs, "dev" what building one needs, "tools"
+# the programs. packaging/debian makes a package of each.
 include(CMakePackageConfigHelpers)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zynaggr)
 
 install(TARGETS zynaggr EXPORT zynaggrTargets
-        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT dev)
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT dev
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev)
+if(ZYNAGGR_SHARED)
+  configure_file(cmake/ldconfig.cmake.in ldconfig.cmake @ONLY)
+  install(SCRIPT ${CMAKE_CURRENT_BINARY_DIR}/ldconfig.cmake COMPONENT runtime)
+endif()
 
-# Every header is public but these. scripts/docs reads the list too.
+# Every header is public but these. scripts/common.sh reads the list too.
 install(DIRECTORY zynaggr zynhost zynplatform DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev
         FILES_MATCHING PATTERN "*.h"
         PATTERN "*_impl.h" EXCLUDE
@@ -32,6 +37,15 @@ file(RELATIVE_PATH pkgconfig_prefix /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /p
 configure_file(cmake/zynaggr.pc.in zynaggr.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zynaggr.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT dev)
 
-if(PROJECT_IS_TOP_LEVEL)
-  include(cmake/packages.cmake)
+# Packages have it in a form of their own.
+install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT licence)
+
+if(TARGET inictl AND EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/tools/inictl)
+  install(TARGETS inictl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+  file(GLOB dictionaries CONFIGURE_DEPENDS tools/inictl/translate*.xml examples/data/translate*zynaggr*.xml)
+  install(FILES ${dictionaries} DESTINATION ${CMAKE_INSTALL_DATADIR}/zynaggr COMPONENT tools)
+  install(FILES tools/inictl/inictl.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
+  install(FILES tools/inictl/inictl.bash RENAME inictl
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT tools)
+  install(FILES tools/inictl/_inictl DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions COMPONENT tools)
 endif()

@@ -1,10 +1,25 @@
 # Shared by the scripts: installs what is missing and builds. Source it from the project's root.
 # CC and CXX choose the compiler; each has a build folder of its own.
 
-# install PACKAGE...: through apt, as root or with sudo.
+project_version() {
+  sed -n 's/^project(.* VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt
+}
+
+# The headers that are installed.
+public_headers() {
+  local others
+  others=$(sed -n 's/.*PATTERN "\(.*\.h\)" EXCLUDE.*/\1/p' cmake/install.cmake | sed 's/\./\\./g; s/\*/.*/' | paste -sd '|')
+  find zynaggr zynhost zynplatform -name '*.h' | grep -vE "(^|/)($others)\$" | LC_ALL=C sort
+}
+
+# install_packages PACKAGE...: through apt, as root or with sudo; where that cannot be, says what to ask for.
 install_packages() {
   local as_root=()
   [ "$(id -u)" -eq 0 ] || as_root=(sudo)
+  if ! command -v apt-get >/dev/null || ! command -v "${as_root[@]:-true}" >/dev/null; then
+    echo "Missing, and to be installed by somebody who may (names of Debian's packages): $*" >&2
+    return 1
+  fi
   echo "Installing: $*"
   "${as_root[@]}" apt-get update -qq
   DEBIAN_FRONTEND=noninteractive "${as_root[@]}" apt-get install -y -qq --no-install-recommends "$@" >/dev/null
@@ -36,7 +51,7 @@ build() {
   local preset=$1 log
   shift
   log=$(mktemp)
-  if ! { cmake --preset "$preset" -B "$(build_dir "$preset")" -G Ninja "$@" &&
+  if ! { cmake --preset "$preset" -B "$(build_dir "$preset")" "$@" &&
          cmake --build "$(build_dir "$preset")"; } >"$log" 2>&1; then
     cat "$log"
     rm -f "$log"

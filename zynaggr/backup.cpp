@@ -1,7 +1,7 @@
 #include "zynaggr/backup_impl.h"
 
 #include "zynaggr/zynfile.h"
-#include "zynaggr/zynhelpers.h"
+#include "zynplatform/environment.h"
 #include "zynplatform/file.h"
 #include "zynplatform/filesystem.h"
 #include "zynplatform/paths.h"
@@ -32,8 +32,7 @@ CStringA UnexpectedName(const CStringA& stem) {
 CStringA KeepNewest(CStringA& stem, const KeepAs& keepAs) {
     CStringA newest = stem + newestSuffix;
     if (keepAs(newest, false)) return newest;
-    CStringA folder;
-    zynGetTempPath(folder);
+    CStringA folder(zynplatform::GetTempFolder());
     const bool isShared = folder.IsEmpty();
     if (isShared) folder = "\\tmp\\";
     stem = folder + stem.Mid(stem.ReverseFind('\\') + 1);

@@ -2,9 +2,9 @@
 
 #include "zynaggr/zyn_translate.h"
 #include "zynaggr/zynfile.h"
-#include "zynaggr/zynhelpers.h"
 #include "zynaggr/zynstringadapter.h"
 #include "zynhost/application.h"
+#include "zynhost/decimal.h"
 #include "zynplatform/codepage.h"
 #include "zynplatform/cp1251.h"
 

@@ -1,10 +1,10 @@
 #include "zynaggr/zynhelpers.h"
 
 #include "zynaggr/zyn_translate.h"
-#include "zynaggr/zynfile.h"
 #include "zynaggr/zynmessage.h"
 #include "zynhost/application.h"
 #include "zynplatform/cp1251.h"
+#include "zynplatform/environment.h"
 #include "zynplatform/filesystem.h"
 #include "zynplatform/memorystatus.h"
 #include "zynplatform/paths.h"
@@ -14,8 +14,6 @@
 #include <cstdarg>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
-#include <limits>
 #include <string_view>
 #include <utility>
 
@@ -83,8 +81,7 @@ CStringA CStringJoin(const CStringArray& array, const char* separator) {
 }
 
 void zynGetTempPath(CStringA& out) {
-    out.GetEnvironmentVariable("TEMP");
-    if (!out.IsEmpty() && out[out.GetLength() - 1] != '\\') out += '\\';
+    out = CStringA(zynplatform::GetTempFolder());
 }
 
 bool zynGetTempFileName(const char* prefix, const char* extension, CStringA& out) {
@@ -95,7 +92,7 @@ bool zynGetTempFileName(const char* prefix, const char* extension, CStringA& out
     std::uint64_t number = 0;
     do {
         out = stem + CStringA(std::to_string(++number)) + tail;
-    } while (CzynFile::IsFileExist(out));
+    } while (zynplatform::PathExists(out));
     return true;
 }
 
@@ -192,11 +189,4 @@ bool zynCheckExcel(bool showMessages) {
         zynplatform::UninitializeAutomation();
     }
     return found;
-}
-
-std::int32_t zyn::DecimalValue(const char* text) {
-    constexpr long long lowest = std::numeric_limits<std::int32_t>::min();
-    constexpr long long highest = std::numeric_limits<std::int32_t>::max();
-    return static_cast<std::int32_t>(
-        std::clamp(std::strtoll(text ? text : "", nullptr, 10), lowest, highest));
 }

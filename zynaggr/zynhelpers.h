@@ -3,6 +3,7 @@
 #include "zynaggr/zynmessagenames.h"
 #include "zynhost/carray.h"
 #include "zynhost/cstring.h"
+#include "zynhost/decimal.h"
 #include "zynplatform/automation.h"
 #include "zynplatform/export.h"
 
@@ -96,11 +97,3 @@ ZYN_API int InitializeExcell(IDispatch*& dispatch, bool showMessages);
 
 // InitializeExcell for a caller who wants just the answer; automation remains initialised here too.
 ZYN_API bool zynCheckExcel(bool showMessages);
-
-namespace zyn {
-
-// The decimal number at the start of a text, after white space and one sign; 0 when there is none. A number
-// that 32 bits cannot hold becomes the nearest that they can.
-ZYN_API std::int32_t DecimalValue(const char* text);
-
-} // namespace zyn

@@ -1,7 +1,7 @@
 #include "zynaggr/zynstrmap.h"
 
 #include "zynaggr/hash_impl.h"
-#include "zynaggr/zynhelpers.h"
+#include "zynhost/decimal.h"
 
 #include <algorithm>
 #include <bit>

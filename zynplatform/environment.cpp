@@ -33,4 +33,10 @@ bool GetEnvironmentPath(const char* name, std::string& value) {
     return !value.empty();
 }
 
+std::string GetTempFolder() {
+    std::string folder;
+    if (GetEnvironmentPath("TEMP", folder) && !folder.ends_with('\\')) folder += '\\';
+    return folder;
+}
+
 } // namespace zynplatform

@@ -16,4 +16,7 @@ ZYN_API bool GetEnvironmentValue(const char* name, std::string& value);
 // as it stands. False, with `value` empty, when it is not set or empty.
 ZYN_API bool GetEnvironmentPath(const char* name, std::string& value);
 
+// The folder for temporary files in library form, a backslash at its end; empty when none is set.
+ZYN_API std::string GetTempFolder();
+
 } // namespace zynplatform

@@ -1,9 +1,12 @@
 #include <zynaggr/zynaggr.h>
+#include <zynhost/extensionmodule.h>
 
 #include <cstdio>
 
-// What crosses the library's border in each way: code in line, a template's instance, an exception.
+// What crosses the library's border in each way: code in line, a template's instance, an exception, and the
+// module's own start and end.
 int main() {
+    zynSetTraceOutput([](const char* text) { std::fputs(text, stdout); });
     CzynINI ini(zynFromNativePath("./consumer.ini"));
     CzynStringW text(u"да");
     CzynDataBufEx empty;
@@ -11,7 +14,7 @@ int main() {
     try {
         empty.ReadStrBuf_TCHAR_(nothing);
     } catch (const SzynErrorDescription& error) {
-        const bool works = ini.GetInt("greeting", "times", 3, false) == 3 &&
+        const bool works = CDynLinkLibrary::First() && ini.GetInt("greeting", "times", 3, false) == 3 &&
                            text.MakeUpper().Find(u"ДА", 0) == 0 && error.m_nCode == 101;
         std::puts(works ? "works" : "does not work");
         return works ? 0 : 1;
