@@ -99,7 +99,10 @@ Source::Source(const Options& options, const std::string& name) : m_path(zynplat
     }
     m_ini.emplace(m_path);
     Configure(*m_ini, options);
-    if (!m_ini->Reload()) RefuseFile(*m_ini);
+    if (m_ini->Reload()) return;
+    Message("");
+    m_ini->Reload(); // the same failure in the user's language
+    RefuseFile(*m_ini);
 }
 
 void EditFile(const Options& options, bool mayBeMissing, const std::function<bool(zyn::Ini&)>& edit) {
@@ -144,8 +147,6 @@ void Refuse(zyn::Ini& ini) {
 }
 
 void RefuseFile(zyn::Ini& ini) {
-    Message("");
-    ini.Reload(); // the same failure in the user's language
     throw Failure{statusFile, ini.Error()};
 }
 

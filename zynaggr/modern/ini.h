@@ -55,37 +55,46 @@ public:
     // Why the last of the failed operations did; translated by CzynTranslate, or Russian.
     std::string Error() { return zynToUtf8(m_engine.GetErrDescription()); }
 
-    // ---- Queries. Where the file cannot be read, there is nothing in it.
+    // ---- Queries; where the file cannot be read, there is nothing in it
 
+    // The names of the sections in the order of the file, repeated ones included, without "".
     std::vector<std::string> Sections() {
         std::vector<std::string> names;
         m_engine.GetListSectionsUtf8(names);
         return names;
     }
+    // The keys of a section in the order of the file, repeated ones included; none when there is no such
+    // section.
     std::vector<std::string> Keys(std::string_view section) {
         std::vector<std::string> names;
         m_engine.GetListKeysUtf8(section, names);
         return names;
     }
+    // The same with the values.
     std::vector<std::pair<std::string, std::string>> Pairs(std::string_view section) {
         std::vector<std::pair<std::string, std::string>> pairs;
         m_engine.GetListKeysValsUtf8(section, pairs);
         return pairs;
     }
+    // Whether there is such a section.
     bool HasSection(std::string_view section) {
         std::vector<std::string> names;
         return m_engine.GetListKeysUtf8(section, names);
     }
+    // Whether there is such an entry.
     bool Has(std::string_view section, std::string_view key) { return Get(section, key).has_value(); }
 
+    // The value; nothing when there is no such entry.
     std::optional<std::string> Get(std::string_view section, std::string_view key) {
         std::string value;
         if (!m_engine.GetStringUtf8(section, key, value)) return std::nullopt;
         return value;
     }
+    // With a fallback for what is missing.
     std::string Get(std::string_view section, std::string_view key, std::string_view fallback) {
         return Get(section, key).value_or(std::string(fallback));
     }
+    // Likewise.
     std::string Get(std::string_view section, std::string_view key, const char* fallback) {
         return Get(section, key, std::string_view(fallback));
     }
@@ -151,8 +160,11 @@ public:
     // read, IsBegun is false and Error tells why; edits are then saved one by one, and Commit is false.
     class Batch {
     public:
+        // Waits until nobody else edits the file, for up to ten seconds, and reads it.
         explicit Batch(Ini& ini) : m_edits(ini.m_engine) {}
+        // Whether edits are collected now.
         bool IsBegun() const { return m_edits.IsBegun(); }
+        // Saves them, and ends the batch.
         bool Commit() { return m_edits.Commit(); }
 
     private:
