@@ -250,7 +250,7 @@ bool CzynStringFile::Convert32Bit() {
     const std::string text = zyn::DecodeTo1251(m_nFileEncoding, GetOriginal().substr(m_nMarkLength));
     if (text.empty()) return false;
     auto* const buffer = new unsigned char[text.size()];
-    std::memcpy(buffer, text.data(), text.size());
+    std::copy(text.begin(), text.end(), buffer);
     m_pOriginal.reset(std::exchange(m_pBuffer, nullptr));
     TakeBuffer(buffer, static_cast<unsigned>(text.size()));
     return true;

@@ -162,7 +162,7 @@ std::string OnTerminal(const TempFolder& folder, std::vector<const char*> argume
     char piece[4096];
     if (write(terminal, typed.data(), typed.size()) < 0) return "";
     pollfd ready{terminal, POLLIN, 0};
-    while (poll(&ready, 1, 5000) > 0) {
+    while (poll(&ready, 1, 30'000) > 0) {
         const ssize_t length = read(terminal, piece, sizeof piece);
         if (length <= 0) break;
         shown.append(piece, static_cast<std::size_t>(length));

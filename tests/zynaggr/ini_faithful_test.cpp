@@ -22,12 +22,10 @@ protected:
     // What stands in the file in the place of what was there, where it differs from the text.
     std::pair<std::string, std::string> Difference(const std::string& text) const {
         const std::string now = File();
-        const auto [a, b] = std::mismatch(text.begin(), text.end(), now.begin(), now.end());
-        const std::size_t most = std::min(text.end() - a, now.end() - b);
-        std::size_t same = 0;
-        while (same < most && text[text.size() - same - 1] == now[now.size() - same - 1])
-            ++same;
-        return {std::string(a, text.end() - same), std::string(b, now.end() - same)};
+        const auto first = std::mismatch(text.begin(), text.end(), now.begin(), now.end());
+        const auto last = std::mismatch(text.rbegin(), std::make_reverse_iterator(first.first), now.rbegin(),
+                                        std::make_reverse_iterator(first.second));
+        return {std::string(first.first, last.first.base()), std::string(first.second, last.second.base())};
     }
     static int LineEnds(const std::string& text) {
         const auto feeds = std::count(text.begin(), text.end(), '\n'); // in any encoding
