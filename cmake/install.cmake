@@ -39,13 +39,3 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zynaggr.pc DESTINATION ${CMAKE_INSTALL
 
 # Packages have it in a form of their own.
 install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT licence)
-
-if(TARGET inictl AND EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/tools/inictl)
-  install(TARGETS inictl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
-  file(GLOB dictionaries CONFIGURE_DEPENDS tools/inictl/translate*.xml examples/data/translate*zynaggr*.xml)
-  install(FILES ${dictionaries} DESTINATION ${CMAKE_INSTALL_DATADIR}/zynaggr COMPONENT tools)
-  install(FILES tools/inictl/inictl.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
-  install(FILES tools/inictl/inictl.bash RENAME inictl
-          DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT tools)
-  install(FILES tools/inictl/_inictl DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions COMPONENT tools)
-endif()

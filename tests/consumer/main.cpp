@@ -1,3 +1,4 @@
+#include <zynaggr/modern/ini.h>
 #include <zynaggr/zynaggr.h>
 #include <zynhost/extensionmodule.h>
 
@@ -15,6 +16,7 @@ int main() {
         empty.ReadStrBuf_TCHAR_(nothing);
     } catch (const SzynErrorDescription& error) {
         const bool works = CDynLinkLibrary::First() && ini.GetInt("greeting", "times", 3, false) == 3 &&
+                           zyn::Ini("consumer.ini").Get("greeting", "times", 3) == 3 &&
                            text.MakeUpper().Find(u"ДА", 0) == 0 && error.m_nCode == 101;
         std::puts(works ? "works" : "does not work");
         return works ? 0 : 1;
