@@ -158,6 +158,7 @@ std::string OnTerminal(const TempFolder& folder, std::vector<const char*> argume
             execvp(arguments[0], const_cast<char* const*>(arguments.data()));
         _exit(99);
     }
+    if (child < 0) return "no terminal to be had";
     std::string shown;
     char piece[4096];
     if (write(terminal, typed.data(), typed.size()) < 0) return "";
