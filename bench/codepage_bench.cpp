@@ -2,6 +2,7 @@
 #include "zynaggr/zynencoding.h"
 #include "zynaggr/zynstringfile.h"
 #include "zynplatform/codepage.h"
+#include "zynplatform/vectorcode_impl.h"
 
 #include <benchmark/benchmark.h>
 #include <cstring>
@@ -27,7 +28,7 @@ namespace {
 constexpr std::size_t textSize = 16 << 20;
 
 struct Texts {
-    std::string cp1251, utf8;
+    std::string cp1251, utf8, swapped;
     std::u16string ucs2;
 };
 
@@ -39,6 +40,8 @@ Texts Make(std::u16string_view sample) {
     zynplatform::ToNarrow(1251, texts.ucs2.data(), texts.ucs2.size(), texts.cp1251.data());
     texts.utf8.resize(zynplatform::NarrowLength(65001, texts.ucs2.data(), texts.ucs2.size()));
     zynplatform::ToNarrow(65001, texts.ucs2.data(), texts.ucs2.size(), texts.utf8.data());
+    for (const char16_t unit : texts.ucs2)
+        (texts.swapped += static_cast<char>(unit >> 8)) += static_cast<char>(unit & 0xFF);
     return texts;
 }
 
@@ -77,7 +80,19 @@ template <zynTextEncoding from, zynTextEncoding to> Output Ours(std::string_view
 }
 
 constexpr const char* Name(zynTextEncoding encoding) {
-    return encoding == zynEncCP1251 ? "CP1251" : encoding == zynEncUTF8 ? "UTF-8" : "UTF-16LE";
+    return encoding == zynEncCP1251   ? "CP1251"
+           : encoding == zynEncUTF8   ? "UTF-8"
+           : encoding == zynEncUCS2LE ? "UTF-16LE"
+                                      : "UTF-16BE";
+}
+
+// As on a processor without the best instructions of this one.
+template <zynTextEncoding from, zynTextEncoding to, zynplatform::Instructions instructions>
+Output OursWith(std::string_view text) {
+    zynplatform::UseInstructions(instructions);
+    Output output = Ours<from, to>(text);
+    zynplatform::UseInstructions(zynplatform::BestInstructions());
+    return output;
 }
 
 template <zynTextEncoding from, zynTextEncoding to> Output Iconv(std::string_view text) {
@@ -126,7 +141,12 @@ template <zynTextEncoding from, zynTextEncoding to> Output Qt(std::string_view t
     static QString keptWide;
     static QByteArray kept;
     std::string_view bytes;
-    if (to == zynEncUCS2LE) {
+    if (to == zynEncUCS2BE) {
+        static QTextCodec* const swapped = QTextCodec::codecForName("UTF-16BE");
+        QTextCodec::ConverterState noMark(QTextCodec::IgnoreHeader);
+        kept = swapped->fromUnicode(wide.constData(), wide.size(), &noMark);
+        bytes = {kept.constData(), static_cast<std::size_t>(kept.size())};
+    } else if (to == zynEncUCS2LE) {
         keptWide = wide;
         bytes = {reinterpret_cast<const char*>(keptWide.constData()),
                  static_cast<std::size_t>(keptWide.size()) * 2};
@@ -183,6 +203,8 @@ template <zynTextEncoding encoding> std::string_view In(const Texts& texts) {
         return Bytes(texts.cp1251);
     else if constexpr (encoding == zynEncUTF8)
         return Bytes(texts.utf8);
+    else if constexpr (encoding == zynEncUCS2BE)
+        return Bytes(texts.swapped);
     else
         return Bytes(texts.ucs2);
 }
@@ -199,6 +221,11 @@ template <zynTextEncoding from, zynTextEncoding to> void Register(const std::str
                 ->Unit(benchmark::kMillisecond);
         };
         add("ours", Ours<from, to>);
+        if (to != zynEncUCS2BE) { // which is one way for all
+            using zynplatform::Instructions;
+            add("ours, AVX2", OursWith<from, to, Instructions::avx2>);
+            add("ours, 16-byte vectors", OursWith<from, to, Instructions::common>);
+        }
         add("iconv", Iconv<from, to>);
 #ifdef HAVE_icuuc
         add("ICU", Icu<from, to>);
@@ -216,6 +243,7 @@ const bool registered = [] {
     Register<zynEncUTF8, zynEncCP1251>("UTF-8 to CP1251");
     Register<zynEncUTF8, zynEncUCS2LE>("UTF-8 to UCS-2");
     Register<zynEncUCS2LE, zynEncUTF8>("UCS-2 to UTF-8");
+    Register<zynEncUCS2LE, zynEncUCS2BE>("UCS-2 to UCS-2BE");
     return true;
 }();
 

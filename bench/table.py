@@ -1,9 +1,9 @@
 """Prints one table from the results of several benchmark programs.
 
 A benchmark is named "workload/implementation", numbers that follow are the sizes. In a row stand the medians
-of the elapsed time of ours, of each peer and of the floors, and ours against the best peer. Workloads that begin
-with "growth, " stand in a table of their own: what one element costs at each size, and how much more than at the
-smallest.
+of the elapsed time of ours, of each peer and of the floors, and ours against the best peer. "ours, so and so" has
+a row of its own. Workloads that begin with "growth, " stand in a table of their own: what one element costs at each
+size, and how much more than at the smallest.
 """
 
 import json
@@ -54,13 +54,12 @@ def main(files):
         print("| workload | ours | peers and floors | ours / best peer |")
         print("|---|---|---|---|")
     for workload, times in rows.items():
-        if "ours" not in times:
-            continue
-        peers = {k: v for k, v in times.items() if k != "ours"}
-        real = [v for k, v in peers.items() if not k.startswith("floor")]
-        ratio = f"{times['ours'] / min(real):.2f}" if real else ""
+        peers = {name: time for name, time in times.items() if not name.startswith("ours")}
+        real = [time for name, time in peers.items() if not name.startswith("floor")]
         others = "; ".join(f"{name} {shown(time)}" for name, time in sorted(peers.items(), key=lambda p: p[1]))
-        print(f"| {workload} | {shown(times['ours'])} | {others} | {ratio} |")
+        for name in sorted(times.keys() - peers.keys()):
+            ratio = f"{times[name] / min(real):.2f}" if real else ""
+            print(f"| {workload}{name.removeprefix('ours')} | {shown(times[name])} | {others} | {ratio} |")
     if growths:
         growth_table(growths)
     for failure in sorted(set(failed)):

@@ -17,7 +17,6 @@ install(DIRECTORY zynaggr zynhost zynplatform DESTINATION ${CMAKE_INSTALL_INCLUD
         FILES_MATCHING PATTERN "*.h"
         PATTERN "*_impl.h" EXCLUDE
         PATTERN "*_traits.h" EXCLUDE
-        PATTERN "avx512.h" EXCLUDE
         PATTERN "fork.h" EXCLUDE
         PATTERN "locale_table.h" EXCLUDE
         PATTERN "moduleentry.h" EXCLUDE

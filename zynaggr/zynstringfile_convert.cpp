@@ -3,6 +3,7 @@
 #include "zynplatform/codepage.h"
 #include "zynplatform/types.h"
 
+#include <algorithm>
 #include <cassert>
 #include <cstring>
 #include <limits>
@@ -47,9 +48,17 @@ bool Copy(const unsigned char* src, int length, unsigned char*& out, int& outLen
     return Give(std::move(copy), size, out, outLength);
 }
 
+// Piece by piece, so that each is still in the cache when it is swapped.
 bool CopySwapped(const unsigned char* src, int length, unsigned char*& out, int& outLength) {
-    return Copy(src, length, out, outLength) &&
-           CzynStringFile::BufConvert_Utf16_BE2LE(out, static_cast<unsigned>(outLength));
+    constexpr std::size_t pieceLength = 4096;
+    const auto size = static_cast<std::size_t>(length);
+    Buffer copy = Allocate(size);
+    for (std::size_t at = 0; at < size; at += pieceLength) {
+        const std::size_t count = std::min(size - at, pieceLength);
+        std::memcpy(&copy[at], src + at, count);
+        CzynStringFile::BufConvert_Utf16_BE2LE(&copy[at], static_cast<unsigned>(count));
+    }
+    return Give(std::move(copy), size, out, outLength);
 }
 
 // Without the byte-order mark, if there is one.

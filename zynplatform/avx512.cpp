@@ -1,9 +1,10 @@
-#include "zynplatform/avx512.h"
-
-#include <atomic>
-#include <cstdint>
+// The conversions of vectorcode_impl.h by AVX-512: 32 or 64 bytes at a time.
 
 #ifdef __x86_64__
+
+#include "zynplatform/vectorcode_impl.h"
+
+#include <cstdint>
 
 // g++ 12 finds fault with its own header.
 #ifndef __clang__
@@ -13,17 +14,8 @@
 
 #define ZYN_AVX512 __attribute__((target("avx512f,avx512bw,avx512vl,avx512vbmi,avx512vbmi2,bmi2")))
 
-namespace zynplatform::avx512 {
+namespace zynplatform {
 namespace {
-
-bool IsPresent() {
-    __builtin_cpu_init();
-    return __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl") &&
-           __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512vbmi2") &&
-           __builtin_cpu_supports("bmi2");
-}
-
-std::atomic<bool> isUsable{IsPresent()};
 
 std::size_t Count(std::uint64_t mask) {
     return static_cast<std::size_t>(__builtin_popcountll(mask));
@@ -106,10 +98,11 @@ ZYN_AVX512 inline std::size_t StoreUtf8(char* target, __m512i units) {
     return StoreBytes(target, bytes, _mm512_mask_mov_epi16(units, pairs, both));
 }
 
-ZYN_AVX512 Progress Utf8ToWideFast(const char* text, std::size_t length, WCHAR* target) {
+ZYN_AVX512 Progress Utf8ToWide(const char* text, std::size_t length, WCHAR* target) {
     std::size_t read = 0, written = 0;
     bool isInside = false;
     for (Utf8Block block; length - read >= 64; read += 64) {
+        FetchAhead(text + read);
         WCHAR* const out = target + written;
         if (!isInside && IsAscii(text + read)) {
             for (std::size_t i = 0; i < 64; i += 32)
@@ -132,9 +125,10 @@ ZYN_AVX512 Progress Utf8ToWideFast(const char* text, std::size_t length, WCHAR* 
     return {read - isInside, written};
 }
 
-ZYN_AVX512 Progress WideToUtf8Fast(const WCHAR* text, std::size_t length, char* target) {
+ZYN_AVX512 Progress WideToUtf8(const WCHAR* text, std::size_t length, char* target) {
     Progress done{0, 0};
     for (; length - done.read >= 32; done.read += 32) {
+        FetchAhead(text + done.read);
         const __m512i units = _mm512_loadu_si512(text + done.read);
         if (_mm512_cmpge_epu16_mask(units, _mm512_set1_epi16(0x800)) != 0) break;
         done.written += StoreUtf8(target + done.written, units);
@@ -142,10 +136,11 @@ ZYN_AVX512 Progress WideToUtf8Fast(const WCHAR* text, std::size_t length, char* 
     return done;
 }
 
-ZYN_AVX512 Progress Utf8To1251Fast(const char* text, std::size_t length, char* target) {
+ZYN_AVX512 Progress Utf8To1251(const char* text, std::size_t length, char* target) {
     std::size_t read = 0, written = 0;
     bool isInside = false;
     for (Utf8Block block; length - read >= 64; read += 64) {
+        FetchAhead(text + read);
         if (!isInside) {
             const std::size_t ascii = CopyAscii(text + read, length - read, target + written);
             read += ascii;
@@ -169,9 +164,10 @@ ZYN_AVX512 Progress Utf8To1251Fast(const char* text, std::size_t length, char* t
     return {read - isInside, written};
 }
 
-ZYN_AVX512 Progress From1251ToUtf8Fast(const char* text, std::size_t length, char* target) {
+ZYN_AVX512 Progress From1251ToUtf8(const char* text, std::size_t length, char* target) {
     Progress done{0, 0};
     for (; length - done.read >= 32; done.read += 32) {
+        FetchAhead(text + done.read);
         const std::size_t ascii = CopyAscii(text + done.read, length - done.read, target + done.written);
         done.read += ascii;
         done.written += ascii;
@@ -193,52 +189,11 @@ ZYN_AVX512 Progress From1251ToUtf8Fast(const char* text, std::size_t length, cha
     return done;
 }
 
-bool IsUsable() {
-    return isUsable.load(std::memory_order_relaxed);
-}
-
 } // namespace
 
-Progress Utf8ToWide(const char* text, std::size_t length, WCHAR* target) {
-    return IsUsable() ? Utf8ToWideFast(text, length, target) : Progress{0, 0};
-}
+extern const VectorCode avx512Code;
+constexpr VectorCode avx512Code{Utf8ToWide, WideToUtf8, Utf8To1251, From1251ToUtf8};
 
-Progress WideToUtf8(const WCHAR* text, std::size_t length, char* target) {
-    return IsUsable() ? WideToUtf8Fast(text, length, target) : Progress{0, 0};
-}
-
-Progress Utf8To1251(const char* text, std::size_t length, char* target) {
-    return IsUsable() ? Utf8To1251Fast(text, length, target) : Progress{0, 0};
-}
-
-Progress From1251ToUtf8(const char* text, std::size_t length, char* target) {
-    return IsUsable() ? From1251ToUtf8Fast(text, length, target) : Progress{0, 0};
-}
-
-void Enable(bool enable) {
-    isUsable = enable && IsPresent();
-}
-
-} // namespace zynplatform::avx512
-
-#else
-
-namespace zynplatform::avx512 {
-
-Progress Utf8ToWide(const char*, std::size_t, WCHAR*) {
-    return {0, 0};
-}
-Progress WideToUtf8(const WCHAR*, std::size_t, char*) {
-    return {0, 0};
-}
-Progress Utf8To1251(const char*, std::size_t, char*) {
-    return {0, 0};
-}
-Progress From1251ToUtf8(const char*, std::size_t, char*) {
-    return {0, 0};
-}
-void Enable(bool) {}
-
-} // namespace zynplatform::avx512
+} // namespace zynplatform
 
 #endif

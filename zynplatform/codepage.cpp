@@ -1,9 +1,9 @@
 #include "zynplatform/codepage.h"
 
-#include "zynplatform/avx512.h"
 #include "zynplatform/cp1251.h"
 #include "zynplatform/systempage_impl.h"
 #include "zynplatform/utf8.h"
+#include "zynplatform/vectorcode_impl.h"
 
 #include <algorithm>
 #include <array>
@@ -131,9 +131,10 @@ std::size_t WholeCharacters(const char* text, std::size_t length) {
 } // namespace
 
 std::size_t Utf8To1251(const char* text, std::size_t length, char* target) {
+    const VectorCode& code = CurrentVectorCode();
     std::size_t written = 0;
     for (std::size_t at = 0; at < length;) {
-        const avx512::Progress done = avx512::Utf8To1251(text + at, length - at, target + written);
+        const Progress done = code.utf8To1251(text + at, length - at, target + written);
         at += done.read;
         written += done.written;
         WCHAR units[stepLength];
@@ -145,9 +146,10 @@ std::size_t Utf8To1251(const char* text, std::size_t length, char* target) {
 }
 
 std::size_t From1251ToUtf8(const char* text, std::size_t length, char* target) {
+    const VectorCode& code = CurrentVectorCode();
     std::size_t written = 0;
     for (std::size_t at = 0; at < length;) {
-        const avx512::Progress done = avx512::From1251ToUtf8(text + at, length - at, target + written);
+        const Progress done = code.from1251ToUtf8(text + at, length - at, target + written);
         at += done.read;
         written += done.written;
         WCHAR units[stepLength];

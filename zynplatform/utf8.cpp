@@ -1,6 +1,6 @@
 #include "zynplatform/utf8.h"
 
-#include "zynplatform/avx512.h"
+#include "zynplatform/vectorcode_impl.h"
 #include "zynplatform/vectors.h"
 
 #include <algorithm>
@@ -10,8 +10,9 @@
 #include <cstring>
 #include <utility>
 
-// Text is taken in blocks of 32 characters, unless the processor can do better (avx512.h). A block that is
-// neither ASCII nor made of characters of at most two bytes, and the end of the text, are done one by one.
+// Text is taken in blocks of 32 characters, unless the processor can do better (vectorcode_impl.h). A block
+// that is neither ASCII nor made of characters of at most two bytes, and the end of the text, are done one by
+// one.
 //
 // Characters of one and two bytes, such as blanks among Russian letters, alternate too irregularly for a
 // branch to be predicted. So a result is made for each pair of places, shifted together, and always written
@@ -195,12 +196,13 @@ std::size_t EncodeUtf8(char32_t character, char* target) {
 } // namespace
 
 std::size_t Utf8ToWide(const char* text, std::size_t length, WCHAR* target) {
+    const VectorCode& code = CurrentVectorCode();
     std::size_t units = 0;
     bool isInside = false; // the character that begins before `at` is done
     const auto place = [&] { return target ? target + units : nullptr; };
     for (std::size_t at = 0; at < length;) {
         if (target && !isInside) {
-            const avx512::Progress done = avx512::Utf8ToWide(text + at, length - at, place());
+            const Progress done = code.utf8ToWide(text + at, length - at, place());
             at += done.read;
             units += done.written;
         }
@@ -228,11 +230,12 @@ std::size_t Utf8ToWide(const char* text, std::size_t length, WCHAR* target) {
 }
 
 std::size_t WideToUtf8(const WCHAR* text, std::size_t length, char* target) {
+    const VectorCode& code = CurrentVectorCode();
     std::size_t bytes = 0;
     const auto place = [&] { return target ? target + bytes : nullptr; };
     for (std::size_t at = 0; at < length;) {
         if (target) {
-            const avx512::Progress done = avx512::WideToUtf8(text + at, length - at, place());
+            const Progress done = code.wideToUtf8(text + at, length - at, place());
             at += done.read;
             bytes += done.written;
         }

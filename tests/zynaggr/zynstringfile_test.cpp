@@ -345,10 +345,12 @@ TEST(ConvertersTest, EveryPairConvertsOrSaysNo) {
             return done;
         });
     };
-    for (const Encoding& from : std::span(encodings).first(4))
-        for (const Encoding& to : encodings)
-            EXPECT_EQ(to.Encoded(word), convert(from.number, from.Encoded(word), to.number))
-                << from.name << to.name;
+    std::string text = word;
+    for (int doubled = 0; doubled < 12; ++doubled, text += text)
+        for (const Encoding& from : std::span(encodings).first(4))
+            for (const Encoding& to : encodings)
+                EXPECT_EQ(to.Encoded(text), convert(from.number, from.Encoded(text), to.number))
+                    << from.name << to.name;
     EXPECT_EQ(word, convert(zynEncUCS2LE, encodings[2].mark + encodings[2].Encoded(word),
                             zynEncCP1251)); // mark skipped
     EXPECT_EQ("?\xCF", convert(zynEncUTF8, "\xC3\xA9\xD0\x9F", zynEncCP1251));
