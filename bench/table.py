@@ -42,6 +42,7 @@ def main(files):
                 failed.append(f"{workload}/{implementation}: {benchmark['error_message']}")
             if benchmark.get("aggregate_name") != "median":
                 continue
+            sizes = [size.removeprefix("threads:") for size in sizes]
             sizes = [size for size in sizes if size.isdigit()]  # not "manual_time"
             key = workload + (f" ({' x '.join(sizes)})" if sizes else "")
             time = benchmark["real_time"] * UNITS[benchmark["time_unit"]]

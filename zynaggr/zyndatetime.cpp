@@ -1,21 +1,12 @@
 #include "zynaggr/zyndatetime.h"
 
-#include "zynhost/memory.h"
+#include "zynplatform/timetext.h"
 
 #include <array>
 #include <cmath>
 #include <cstddef>
-#include <new>
 
 namespace {
-
-constexpr double firstDate = -657434.0; // 1 January 100
-constexpr double lastDate = 2958465.0;  // 31 December 9999
-
-// False for NaN.
-bool IsInRange(double date) {
-    return date >= firstDate && date <= lastDate;
-}
 
 constexpr int daysOfMonth[13] = {0, 31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
 constexpr int daysBeforeMonth[13] = {0, 0, 31, 59, 90, 120, 151, 181, 212, 243, 273, 304, 334};
@@ -105,9 +96,8 @@ std::uint32_t SecondOf(double fraction) {
     return static_cast<std::uint32_t>(nearest);
 }
 
-bool FieldsOf(double date, SYSTEMTIME& fields) {
-    fields = {};
-    if (!IsInRange(date)) return false;
+// Of a date in range.
+void FieldsOf(double date, SYSTEMTIME& fields) {
     auto day = static_cast<std::int32_t>(date);
     // Day 1 was a Sunday; whole weeks make the number positive.
     fields.wDayOfWeek = static_cast<std::uint16_t>(static_cast<std::uint32_t>(day - 1 + 7 * 100000) % 7);
@@ -121,7 +111,24 @@ bool FieldsOf(double date, SYSTEMTIME& fields) {
     fields.wHour = static_cast<std::uint16_t>(minute / 60);
     fields.wMinute = static_cast<std::uint16_t>(minute % 60);
     fields.wSecond = static_cast<std::uint16_t>(second % 60);
-    return true;
+    fields.wMilliseconds = 0;
+}
+
+template <class Formatter>
+CStringA FormatBy(Formatter formatter, const CzynDateTime& date, const char* format) {
+    if (!format || !*format || date.GetStatus() == CzynDateTime::null) return {};
+    UDATE fields;
+    if (!date.GetAsUDATE(fields)) return "Invalid DateTime";
+    std::tm time{};
+    time.tm_sec = fields.st.wSecond;
+    time.tm_min = fields.st.wMinute;
+    time.tm_hour = fields.st.wHour;
+    time.tm_mday = fields.st.wDay;
+    time.tm_mon = fields.st.wMonth - 1;
+    time.tm_year = fields.st.wYear - 1900;
+    time.tm_wday = fields.st.wDayOfWeek;
+    time.tm_yday = fields.wDayOfYear - 1;
+    return CStringA(formatter(format, time));
 }
 
 } // namespace
@@ -131,13 +138,6 @@ CzynDateTime::CzynDateTime(std::int64_t seconds) : m_status(invalid) {
     if (seconds < 0 || !zynplatform::LocalTime(seconds, local) || local.tm_year > 9999 - 1900) return;
     SetDateTime(local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min,
                 local.tm_sec);
-}
-
-CzynDateTime& CzynDateTime::operator=(const CzynDateTime& other) {
-    m_dt = other.m_dt;
-    m_status = other.m_status;
-    Free_m_pSysTime();
-    return *this;
 }
 
 void CzynDateTime::Set(const SYSTEMTIME& fields) {
@@ -157,12 +157,14 @@ bool CzynDateTime::CheckSystemTime(const SYSTEMTIME& fields) {
     return IsDate(fields);
 }
 
-void CzynDateTime::CheckRange() {
-    if (!IsInRange(m_dt)) m_status = invalid;
-}
-
 bool CzynDateTime::GetAsSystemTime(SYSTEMTIME& fields) const {
-    return m_status == valid && FieldsOf(m_dt, fields);
+    if (m_status != valid) return false;
+    const bool isInRange = m_dt >= firstDate && m_dt <= lastDate;
+    if (isInRange)
+        FieldsOf(m_dt, fields);
+    else
+        fields = {};
+    return isInRange;
 }
 
 bool CzynDateTime::GetAsUDATE(UDATE& fields) const {
@@ -180,60 +182,24 @@ int CzynDateTime::GetDayOfYear() const {
 }
 
 void CzynDateTime::Init_m_pSysTime() {
-    if (m_status != valid) Free_m_pSysTime();
-    SYSTEMTIME fields;
-    if (m_pSysTime || !GetAsSystemTime(fields)) return;
-    m_pSysTime.reset(new (std::nothrow) SYSTEMTIME(fields));
-    if (!m_pSysTime) AfxThrowMemoryException();
+    if (m_status == valid && m_pSysTime) return;
+    m_pSysTime = GetAsSystemTime(m_sysTime) ? &m_sysTime : nullptr;
 }
 
 CStringA CzynDateTime::Format(const char* format) const {
-    return FormatBy(zynplatform::FormatTime, format);
+    return FormatBy(zynplatform::FormatTime, *this, format);
 }
 
 CStringA CzynDateTime::FormatForUser(const char* format) const {
-    return FormatBy(zynplatform::FormatTimeForUser, format);
+    return FormatBy(zynplatform::FormatTimeForUser, *this, format);
 }
 
-CStringA CzynDateTime::FormatBy(std::string (*formatter)(const char*, std::tm), const char* format) const {
-    if (!format || !*format || m_status == null) return {};
-    UDATE fields;
-    if (!GetAsUDATE(fields)) return "Invalid DateTime";
-    std::tm time{};
-    time.tm_sec = fields.st.wSecond;
-    time.tm_min = fields.st.wMinute;
-    time.tm_hour = fields.st.wHour;
-    time.tm_mday = fields.st.wDay;
-    time.tm_mon = fields.st.wMonth - 1;
-    time.tm_year = fields.st.wYear - 1900;
-    time.tm_wday = fields.st.wDayOfWeek;
-    time.tm_yday = fields.wDayOfYear - 1;
-    return CStringA(std::string_view(formatter(format, time)));
-}
-
-bool CzynDateTime::operator==(const CzynDateTime& other) const {
-    if (m_status != other.m_status) return false;
-    return m_status == valid ? m_dt == other.m_dt : m_status == null;
-}
-
-bool CzynDateTime::operator<(const CzynDateTime& other) const {
-    return m_status == valid && other.m_status == valid && DoubleFromDate(m_dt) < DoubleFromDate(other.m_dt);
-}
-
-CzynDateTime& CzynDateTime::operator+=(CzynDateTimeSpan span) {
-    m_dt = Moved(span);
-    Free_m_pSysTime();
-    return *this;
-}
-
-double CzynDateTime::DoubleFromDate(double date) {
-    if (date >= 0) return date;
+double CzynDateTime::Mirrored(double date) {
     const double day = std::ceil(date);
     return day - (date - day);
 }
 
-double CzynDateTime::DateFromDouble(double linear) {
-    if (linear >= 0) return linear;
+double CzynDateTime::MirroredBack(double linear) {
     const double day = std::floor(linear);
     return day - linear + day;
 }

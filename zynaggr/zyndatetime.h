@@ -6,8 +6,6 @@
 #include "zynplatform/time.h"
 
 #include <cstdint>
-#include <memory>
-#include <string>
 
 // A date and a time of day, from 1 January 100 to 31 December 9999 of the Gregorian calendar.
 //
@@ -26,9 +24,9 @@
 // date") is set by SetStatus only. What a function does with such a value is said with it; arithmetic goes by
 // the number whatever the status.
 //
-// Calendar fields are worked out at the first question and kept, on the heap, until the value changes. So
-// also asking needs the object for itself: one object is for one thread at a time. Running out of memory
-// throws CMemoryException there, std::bad_alloc in Format; nothing else throws.
+// Calendar fields are worked out at the first question and kept until the value changes. So also asking needs
+// the object for itself: one object is for one thread at a time. Format throws std::bad_alloc when memory
+// runs out; nothing else throws.
 class ZYN_API CzynDateTime {
 public:
     // See above.
@@ -55,7 +53,12 @@ public:
     static CzynDateTime GetTickCount() { return zynplatform::CurrentTime(); }
 
     // As the constructors.
-    CzynDateTime& operator=(const CzynDateTime& other);
+    CzynDateTime& operator=(const CzynDateTime& other) {
+        m_dt = other.m_dt;
+        m_status = other.m_status;
+        Free_m_pSysTime();
+        return *this;
+    }
     CzynDateTime& operator=(double date) { return *this = CzynDateTime(date); }
     CzynDateTime& operator=(const SYSTEMTIME& fields) { return *this = CzynDateTime(fields); }
     CzynDateTime& operator=(const UDATE& fields) { return *this = fields.st; }
@@ -102,7 +105,7 @@ public:
     // The number of days.
     operator double() const { return m_dt; }
 
-    // The fields as text by std::strftime's format, in full length; zynplatform::FormatTime says the rest.
+    // The fields as text by std::strftime's format, in full length; see zynplatform::FormatTime.
     // "Invalid DateTime" where GetAsSystemTime would fail; empty for a null value, and for a null or empty
     // format.
     CStringA Format(const char* format) const;
@@ -114,10 +117,16 @@ public:
 
     // Valid values are equal when their numbers are, exactly (so 0.25 and -0.25 are not, though neither is
     // less); null ones are equal; invalid ones never are, not even to themselves.
-    bool operator==(const CzynDateTime& other) const;
+    bool operator==(const CzynDateTime& other) const {
+        if (m_status != other.m_status) return false;
+        return m_status == valid ? m_dt == other.m_dt : m_status == null;
+    }
     bool operator!=(const CzynDateTime& other) const { return !(*this == other); }
     // Order in time; false unless both are valid. <= and >= are true for two null values, which are equal.
-    bool operator<(const CzynDateTime& other) const;
+    bool operator<(const CzynDateTime& other) const {
+        return m_status == valid && other.m_status == valid &&
+               DoubleFromDate(m_dt) < DoubleFromDate(other.m_dt);
+    }
     bool operator>(const CzynDateTime& other) const { return other < *this; }
     bool operator<=(const CzynDateTime& other) const { return *this < other || *this == other; }
     bool operator>=(const CzynDateTime& other) const { return *this > other || *this == other; }
@@ -127,7 +136,11 @@ public:
     CzynDateTime operator+(CzynDateTimeSpan span) const { return Moved(span); }
     CzynDateTime operator-(CzynDateTimeSpan span) const { return Moved(-span); }
     // The same number; the range is not checked and the status stays.
-    CzynDateTime& operator+=(CzynDateTimeSpan span);
+    CzynDateTime& operator+=(CzynDateTimeSpan span) {
+        m_dt = Moved(span);
+        Free_m_pSysTime();
+        return *this;
+    }
     CzynDateTime& operator-=(CzynDateTimeSpan span) { return *this += -span; }
     // The time from the other to this.
     CzynDateTimeSpan operator-(const CzynDateTime& other) const {
@@ -135,25 +148,32 @@ public:
     }
 
 protected:
+    static constexpr double firstDate = -657434.0; // 1 January 100
+    static constexpr double lastDate = 2958465.0;  // 31 December 9999
+
     // A date's number on a scale where the fraction counts forward before the epoch too, and back.
-    static double DoubleFromDate(double date);
-    static double DateFromDouble(double linear);
+    static double DoubleFromDate(double date) { return date >= 0 ? date : Mirrored(date); }
+    static double DateFromDouble(double linear) { return linear >= 0 ? linear : MirroredBack(linear); }
+    static double Mirrored(double date);
+    static double MirroredBack(double linear);
     double Moved(double days) const { return DateFromDouble(DoubleFromDate(m_dt) + days); }
 
     void Set(const SYSTEMTIME& fields);
-    CStringA FormatBy(std::string (*formatter)(const char*, std::tm), const char* format) const;
-    // Makes a value out of range invalid.
-    void CheckRange();
+    // Makes a value out of range, or NaN, invalid.
+    void CheckRange() {
+        if (!(m_dt >= firstDate && m_dt <= lastDate)) m_status = invalid;
+    }
 
     // Fills the cache, or frees it when there is nothing to fill it with.
     void Init_m_pSysTime();
-    void Free_m_pSysTime() { m_pSysTime.reset(); }
+    void Free_m_pSysTime() { m_pSysTime = nullptr; }
     int Field(std::uint16_t SYSTEMTIME::*field) {
-        Init_m_pSysTime();
-        return m_pSysTime ? (*m_pSysTime).*field : -1;
+        if (!m_pSysTime || m_status != valid) Init_m_pSysTime();
+        return m_pSysTime ? m_pSysTime->*field : -1;
     }
 
     double m_dt = 0; // days since 1899-12-30 00:00
     DateTimeStatus m_status = valid;
-    std::unique_ptr<SYSTEMTIME> m_pSysTime; // the fields of the value, once they were asked for
+    SYSTEMTIME* m_pSysTime = nullptr; // the fields of the value, in m_sysTime, once they were asked for
+    SYSTEMTIME m_sysTime;
 };

@@ -1,14 +1,25 @@
 #include "zynaggr/zyndatetimespan.h"
 
+#include <charconv>
 #include <cmath>
+#include <cstring>
+#include <iterator>
+#include <string>
+#include <utility>
 
 namespace {
-
-constexpr double maxSpan = 3615897.0;
 
 // 0 for what 64 bits cannot hold.
 std::int64_t Whole(double number) {
     return std::abs(number) < 0x1p63 ? static_cast<std::int64_t>(number) : 0;
+}
+
+// As %0<width>ld: the sign counts.
+void AppendNumber(std::string& text, long number, int width) {
+    char digits[24];
+    char* const end = std::to_chars(digits, std::end(digits), number).ptr;
+    if (number < 10 && width == 2 && number >= 0) text += '0';
+    text.append(digits, end);
 }
 
 } // namespace
@@ -17,19 +28,16 @@ void CzynDateTimeSpan::SetDateTimeSpan(long days, int hours, int minutes, int se
     *this = static_cast<double>(days) + hours / 24.0 + minutes / 1440.0 + seconds / 86400.0;
 }
 
-void CzynDateTimeSpan::CheckRange() {
-    if (!(m_dt >= -maxSpan && m_dt <= maxSpan)) m_status = invalid;
-}
-
 std::int64_t CzynDateTimeSpan::GetTotal(int unitsPerDay) const {
     const double rounded = m_dt >= 0 ? m_dt + OLE_DATETIME_HALFSECOND : m_dt - OLE_DATETIME_HALFSECOND;
     return Whole(rounded * unitsPerDay);
 }
 
 CStringA CzynDateTimeSpan::Format(const char* format) const {
-    CStringA text;
-    if (!format || m_status == null) return text;
-    if (*format && m_status == invalid) return "Invalid DateTimeSpan";
+    if (!format || !*format || m_status == null) return {};
+    if (m_status == invalid) return "Invalid DateTimeSpan";
+    std::string text;
+    text.reserve(2 * std::strlen(format));
     for (; *format; ++format) {
         if (*format != '%') {
             text += *format;
@@ -37,30 +45,31 @@ CStringA CzynDateTimeSpan::Format(const char* format) const {
         }
         const bool isAlternate = *++format == '#';
         if (isAlternate) ++format;
-        const char* const partFormat = isAlternate ? "%ld" : "%02ld";
+        const int width = isAlternate ? 1 : 2;
         switch (*format) {
         case 'D':
-            text.AppendFormat("%ld", GetDays());
+            AppendNumber(text, GetDays(), 1);
             break;
         case 'H':
-            text.AppendFormat(partFormat, GetHours());
+            AppendNumber(text, GetHours(), width);
             break;
         case 'M':
-            text.AppendFormat(partFormat, GetMinutes());
+            AppendNumber(text, GetMinutes(), width);
             break;
         case 'S':
-            text.AppendFormat(partFormat, GetSeconds());
+            AppendNumber(text, GetSeconds(), width);
             break;
         case '%':
             text += '%';
             break;
         case 0:
-            return text;
+            --format;
+            break;
         default:
             break;
         }
     }
-    return text;
+    return CStringA(std::move(text));
 }
 
 CzynDateTimeSpan CzynDateTimeSpan::Sum(const CzynDateTimeSpan& other, double days) const {
@@ -68,9 +77,4 @@ CzynDateTimeSpan CzynDateTimeSpan::Sum(const CzynDateTimeSpan& other, double day
     CzynDateTimeSpan sum;
     sum.m_status = m_status == null || other.m_status == null ? null : invalid;
     return sum;
-}
-
-bool CzynDateTimeSpan::operator==(const CzynDateTimeSpan& other) const {
-    if (m_status != other.m_status) return false;
-    return m_status == valid ? m_dt == other.m_dt : m_status == null;
 }

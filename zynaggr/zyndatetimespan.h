@@ -40,7 +40,9 @@ public:
     DateTimeSpanStatus GetStatus() const { return m_status; }
     void SetStatus(DateTimeSpanStatus status) { m_status = status; }
     // Makes the span invalid when its number is out of range; never valid.
-    void CheckRange();
+    void CheckRange() {
+        if (!(m_dt >= -maxSpan && m_dt <= maxSpan)) m_status = invalid;
+    }
 
     // The exact number of days.
     operator double() const { return m_dt; }
@@ -79,7 +81,10 @@ public:
 
     // Valid spans are equal when their numbers are, exactly; null ones are equal; invalid ones never are, not
     // even to themselves.
-    bool operator==(const CzynDateTimeSpan& other) const;
+    bool operator==(const CzynDateTimeSpan& other) const {
+        if (m_status != other.m_status) return false;
+        return m_status == valid ? m_dt == other.m_dt : m_status == null;
+    }
     bool operator!=(const CzynDateTimeSpan& other) const { return !(*this == other); }
     // Order by number; false unless both are valid. <= and >= are true for two null spans, which are equal.
     bool operator<(const CzynDateTimeSpan& other) const { return AreValid(other) && m_dt < other.m_dt; }
@@ -88,6 +93,8 @@ public:
     bool operator>=(const CzynDateTimeSpan& other) const { return *this > other || *this == other; }
 
 protected:
+    static constexpr double maxSpan = 3615897.0;
+
     bool AreValid(const CzynDateTimeSpan& other) const {
         return m_status == valid && other.m_status == valid;
     }

@@ -10,6 +10,7 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <utility>
 
 namespace zyn {
 
@@ -42,6 +43,7 @@ public:
     explicit CStringA(char character, int count = 1)
         : m_text(count > 0 ? static_cast<std::size_t>(count) : 0, character) {}
     explicit CStringA(std::string_view text) : m_text(Checked(text)) {}
+    explicit CStringA(std::string&& text) : m_text((Checked(text), std::move(text))) {}
 
     // As the constructors.
     CStringA& operator=(const char* text) {

@@ -4,9 +4,8 @@
 
 #include <cstdint>
 #include <ctime>
-#include <string>
 
-// The system's records of a moment in calendar fields, its clock, its time zone, and its texts for dates.
+// The system's records of a moment in calendar fields, its clock and its time zone.
 
 // A date and time of day of the Gregorian calendar. Plain data: nothing checks it.
 struct SYSTEMTIME {
@@ -52,17 +51,5 @@ ZYN_API void SetTimeSource(std::int64_t (*milliseconds)());
 // Safe from any thread that does so while nobody changes the environment; this goes for all that looks at the
 // zone.
 ZYN_API bool LocalTime(std::int64_t seconds, std::tm& local);
-
-// The text that std::strftime makes, of any length, in code page 1251: names of months and days, which come
-// from the process's locale, are converted when that is a UTF-8 one. %z and %Z name the standard time of the
-// process's time zone, today's whatever the date. The format is not empty and lies in code page 1251.
-//
-// Empty when the text is empty, and when it is longer than 256 bytes and 64 times its format: only a field
-// width makes it so, and a width may ask for gigabytes.
-ZYN_API std::string FormatTime(const char* format, std::tm time);
-
-// The same in the language of the thread's locale (see locale.h), whatever the process's locale is; where the
-// system has no texts for it, in that of the environment (LC_ALL, LC_TIME, LANG), which may be English.
-ZYN_API std::string FormatTimeForUser(const char* format, std::tm time);
 
 } // namespace zynplatform
