@@ -19,7 +19,6 @@ constexpr std::size_t longText = 64;
 // when any unit of it can: so is a text the length of which isn't known. What stands beside the text is not
 // looked at, but tools that watch over memory can't know that.
 using AlignedUnits = std::uint16_t __attribute__((vector_size(16), may_alias));
-using UnitsAnywhere = std::uint16_t __attribute__((vector_size(16), may_alias, aligned(1)));
 #define ZYN_READS_WHOLE_VECTORS __attribute__((no_sanitize("address"), no_sanitize("thread")))
 
 // How many units stand before `text` in its aligned vector.
@@ -66,8 +65,9 @@ ZYN_READS_WHOLE_VECTORS std::size_t common::FindDifference(const WCHAR* left, st
             if (left[at] != right[at] || left[at] == 0) return at;
         const std::size_t beyond = IsAligned(left + at) ? unitsPerVector : 0; // its last vector, too
         for (; at + unitsPerVector <= length + beyond; at += unitsPerVector) {
-            const UnitsAnywhere one = *reinterpret_cast<const UnitsAnywhere*>(left + at);
-            const UnitsAnywhere other = *reinterpret_cast<const AlignedUnits*>(right + at);
+            Units one; // not by Load, which is watched
+            __builtin_memcpy(&one, left + at, sizeof one);
+            const Units other = *reinterpret_cast<const AlignedUnits*>(right + at);
             const unsigned same = Bits((one == other) & (other != 0));
             if (same != 0xFFFF) return at + FirstOf(~same);
         }
