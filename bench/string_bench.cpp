@@ -1,170 +1,249 @@
 #include "zynaggr/zynstring.h"
 #include "zynaggr/zynstringw.h"
+#include "zynplatform/cp1251.h"
 
 #include <benchmark/benchmark.h>
+#include <cstdio>
+#include <cwchar>
 #include <string>
 #include <strings.h>
-#include <vector>
 
-// Both string classes against std::string and std::u16string doing the same job. The text is about 1 kB of
-// words.
+#ifdef HAVE_Qt5Core
+#include <QString>
+#endif
+
+// Both string classes against std::string, std::u16string, QString and the C library doing the same job. The
+// long text is about 1 kB of words.
+
+using namespace zynplatform::literals;
 
 namespace {
 
-template <class C> std::basic_string<C> Words() {
-    std::basic_string<C> text;
-    for (int i = 0; text.size() < 1000; ++i) {
-        const std::string word = std::string("word").append(std::to_string(i)).append(i % 7 ? " " : ",");
-        text.append(word.begin(), word.end());
-    }
+std::string Words() {
+    std::string text;
+    for (int i = 0; text.size() < 1000; ++i)
+        text.append("word").append(std::to_string(i)).append(i % 7 ? " " : ",");
     return text;
 }
 
-template <class C> std::basic_string<C> Of(const char* text) {
-    return std::basic_string<C>(text, text + std::char_traits<char>::length(text));
-}
+// ---- The same jobs by each class. `Piece` is what a user has at hand for it to take.
 
-template <class C> void AppendCharacters(benchmark::State& state) {
-    for (auto _ : state) {
-        zyn::BasicString<C> text;
-        for (int i = 0; i < 1000; ++i)
-            text += static_cast<C>('a' + i % 26);
-        benchmark::DoNotOptimize(text.GetCString());
-    }
-}
-// The library's capacity grows by 16 characters at a time, by rule; the peer does as it likes.
-template <class C> void AppendCharactersStd(benchmark::State& state) {
-    for (auto _ : state) {
-        std::basic_string<C> text;
-        for (int i = 0; i < 1000; ++i)
-            text += static_cast<C>('a' + i % 26);
-        benchmark::DoNotOptimize(text.data());
-    }
-}
+template <class C> struct Ours {
+    using Character = C;
+    using Text = zyn::BasicString<C>;
+    using Piece = std::basic_string<C>;
+    static constexpr const char* name = "ours";
 
-template <class C> void AppendTexts(benchmark::State& state) {
-    const auto piece = Of<C>("twenty characters...");
-    for (auto _ : state) {
-        zyn::BasicString<C> text;
-        text.GetBuffer(1001);
-        for (int i = 0; i < 50; ++i)
-            text += piece.c_str();
-        benchmark::DoNotOptimize(text.GetCString());
+    static Piece Of(const std::string& text) { return {text.begin(), text.end()}; }
+    static void Append(Text& text, const Piece& piece) { text += piece.c_str(); }
+    static void Append(Text& text, C character) { text += character; }
+    static void Reserve(Text& text, int length) { text.GetBuffer(length + 1); }
+    static Text MakeFrom(const Piece& piece) { return piece.c_str(); }
+    static Text Copied(const Text& text) { return text; }
+    static int Compare(const Text& text, const Piece& piece) { return text.Compare(piece.c_str(), true); }
+    static int Find(const Text& text, const Piece& piece) { return text.Find(piece.c_str(), 0); }
+    static int Find(const Text& text, C character) { return text.Find(character, 0); }
+    static int Replace(Text& text, const Piece& from, const Piece& to) {
+        return text.Replace(from.c_str(), to.c_str());
     }
-}
-template <class C> void AppendTextsStd(benchmark::State& state) {
-    const auto piece = Of<C>("twenty characters...");
-    for (auto _ : state) {
-        std::basic_string<C> text;
-        text.reserve(1001);
-        for (int i = 0; i < 50; ++i)
-            text += piece.c_str();
-        benchmark::DoNotOptimize(text.data());
+    static void Format(Text& text, const Piece& format, const Piece& argument) {
+        text.Format(format.c_str(), 42, argument.c_str(), 1234567);
     }
-}
-
-template <class C> void Find(benchmark::State& state) {
-    const zyn::BasicString<C> text(Words<C>().c_str());
-    const auto pattern = Of<C>("word99,");
-    for (auto _ : state)
-        benchmark::DoNotOptimize(text.Find(pattern.c_str(), 0));
-}
-template <class C> void FindStd(benchmark::State& state) {
-    const auto text = Words<C>();
-    const auto pattern = Of<C>("word99,");
-    for (auto _ : state)
-        benchmark::DoNotOptimize(text.find(pattern.c_str()));
-}
-
-// A text in which the pattern's beginning stands everywhere, and the pattern nowhere.
-template <class C> void FindMisled(benchmark::State& state) {
-    const auto length = static_cast<unsigned>(state.range(0));
-    const zyn::BasicString<C> text(C('a'), length);
-    zyn::BasicString<C> pattern(C('a'), length / 2);
-    pattern += C('b');
-    for (auto _ : state)
-        benchmark::DoNotOptimize(text.Find(pattern, 0));
-}
-
-template <class C> void Replace(benchmark::State& state) {
-    const auto words = Words<C>(), from = Of<C>("word"), to = Of<C>("item no ");
-    for (auto _ : state) {
-        zyn::BasicString<C> text(words.c_str());
-        benchmark::DoNotOptimize(text.Replace(from.c_str(), to.c_str()));
-    }
-}
-template <class C> void ReplaceStd(benchmark::State& state) {
-    const auto words = Words<C>(), from = Of<C>("word"), to = Of<C>("item no ");
-    for (auto _ : state) {
-        std::basic_string<C> text(words);
-        for (std::size_t at = 0; (at = text.find(from, at)) != text.npos; at += to.size())
-            text.replace(at, from.size(), to);
-        benchmark::DoNotOptimize(text.data());
-    }
-}
-
-template <class C> void Tokenize(benchmark::State& state) {
-    const zyn::BasicString<C> text(Words<C>().c_str());
-    const auto set = Of<C>(" ,");
-    for (auto _ : state) {
+    static int Tokenize(const Text& text, const Piece& set) {
         int count = 0;
         for (int position = 0;; ++count) {
-            const auto token = text.Tokenize(set.c_str(), position);
-            if (position < 0) break;
+            const Text token = text.Tokenize(set.c_str(), position);
+            if (position < 0) return count;
             benchmark::DoNotOptimize(token.GetCString());
         }
-        benchmark::DoNotOptimize(count);
     }
-}
-template <class C> void TokenizeStd(benchmark::State& state) {
-    const auto text = Words<C>(), set = Of<C>(" ,");
-    for (auto _ : state) {
+};
+
+template <class C> struct Std {
+    using Character = C;
+    using Text = std::basic_string<C>;
+    using Piece = std::basic_string<C>;
+    static constexpr const char* name = sizeof(C) == 1 ? "std::string" : "std::u16string";
+
+    static Piece Of(const std::string& text) { return {text.begin(), text.end()}; }
+    static void Append(Text& text, const Piece& piece) { text += piece.c_str(); }
+    static void Append(Text& text, C character) { text += character; }
+    static void Reserve(Text& text, int length) { text.reserve(static_cast<std::size_t>(length)); }
+    static Text MakeFrom(const Piece& piece) { return piece.c_str(); }
+    static Text Copied(const Text& text) { return text; }
+    static int Compare(const Text& text, const Piece& piece) { return text.compare(piece.c_str()); }
+    static int Find(const Text& text, const Piece& piece) {
+        return static_cast<int>(text.find(piece.c_str()));
+    }
+    static int Find(const Text& text, C character) { return static_cast<int>(text.find(character)); }
+    static int Replace(Text& text, const Piece& from, const Piece& to) {
+        int count = 0;
+        for (std::size_t at = 0; (at = text.find(from, at)) != text.npos; at += to.size(), ++count)
+            text.replace(at, from.size(), to);
+        return count;
+    }
+    static void Format(Text& text, const Piece& format, const Piece& argument) requires(sizeof(C) == 1) {
+        char buffer[4000];
+        std::snprintf(buffer, sizeof buffer, format.c_str(), 42, argument.c_str(), 1234567);
+        text = buffer;
+    }
+    static int Tokenize(const Text& text, const Piece& set) {
         int count = 0;
         for (std::size_t at = text.find_first_not_of(set); at != text.npos; ++count) {
             const std::size_t end = text.find_first_of(set, at);
-            const std::basic_string<C> token = text.substr(at, end == text.npos ? end : end - at);
+            const Text token = text.substr(at, end == text.npos ? end : end - at);
             benchmark::DoNotOptimize(token.data());
             at = text.find_first_not_of(set, end);
         }
-        benchmark::DoNotOptimize(count);
+        return count;
+    }
+};
+
+#ifdef HAVE_Qt5Core
+struct Qt {
+    using Character = char16_t;
+    using Text = QString;
+    using Piece = QString;
+    static constexpr const char* name = "QString";
+
+    static Piece Of(const std::string& text) { return Piece::fromStdString(text); }
+    static void Append(Text& text, const Piece& piece) { text += piece; }
+    static void Append(Text& text, char16_t character) { text += QChar(character); }
+    static void Reserve(Text& text, int length) { text.reserve(length); }
+    static Text MakeFrom(const Piece& piece) { return Text(piece.constData(), piece.size()); }
+    static Text Copied(const Text& text) { return MakeFrom(text); } // not shared
+    static int Compare(const Text& text, const Piece& piece) { return text.compare(piece); }
+    static int Find(const Text& text, const Piece& piece) { return text.indexOf(piece); }
+    static int Find(const Text& text, char16_t character) { return text.indexOf(QChar(character)); }
+    static int Replace(Text& text, const Piece& from, const Piece& to) {
+        text.replace(from, to);
+        return 1;
+    }
+    static void Format(Text& text, const Piece&, const Piece& argument) {
+        text = QString::asprintf("item %d of %ls costs %d", 42, qUtf16Printable(argument), 1234567);
+    }
+};
+#endif
+
+// ---- The jobs
+
+template <class S> void AppendCharacters(benchmark::State& state) {
+    for (auto _ : state) {
+        typename S::Text text;
+        for (int i = 0; i < 1000; ++i)
+            S::Append(text, static_cast<typename S::Character>('a' + i % 26));
+        benchmark::DoNotOptimize(text);
     }
 }
 
-template <class C> void Compare(benchmark::State& state) {
-    const zyn::BasicString<C> text(Words<C>().c_str());
-    const auto other = Words<C>();
-    for (auto _ : state)
-        benchmark::DoNotOptimize(text.Compare(other.c_str(), true));
-}
-template <class C> void CompareStd(benchmark::State& state) {
-    const auto text = Words<C>(), other = Words<C>();
-    for (auto _ : state)
-        benchmark::DoNotOptimize(text.compare(other.c_str()));
+// Texts that end in a zero, or strings.
+template <class S, bool asksForRoom, bool takesStrings = false> void AppendTexts(benchmark::State& state) {
+    const auto piece = S::Of("twenty characters...");
+    const auto string = S::MakeFrom(piece);
+    for (auto _ : state) {
+        typename S::Text text;
+        if (asksForRoom) S::Reserve(text, 1000);
+        for (int i = 0; i < 50; ++i)
+            if constexpr (takesStrings)
+                text += string;
+            else
+                S::Append(text, piece);
+        benchmark::DoNotOptimize(text);
+    }
 }
 
-void CompareNoCase(benchmark::State& state) {
-    CzynStringA text(Words<char>().c_str());
-    text.MakeUpper();
-    const auto other = Words<char>();
-    for (auto _ : state)
-        benchmark::DoNotOptimize(text.CompareNoCase(other.c_str()));
+template <class S> void Copy(benchmark::State& state) {
+    const auto text = S::MakeFrom(S::Of(Words().substr(0, static_cast<std::size_t>(state.range(0)))));
+    for (auto _ : state) {
+        auto copy = S::Copied(text);
+        benchmark::DoNotOptimize(copy);
+    }
 }
-void CompareNoCaseStd(benchmark::State& state) {
-    CzynStringA upper(Words<char>().c_str());
-    const std::string text(upper.MakeUpper()), other = Words<char>();
+
+template <class S> void Compare(benchmark::State& state) {
+    const auto words = S::Of(Words().substr(0, static_cast<std::size_t>(state.range(0))));
+    const auto text = S::MakeFrom(words);
     for (auto _ : state)
-        benchmark::DoNotOptimize(strcasecmp(text.c_str(), other.c_str()));
+        benchmark::DoNotOptimize(S::Compare(text, words));
+}
+
+template <class S> void Find(benchmark::State& state) {
+    const auto text = S::MakeFrom(S::Of(Words()));
+    const auto pattern = S::Of("word99,");
+    for (auto _ : state)
+        benchmark::DoNotOptimize(S::Find(text, pattern));
+}
+
+template <class S> void FindCharacter(benchmark::State& state) {
+    const auto text = S::MakeFrom(S::Of(Words() + '#'));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(S::Find(text, typename S::Character('#')));
+}
+
+// A text in which the pattern's beginning and end stand everywhere, and the pattern nowhere.
+template <class S> void FindMisled(benchmark::State& state) {
+    const auto length = static_cast<std::size_t>(state.range(0));
+    const auto text = S::MakeFrom(S::Of(std::string(length, 'a')));
+    const auto pattern = S::Of(std::string(length / 4, 'a') + 'b' + std::string(length / 4, 'a'));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(S::Find(text, pattern));
+}
+
+template <class S> void Replace(benchmark::State& state) {
+    const auto words = S::Of(Words()), from = S::Of("word"), to = S::Of("item no ");
+    for (auto _ : state) {
+        auto text = S::MakeFrom(words);
+        benchmark::DoNotOptimize(S::Replace(text, from, to));
+    }
+}
+
+template <class S> void Format(benchmark::State& state) {
+    const auto format = S::Of("item %d of %s costs %d"), name = S::Of("the list");
+    typename S::Text text;
+    for (auto _ : state) {
+        S::Format(text, format, name);
+        benchmark::DoNotOptimize(text);
+    }
+}
+
+template <class S> void Tokenize(benchmark::State& state) {
+    const auto text = S::MakeFrom(S::Of(Words()));
+    const auto set = S::Of(" ,");
+    for (auto _ : state)
+        benchmark::DoNotOptimize(S::Tokenize(text, set));
+}
+
+// Texts that differ in the case of every letter: words, or a Russian sentence again and again.
+std::string TextOfCase(benchmark::State& state, bool isRussian) {
+    std::string text = Words();
+    while (isRussian && text.size() < 2000)
+        text.insert(0, "Съешь же ещё этих мягких французских булок, да выпей чаю. "_cp1251);
+    return text.substr(0, static_cast<std::size_t>(state.range(0)));
+}
+template <bool isRussian> void CompareNoCase(benchmark::State& state) {
+    const std::string text = TextOfCase(state, isRussian);
+    CzynStringA upper(text.c_str());
+    upper.MakeUpper();
+    for (auto _ : state)
+        benchmark::DoNotOptimize(upper.CompareNoCase(text.c_str()));
+}
+void StrCaseCmp(benchmark::State& state) { // ASCII only
+    const std::string text = TextOfCase(state, false);
+    CzynStringA folded(text.c_str());
+    const std::string upper(folded.MakeUpper());
+    for (auto _ : state)
+        benchmark::DoNotOptimize(strcasecmp(upper.c_str(), text.c_str()));
 }
 
 template <class C> void Fold(benchmark::State& state) {
-    zyn::BasicString<C> text(Words<C>().c_str());
+    auto text = Ours<C>::MakeFrom(Ours<C>::Of(Words()));
     for (auto _ : state) {
         text.MakeUpper().MakeLower();
         benchmark::DoNotOptimize(text.GetCString());
     }
 }
 void FoldStd(benchmark::State& state) {
-    auto text = Words<char>();
+    std::string text = Words();
     for (auto _ : state) {
         for (char& c : text)
             c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
@@ -175,14 +254,14 @@ void FoldStd(benchmark::State& state) {
 }
 
 void Trim(benchmark::State& state) {
-    const std::string words = std::string(20, ' ') + Words<char>() + std::string(20, ' ');
+    const std::string words = std::string(20, ' ') + Words() + std::string(20, ' ');
     for (auto _ : state) {
         CzynStringA text(words.c_str());
         benchmark::DoNotOptimize(text.Trim().GetCString());
     }
 }
 void TrimStd(benchmark::State& state) {
-    const std::string words = std::string(20, ' ') + Words<char>() + std::string(20, ' ');
+    const std::string words = std::string(20, ' ') + Words() + std::string(20, ' ');
     for (auto _ : state) {
         std::string text(words.c_str());
         text.erase(text.find_last_not_of(' ') + 1);
@@ -191,26 +270,65 @@ void TrimStd(benchmark::State& state) {
     }
 }
 
+void Swprintf(benchmark::State& state) { // by way of 32-bit characters
+    const std::u16string name(u"the list");
+    std::u16string text;
+    for (auto _ : state) {
+        wchar_t buffer[4000];
+        const std::wstring wide(name.begin(), name.end());
+        const int length =
+            std::swprintf(buffer, std::size(buffer), L"item %d of %ls costs %d", 42, wide.c_str(), 1234567);
+        text.assign(buffer, buffer + length);
+        benchmark::DoNotOptimize(text);
+    }
+}
+
+// ---- Their names
+
+benchmark::internal::Benchmark* Register(bool isNarrow, std::string job, const char* implementation,
+                                         benchmark::internal::Function* function) {
+    job = (isNarrow ? "CzynStringA, " : "CzynStringW, ") + job + "/" + implementation;
+    return benchmark::RegisterBenchmark(job.c_str(), function);
+}
+
+template <class S> void RegisterAll() {
+    const auto add = [](const char* job, benchmark::internal::Function* function) {
+        return Register(sizeof(typename S::Character) == 1, job, S::name, function);
+    };
+    add("append 1000 characters", AppendCharacters<S>);
+    add("append 50 texts", AppendTexts<S, false>);
+    add("append 50 texts, room asked for", AppendTexts<S, true>);
+    add("append 50 strings, room asked for", AppendTexts<S, true, true>);
+    add("copy", Copy<S>)->Arg(20)->Arg(1000);
+    add("compare", Compare<S>)->Arg(20)->Arg(1000);
+    add("find", Find<S>);
+    add("find a character", FindCharacter<S>);
+    add("replace", Replace<S>);
+    if constexpr (requires(typename S::Text text) { S::Format(text, {}, {}); }) add("format", Format<S>);
+    if constexpr (requires(typename S::Text text) { S::Tokenize(text, {}); }) add("tokenize", Tokenize<S>);
+    if (S::name == std::string("ours"))
+        add("find, misled", FindMisled<S>)->Arg(40'000)->Arg(160'000)->Arg(640'000);
+}
+
+const bool registered = [] {
+    RegisterAll<Ours<char>>();
+    RegisterAll<Std<char>>();
+    Register(true, "compare without case, ASCII", "ours", CompareNoCase<false>)->Arg(20)->Arg(1000);
+    Register(true, "compare without case, ASCII", "strcasecmp", StrCaseCmp)->Arg(20)->Arg(1000);
+    Register(true, "compare without case, Russian", "ours", CompareNoCase<true>)->Arg(20)->Arg(1000);
+    Register(true, "compare without case, Russian", "strcasecmp of ASCII", StrCaseCmp)->Arg(20)->Arg(1000);
+    Register(true, "fold both ways", "ours", Fold<char>);
+    Register(true, "fold both ways", "toupper, tolower", FoldStd);
+    Register(true, "trim", "ours", Trim);
+    Register(true, "trim", "std::string", TrimStd);
+    RegisterAll<Ours<WCHAR>>();
+    RegisterAll<Std<WCHAR>>();
+#ifdef HAVE_Qt5Core
+    RegisterAll<Qt>();
+#endif
+    Register(false, "format", "swprintf", Swprintf);
+    Register(false, "fold both ways", "ours", Fold<WCHAR>);
+    return true;
+}();
+
 } // namespace
-
-#define BOTH(workload, name)                                                                                 \
-    BENCHMARK(name<char>)->Name("CzynStringA, " workload "/ours");                                           \
-    BENCHMARK(name##Std<char>)->Name("CzynStringA, " workload "/std::string");                               \
-    BENCHMARK(name<WCHAR>)->Name("CzynStringW, " workload "/ours");                                          \
-    BENCHMARK(name##Std<WCHAR>)->Name("CzynStringW, " workload "/std::u16string")
-
-BOTH("append 1000 characters", AppendCharacters);
-BOTH("append 50 texts", AppendTexts);
-BOTH("find", Find);
-BENCHMARK(FindMisled<char>)->Name("CzynStringA, find, misled/ours")->Arg(40'000)->Arg(160'000)->Arg(640'000);
-BENCHMARK(FindMisled<WCHAR>)->Name("CzynStringW, find, misled/ours")->Arg(40'000)->Arg(160'000)->Arg(640'000);
-BOTH("replace", Replace);
-BOTH("tokenize", Tokenize);
-BOTH("compare", Compare);
-BENCHMARK(CompareNoCase)->Name("CzynStringA, compare without case/ours");
-BENCHMARK(CompareNoCaseStd)->Name("CzynStringA, compare without case/strcasecmp");
-BENCHMARK(Fold<char>)->Name("CzynStringA, fold both ways/ours");
-BENCHMARK(FoldStd)->Name("CzynStringA, fold both ways/toupper, tolower");
-BENCHMARK(Fold<WCHAR>)->Name("CzynStringW, fold both ways/ours");
-BENCHMARK(Trim)->Name("CzynStringA, trim/ours");
-BENCHMARK(TrimStd)->Name("CzynStringA, trim/std::string");

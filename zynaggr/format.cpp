@@ -7,7 +7,6 @@ namespace zyn {
 
 namespace {
 
-constexpr int mostArguments = 100;
 constexpr int largestNumber = 1'000'000;
 
 FormatType TypeOf(char conversion, std::string_view length) {
@@ -101,7 +100,7 @@ template <class C> bool FormatReader<C>::TakeArgument(int& argument) {
         m_rest = before;
         argument = ++m_next;
     }
-    return argument <= mostArguments;
+    return argument <= mostFormatArguments;
 }
 
 template <class C> bool FormatReader<C>::TakeSize(int& size, int& argument) {
@@ -124,8 +123,8 @@ template <class C> const char* FormatReader<C>::TakeLength() {
     return "";
 }
 
-// What stands behind a percent sign.
-template <class C> bool FormatReader<C>::Parse(FormatDirective<C>& directive) {
+// What stands between a percent sign and the letter of the conversion.
+template <class C> bool FormatReader<C>::TakeOptions(FormatDirective<C>& directive) {
     // The argument's number stands before the flags, and looks like a width until the "$".
     const View before = m_rest;
     const int number = TakeNumber();
@@ -144,13 +143,20 @@ template <class C> bool FormatReader<C>::Parse(FormatDirective<C>& directive) {
     directive.written = m_rest;
     directive.length = TakeLength();
     directive.written.remove_suffix(m_rest.size());
+    return true;
+}
+
+template <class C> bool FormatReader<C>::Parse(FormatDirective<C>& directive) {
+    constexpr std::string_view bare = "dscuxXfg%"; // most have nothing but such a letter
+    const bool isBare = !m_rest.empty() && std::ranges::find(bare, m_rest[0]) != bare.end();
+    if (!isBare && !TakeOptions(directive)) return false;
     if (m_rest.empty() || static_cast<std::make_unsigned_t<C>>(m_rest[0]) >= 0x80) return false;
     directive.conversion = static_cast<char>(m_rest[0]);
     m_rest.remove_prefix(1);
     if (directive.conversion == '%') return directive.widthArgument + directive.precisionArgument == 0;
     directive.type = TypeOf(directive.conversion, directive.length);
     if (directive.argument == 0) directive.argument = ++m_next;
-    return directive.type != FormatType::none && directive.argument <= mostArguments;
+    return directive.type != FormatType::none && directive.argument <= mostFormatArguments;
 }
 
 template class FormatReader<char>;

@@ -29,7 +29,9 @@ template <class C> struct FormatDirective {
 // Whether a text or a character is 8-bit, in a format of C.
 template <class C> bool IsNarrow(const FormatDirective<C>& directive);
 
-// Takes a format apart. Arguments are numbered in order, or all by "n$", up to 100.
+inline constexpr int mostFormatArguments = 100;
+
+// Takes a format apart. Arguments are numbered in order, or all by "n$", up to the number above.
 template <class C> class FormatReader {
 public:
     using View = std::basic_string_view<C>;
@@ -46,6 +48,7 @@ private:
     bool TakeArgument(int& argument);
     bool TakeSize(int& size, int& argument);
     const char* TakeLength();
+    bool TakeOptions(FormatDirective<C>& directive);
     bool Parse(FormatDirective<C>& directive);
 
     View m_rest;

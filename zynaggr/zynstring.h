@@ -7,6 +7,7 @@
 #include <concepts>
 #include <cstdarg>
 #include <cstdint>
+#include <cstring>
 #include <type_traits>
 #include <utility>
 
@@ -97,7 +98,12 @@ public:
     // ---- Editing; each returns the string
 
     BasicString& operator+=(const BasicString& other);
-    BasicString& operator+=(const C* text);
+    BasicString& operator+=(const C* text) {
+        // The string's own buffer counts as the string: zero characters inside are appended too.
+        if (text == m_pBuffer && *text != 0) return AppendText(text, m_nLength);
+        if constexpr (isNarrow) return AppendText(text, text ? std::strlen(text) : 0);
+        return Append(text, -1);
+    }
     BasicString& operator+=(C character) {
         if (std::uint64_t{m_nLength} + 2 > m_nSize) Reserve(std::uint64_t{m_nLength} + 16);
         m_pBuffer[m_nLength++] = character;
@@ -212,13 +218,15 @@ protected:
 
     enum Exactly { exactly };
     BasicString(Exactly, const C* text, std::uint64_t length); // so many characters, without room to spare
+    static C* Allocated(std::uint64_t size);
+    // Returns the old buffer, which is the caller's then. Out of line, to keep short what rarely comes to it.
+    [[gnu::noinline]] const C* Grow(std::uint64_t size);
     unsigned Reserve(std::uint64_t size);
     BasicString& Assign(const C* text, std::uint64_t length);
     BasicString& AppendText(const C* text, std::uint64_t length);
     bool IsOwn(const C* text) const { return text >= m_pBuffer && text < m_pBuffer + m_nSize; }
     BasicString& DropLeft(unsigned count);
     int Order(const C* text) const;
-    std::uint32_t SkipEqualBlocks(const C* text) const;
 
     C* m_pBuffer;
     std::uint32_t m_nLength; // without the zero

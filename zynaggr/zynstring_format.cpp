@@ -5,9 +5,12 @@
 #include "zynaggr/zynstring_impl.h"
 
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <cstdio>
+#include <cstring>
 #include <string>
-#include <vector>
+#include <utility>
 
 namespace zyn {
 
@@ -17,7 +20,6 @@ namespace {
 // the room stays behind it.
 constexpr int widest = 3 * static_cast<int>(detail::formatRoom);
 
-template <class C> using Text = std::basic_string<C>;
 template <class C> using View = std::basic_string_view<C>;
 
 union Argument {
@@ -34,35 +36,41 @@ struct PassedArguments {
 // Reads the arguments in the order in which they were passed.
 class Arguments {
 public:
-    // False for a number used with two types, or one that is left out: where the next stands is then not
-    // known.
-    template <class C> bool Read(const std::vector<FormatDirective<C>>& directives, PassedArguments& passed) {
-        std::vector<FormatType> types;
-        const auto use = [&](int argument, FormatType type) {
-            if (argument == 0) return true;
-            const auto index = static_cast<std::size_t>(argument) - 1;
-            if (index >= types.size()) types.resize(index + 1, FormatType::none);
-            if (types[index] != FormatType::none && types[index] != type) return false;
-            types[index] = type;
-            return true;
-        };
-        for (const FormatDirective<C>& directive : directives)
-            if (!use(directive.widthArgument, FormatType::integer) ||
-                !use(directive.precisionArgument, FormatType::integer) ||
-                !use(directive.argument, directive.type))
+    // False for an ill-formed format, a number used with two types, or one that is left out: where the next
+    // stands is then not known.
+    template <class C> bool Read(View<C> format, PassedArguments& passed) {
+        Types types;
+        FormatReader<C> reader(format);
+        for (FormatDirective<C> directive; reader.Next(directive);)
+            if (!types.Add(directive.widthArgument, FormatType::integer) ||
+                !types.Add(directive.precisionArgument, FormatType::integer) ||
+                !types.Add(directive.argument, directive.type))
                 return false;
-        for (const FormatType type : types) {
-            if (type == FormatType::none) return false;
-            Read(type, passed, m_values.emplace_back());
+        for (int i = 0; i < types.count; ++i) {
+            if (types.all[i] == FormatType::none) return false;
+            Read(types.all[i], passed, m_values[i]);
         }
-        return true;
+        return reader.IsWellFormed();
     }
-    const Argument& At(int argument) const { return m_values[static_cast<std::size_t>(argument) - 1]; }
+    const Argument& At(int argument) const { return m_values[argument - 1]; }
     int SizeAt(int argument, int otherwise) const {
         return argument == 0 ? otherwise : static_cast<int>(At(argument).integer);
     }
 
 private:
+    struct Types {
+        bool Add(int argument, FormatType type) {
+            if (argument == 0) return true;
+            while (count < argument)
+                all[count++] = FormatType::none;
+            const FormatType before = std::exchange(all[argument - 1], type);
+            return before == FormatType::none || before == type;
+        }
+
+        FormatType all[mostFormatArguments];
+        int count = 0;
+    };
+
     static void Read(FormatType type, PassedArguments& passed, Argument& value) {
         switch (type) {
         case FormatType::longInteger:
@@ -85,28 +93,28 @@ private:
         }
     }
 
-    std::vector<Argument> m_values;
+    Argument m_values[mostFormatArguments];
 };
 
-// Collects what is printed, as far as there is room.
+// Collects what is printed, as far as there is room. Text of the other kind is converted, one for one.
 template <class C> class Output {
 public:
     Output(C* buffer, std::size_t size) : m_buffer(buffer), m_room(size - 1) {}
 
-    void Put(View<C> text) {
-        const std::size_t count = std::min(text.size(), m_room - m_length);
-        detail::Copy(m_buffer + m_length, text.data(), count);
-        m_length += count;
-        m_isCut = m_isCut || count < text.size();
+    template <class From> void Put(View<From> text) {
+        C* const target = m_buffer + m_length;
+        const std::size_t count = Take(text.size());
+        if constexpr (std::is_same_v<C, From>)
+            detail::Copy(target, text.data(), count);
+        else
+            detail::Convert(text.data(), count, target);
     }
-    void PutPadded(View<C> text, bool isLeft, int width) {
-        const std::size_t missing = width > 0 && static_cast<std::size_t>(width) > text.size()
-                                        ? static_cast<std::size_t>(width) - text.size()
-                                        : 0;
-        const Text<C> padding(std::min(missing, m_room + 1), C(' '));
-        if (!isLeft) Put(padding);
+    template <class From> void PutPadded(View<From> text, bool isLeft, int width) {
+        const std::size_t all = width > 0 ? static_cast<std::size_t>(width) : 0;
+        const std::size_t missing = all - std::min(all, text.size());
+        if (!isLeft) PutBlanks(missing);
         Put(text);
-        if (isLeft) Put(padding);
+        if (isLeft) PutBlanks(missing);
     }
     // The length, or -1 when there was more.
     int End() {
@@ -115,36 +123,39 @@ public:
     }
 
 private:
+    void PutBlanks(std::size_t count) {
+        C* const target = m_buffer + m_length;
+        std::fill_n(target, Take(count), C(' '));
+    }
+    std::size_t Take(std::size_t wanted) {
+        const std::size_t count = std::min(wanted, m_room - m_length);
+        m_length += count;
+        m_isCut = m_isCut || count < wanted;
+        return count;
+    }
+
     C* m_buffer;
     std::size_t m_room;
     std::size_t m_length = 0;
     bool m_isCut = false;
 };
 
-template <class To, class From> Text<To> Converted(View<From> text) {
-    if constexpr (std::is_same_v<To, From>)
-        return Text<To>(text);
-    else {
-        Text<To> result(detail::ConvertedLength(text.data(), text.size(), static_cast<To*>(nullptr)), To(0));
-        detail::Convert(text.data(), text.size(), result.data());
-        return result;
-    }
-}
-
 // Text up to its zero or the precision, whichever comes first.
-template <class To, class From> Text<To> TextOf(const void* pointer, int precision) {
-    const std::size_t most = precision < 0 ? std::size_t(-1) : static_cast<std::size_t>(precision);
-    if (!pointer) return Converted<To>(View<char>("(null)").substr(0, most));
+template <class C, class From>
+void PutText(Output<C>& output, const void* pointer, int precision, bool isLeft, int width) {
+    const auto most = static_cast<std::size_t>(precision); // none: without a limit
+    if (!pointer) return output.PutPadded(View<char>("(null)").substr(0, most), isLeft, width);
     const auto* const text = static_cast<const From*>(pointer);
-    std::size_t length = 0;
-    while (length < most && text[length] != 0)
+    std::size_t length = precision < 0 ? zynplatform::LengthOf(text) : 0;
+    while (precision >= 0 && length < most && text[length] != 0)
         ++length;
-    return Converted<To>(View<From>(text, length));
+    output.PutPadded(View<From>(text, length), isLeft, width);
 }
 
 // By the C library, from the directive written anew without "n$" and "*".
 template <class C>
-std::string NumberOf(const FormatDirective<C>& directive, const Argument& value, bool isLeft, int precision) {
+int PrintNumber(char* buffer, std::size_t size, const FormatDirective<C>& directive, const Argument& value,
+                bool isLeft, int precision) {
     std::string format = "%";
     for (const C flag : directive.flags)
         if (flag != '-') format += static_cast<char>(flag);
@@ -152,30 +163,47 @@ std::string NumberOf(const FormatDirective<C>& directive, const Argument& value,
     if (precision >= 0) (format += '.') += std::to_string(precision);
     const FormatType type = directive.type;
     if (type == FormatType::integer && *directive.length == 'h') format += directive.length;
-    if (type == FormatType::longInteger || type == FormatType::longLong) format += "ll";
+    if (type == FormatType::longInteger) format += 'l';
+    if (type == FormatType::longLong) format += "ll";
     if (type == FormatType::longReal) format += 'L';
     format += directive.conversion;
+    const char* const f = format.c_str();
     const int width = isLeft ? 0 : std::clamp(directive.width, 0, widest);
-    const auto print = [&](char* buffer, std::size_t size) {
-        const char* const f = format.c_str();
-        switch (type) {
-        case FormatType::integer:
-            return std::snprintf(buffer, size, f, width, static_cast<int>(value.integer));
-        case FormatType::realNumber:
-            return std::snprintf(buffer, size, f, width, static_cast<double>(value.real));
-        case FormatType::longReal:
-            return std::snprintf(buffer, size, f, width, value.real);
-        case FormatType::pointer:
-            return std::snprintf(buffer, size, f, width, value.pointer);
-        default:
-            return std::snprintf(buffer, size, f, width, value.integer);
-        }
+    switch (type) {
+    case FormatType::integer:
+        return std::snprintf(buffer, size, f, width, static_cast<int>(value.integer));
+    case FormatType::longInteger:
+        return std::snprintf(buffer, size, f, width, static_cast<long>(value.integer));
+    case FormatType::realNumber:
+        return std::snprintf(buffer, size, f, width, static_cast<double>(value.real));
+    case FormatType::longReal:
+        return std::snprintf(buffer, size, f, width, value.real);
+    case FormatType::pointer:
+        return std::snprintf(buffer, size, f, width, value.pointer);
+    default:
+        return std::snprintf(buffer, size, f, width, value.integer);
+    }
+}
+
+template <class C>
+void PutNumber(Output<C>& output, const FormatDirective<C>& directive, const Argument& value, bool isLeft,
+               int precision) {
+    const auto put = [&](const char* text, std::size_t length) {
+        output.PutPadded(View<char>(text, length), isLeft, directive.width);
     };
-    const int length = print(nullptr, 0);
-    if (length <= 0) return {};
+    std::array<char, 500> room;
+    const bool hasFlags = directive.flags.find_first_not_of(C('-')) != View<C>::npos;
+    const bool isSigned = directive.conversion == 'd' || directive.conversion == 'i';
+    if (isSigned && !hasFlags && precision < 0 && *directive.length != 'h') // most numbers
+        return put(room.data(),
+                   static_cast<std::size_t>(std::to_chars(room.begin(), room.end(), value.integer).ptr -
+                                            room.begin()));
+    const int length = PrintNumber(room.data(), room.size(), directive, value, isLeft, precision);
+    if (length < static_cast<int>(room.size()))
+        return put(room.data(), static_cast<std::size_t>(std::max(length, 0)));
     std::string text(static_cast<std::size_t>(length), '\0');
-    print(text.data(), text.size() + 1);
-    return text;
+    PrintNumber(text.data(), text.size() + 1, directive, value, isLeft, precision);
+    put(text.data(), text.size());
 }
 
 template <class C> void Print(Output<C>& output, FormatDirective<C> directive, const Arguments& arguments) {
@@ -188,60 +216,64 @@ template <class C> void Print(Output<C>& output, FormatDirective<C> directive, c
     const int precision =
         std::min(arguments.SizeAt(directive.precisionArgument, directive.precision), widest);
     const Argument& value = arguments.At(directive.argument);
-    Text<C> text;
     switch (directive.conversion) {
     case 's':
     case 'S':
-        text = IsNarrow(directive) ? TextOf<C, char>(value.pointer, precision)
-                                   : TextOf<C, WCHAR>(value.pointer, precision);
-        break;
+        return IsNarrow(directive)
+                   ? PutText<C, char>(output, value.pointer, precision, isLeft, directive.width)
+                   : PutText<C, WCHAR>(output, value.pointer, precision, isLeft, directive.width);
     case 'c':
     case 'C': {
         const auto narrow = static_cast<char>(value.integer);
         const auto wide = static_cast<WCHAR>(value.integer);
-        text =
-            IsNarrow(directive) ? Converted<C>(View<char>(&narrow, 1)) : Converted<C>(View<WCHAR>(&wide, 1));
-        break;
+        return IsNarrow(directive) ? output.PutPadded(View<char>(&narrow, 1), isLeft, directive.width)
+                                   : output.PutPadded(View<WCHAR>(&wide, 1), isLeft, directive.width);
     }
     default:
-        text = Converted<C>(View<char>(NumberOf(directive, value, isLeft, precision)));
+        PutNumber(output, directive, value, isLeft, precision);
     }
-    output.PutPadded(text, isLeft, directive.width);
 }
 
 template <class C> int PrintAll(C* buffer, std::size_t size, View<C> format, std::va_list list) {
     buffer[0] = 0;
-    std::vector<FormatDirective<C>> directives;
-    FormatReader<C> reader(format);
-    for (FormatDirective<C> directive; reader.Next(directive);)
-        directives.push_back(directive);
     Arguments arguments;
     PassedArguments passed;
     va_copy(passed.list, list);
-    const bool understood = reader.IsWellFormed() && arguments.Read(directives, passed);
+    const bool understood = arguments.Read(format, passed);
     va_end(passed.list);
     if (!understood) return -1;
     Output<C> output(buffer, size);
-    for (const FormatDirective<C>& directive : directives) {
+    FormatReader<C> reader(format);
+    for (FormatDirective<C> directive; reader.Next(directive);) {
         output.Put(directive.literal);
         static constexpr C percent = '%';
         if (directive.type != FormatType::none)
             Print(output, directive, arguments);
         else if (directive.conversion == '%')
-            output.Put({&percent, 1});
+            output.Put(View<C>(&percent, 1));
     }
     return output.End();
 }
 
+// What stands between a percent sign and its conversion.
+constexpr auto isBeforeConversion = [] {
+    std::array<bool, 256> table{};
+    for (const char c : std::string_view("0123456789$*.-+ #'hlqjzt"))
+        table[static_cast<unsigned char>(c)] = true;
+    return table;
+}();
+
 // Whether the C library would take a directive for something else: it knows no "I64", its wide text has
 // 32-bit characters, and "%n" would write.
-bool IsForeign(std::string_view format) {
+bool IsForeign(const char* format) {
     constexpr std::string_view foreign = "IwSCn";
-    for (std::size_t at = 0; (at = format.find('%', at)) != format.npos; ++at) {
-        at = format.find_first_not_of("0123456789$*.-+ #'hlqjzt", at + 1);
-        if (at == format.npos) return false;
-        const bool isLong = format[at - 1] == 'l' && (format[at] == 's' || format[at] == 'c');
-        if (isLong || foreign.find(format[at]) != foreign.npos) return true;
+    while ((format = std::strchr(format, '%')) != nullptr) {
+        while (isBeforeConversion[static_cast<unsigned char>(*++format)])
+            ;
+        if (*format == 0) return false;
+        const bool isLong = format[-1] == 'l' && (*format == 's' || *format == 'c');
+        if (isLong || foreign.find(*format) != foreign.npos) return true;
+        ++format;
     }
     return false;
 }

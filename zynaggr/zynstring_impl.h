@@ -6,6 +6,7 @@
 #include "zynhost/memory.h"
 #include "zynhost/stringresources.h"
 #include "zynplatform/codepage.h"
+#include "zynplatform/textscan_impl.h"
 #include "zynplatform/textsearch_impl.h"
 
 #include <algorithm>
@@ -14,6 +15,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 // The definitions behind zynstring.h, instantiated in zynstring.cpp and zynstringw.cpp. Not a public header.
 
@@ -24,7 +26,7 @@ namespace detail {
 constexpr unsigned formatRoom = 4000;
 
 template <class C> std::size_t LengthOf(const C* text) {
-    return text ? std::char_traits<C>::length(text) : 0;
+    return text ? zynplatform::LengthOf(text) : 0;
 }
 
 template <class C> void Copy(C* target, const C* source, std::uint64_t count) {
@@ -49,33 +51,27 @@ inline void Convert(const WCHAR* text, std::size_t length, char* target) {
     zynplatform::ToNarrow(zynplatform::ansiCodePage, text, length, target);
 }
 
-// The characters of a set, asked for often: bytes by a bitmap, units by looking through the set.
+// The characters of a set, asked for often: a bitmap of their low bytes, which is all there is to 8-bit ones.
 template <class C> class CharacterSet {
 public:
-    explicit CharacterSet(const C* set) : m_set(set, LengthOf(set)) {}
-    bool Has(C character) const { return m_set.find(character) != m_set.npos; }
+    explicit CharacterSet(const C* set) {
+        const C* end = set;
+        for (; end && *end; ++end)
+            m_bits[LowByte(*end) / 64] |= BitOf(*end);
+        m_set = {set, static_cast<std::size_t>(end - set)};
+    }
+    bool Has(C character) const {
+        const bool isLikely = (m_bits[LowByte(character) / 64] & BitOf(character)) != 0;
+        return isLikely && (sizeof(C) == 1 || m_set.find(character) != m_set.npos);
+    }
     bool IsEmpty() const { return m_set.empty(); }
 
 private:
+    static unsigned LowByte(C character) { return static_cast<unsigned char>(character); }
+    static std::uint64_t BitOf(C character) { return std::uint64_t{1} << LowByte(character) % 64; }
+
     std::basic_string_view<C> m_set;
-};
-
-template <> class CharacterSet<char> {
-public:
-    explicit CharacterSet(const char* set) : m_isEmpty(!set || !*set) {
-        for (; set && *set; ++set)
-            m_bits[static_cast<unsigned char>(*set) / 64] |= std::uint64_t{1}
-                                                             << static_cast<unsigned char>(*set) % 64;
-    }
-    bool Has(char character) const {
-        const auto byte = static_cast<unsigned char>(character);
-        return (m_bits[byte / 64] >> byte % 64 & 1) != 0;
-    }
-    bool IsEmpty() const { return m_isEmpty; }
-
-private:
     std::uint64_t m_bits[4] = {};
-    bool m_isEmpty;
 };
 
 } // namespace detail
@@ -85,6 +81,18 @@ private:
 template <class C> unsigned BasicString<C>::Reserve(std::uint64_t size) {
     if (size > StringTraits<C>::sizeLimit) AfxThrowMemoryException();
     return SetSize(static_cast<unsigned>(size));
+}
+
+template <class C> C* BasicString<C>::Allocated(std::uint64_t size) {
+    if (size > StringTraits<C>::sizeLimit) AfxThrowMemoryException();
+    return new C[static_cast<std::size_t>(size)];
+}
+
+template <class C> const C* BasicString<C>::Grow(std::uint64_t size) {
+    C* const buffer = Allocated(size);
+    detail::Copy(buffer, m_pBuffer, std::uint64_t{m_nLength} + 1);
+    m_nSize = static_cast<std::uint32_t>(size);
+    return std::exchange(m_pBuffer, buffer);
 }
 
 template <class C> unsigned BasicString<C>::SetSize(unsigned size) {
@@ -97,13 +105,8 @@ template <class C> unsigned BasicString<C>::SetSize(unsigned size) {
         return m_nSize = 1;
     }
     if (size <= m_nSize) return m_nSize; // never smaller; the length needs no more than there is
-    if (size > StringTraits<C>::sizeLimit) AfxThrowMemoryException();
-    C* const buffer = new C[size];
-    detail::Copy(buffer, m_pBuffer, m_nLength);
-    buffer[m_nLength] = 0;
-    delete[] m_pBuffer;
-    m_pBuffer = buffer;
-    return m_nSize = size;
+    delete[] Grow(size);
+    return m_nSize;
 }
 
 template <class C> void BasicString<C>::SetLength(unsigned length) {
@@ -121,19 +124,18 @@ template <class C> void BasicString<C>::Empty() {
 
 template <class C> BasicString<C>::BasicString() : m_pBuffer(new C[1]{}), m_nLength(0), m_nSize(1) {}
 
-// These delegate, so that the buffer is freed when the assignment throws.
-template <class C> BasicString<C>::BasicString(const BasicString& other) : BasicString() {
-    *this = other;
-}
-template <class C> BasicString<C>::BasicString(const C* text) : BasicString() {
-    *this = text;
-}
+template <class C>
+BasicString<C>::BasicString(const BasicString& other)
+    : BasicString(exactly, other.m_pBuffer, other.m_nLength) {}
+template <class C>
+BasicString<C>::BasicString(const C* text) : BasicString(exactly, text, detail::LengthOf(text)) {}
+// Delegates, so that the buffer is freed when the assignment throws.
 template <class C> BasicString<C>::BasicString(const Other* text) : BasicString() {
     *this = text;
 }
 template <class C>
 BasicString<C>::BasicString(Exactly, const C* text, std::uint64_t length)
-    : m_pBuffer(new C[static_cast<std::size_t>(length) + 1]),
+    : m_pBuffer(Allocated(length + 1)),
       m_nLength(static_cast<std::uint32_t>(length)),
       m_nSize(m_nLength + 1) {
     detail::Copy(m_pBuffer, text, length);
@@ -155,11 +157,10 @@ template <class C> BasicString<C>& BasicString<C>::Assign(const C* text, std::ui
         Empty();
         return *this;
     }
-    if (length + 1 > StringTraits<C>::sizeLimit) AfxThrowMemoryException();
     if (length < m_nSize) {
         detail::Move(m_pBuffer, text, length);
     } else {
-        C* const buffer = new C[static_cast<std::size_t>(length) + 1];
+        C* const buffer = Allocated(length + 1);
         detail::Copy(buffer, text, length);
         delete[] m_pBuffer;
         m_pBuffer = buffer;
@@ -227,24 +228,18 @@ template <class C> void BasicString<C>::ReleaseBuffer(int length) {
 // ---- Appending
 
 template <class C> BasicString<C>& BasicString<C>::AppendText(const C* text, std::uint64_t length) {
-    if (length == 0) return *this;
-    const std::uint64_t size = m_nLength + length + 1;
-    if (size > m_nSize && IsOwn(text)) // which growing gives up
-        return AppendText(std::basic_string<C>(text, static_cast<std::size_t>(length)).c_str(), length);
-    Reserve(size);
-    detail::Move(m_pBuffer + m_nLength, text, length);
-    m_nLength += static_cast<std::uint32_t>(length);
-    m_pBuffer[m_nLength] = 0;
+    const std::uint64_t all = m_nLength + length;
+    const C* const old = all >= m_nSize ? Grow(all + 1) : nullptr; // the text may lie in it
+    C* const buffer = m_pBuffer;
+    detail::Move(buffer + m_nLength, text, length);
+    buffer[all] = 0;
+    m_nLength = static_cast<std::uint32_t>(all);
+    delete[] old;
     return *this;
 }
 
 template <class C> BasicString<C>& BasicString<C>::operator+=(const BasicString& other) {
     return AppendText(other.m_pBuffer, other.m_nLength);
-}
-
-// The string's own buffer counts as the string: zero characters inside are appended too.
-template <class C> BasicString<C>& BasicString<C>::operator+=(const C* text) {
-    return AppendText(text, text == m_pBuffer && *text != 0 ? m_nLength : detail::LengthOf(text));
 }
 
 template <class C> BasicString<C>& BasicString<C>::Append(const C* text, int count) {
@@ -422,9 +417,10 @@ template <class C> int BasicString<C>::Find(const C* pattern, unsigned start) co
 }
 
 template <class C> int BasicString<C>::Find(C character, unsigned start) const {
-    const std::basic_string_view<C> text(m_pBuffer, m_nLength);
-    const std::size_t at = text.find(character, start);
-    return at == text.npos ? -1 : static_cast<int>(at);
+    if (start >= m_nLength) return -1;
+    const std::size_t length = m_nLength - start,
+                      at = zynplatform::FindCharacter(m_pBuffer + start, length, character);
+    return at == length ? -1 : static_cast<int>(start + at);
 }
 
 template <class C> int BasicString<C>::ReverseFind(C character) const {
@@ -456,9 +452,8 @@ template <class C> BasicString<C> BasicString<C>::Mid(int first, int count) cons
     count = std::min(count, GetLength() - first);
     if (count == GetLength()) return *this;
     const C* const part = m_pBuffer + first;
-    const C* const zero = std::char_traits<C>::find(part, static_cast<std::size_t>(count), C(0));
     return BasicString(exactly, part,
-                       zero ? static_cast<std::uint64_t>(zero - part) : static_cast<std::uint64_t>(count));
+                       zynplatform::FindCharacter(part, static_cast<std::size_t>(count), C(0)));
 }
 
 template <class C> BasicString<C> BasicString<C>::Tokenize(const C* delimiters, int& position) const {
@@ -477,44 +472,45 @@ template <class C> BasicString<C> BasicString<C>::Tokenize(const C* delimiters, 
     while (m_pBuffer[end] != 0 && !set.Has(m_pBuffer[end]))
         ++end;
     position = end + 1;
-    return Mid(start, end - start);
+    return BasicString(exactly, m_pBuffer + start, static_cast<std::uint64_t>(end - start));
 }
 
 // ---- Comparing
 
 template <class C> int BasicString<C>::Order(const C* text) const {
     static constexpr C nothing[1] = {};
-    const C* left = m_pBuffer;
-    const C* right = text ? text : nothing;
-    if constexpr (isNarrow) return std::strcmp(left, right);
-    while (*left != 0 && *left == *right) {
-        ++left;
-        ++right;
+    if (!text) text = nothing;
+    if constexpr (isNarrow) {
+        return std::strcmp(m_pBuffer, text);
+    } else {
+        const std::size_t at = zynplatform::FindDifference(m_pBuffer, m_nLength, text);
+        return m_pBuffer[at] == text[at] ? 0 : m_pBuffer[at] < text[at] ? -1 : 1;
     }
-    return *left == *right ? 0 : *left < *right ? -1 : 1;
 }
 
-// How much of the beginning is equal without case, in whole blocks: the loop inside becomes vector code.
-template <class C> std::uint32_t BasicString<C>::SkipEqualBlocks(const C* text) const {
-    constexpr std::size_t block = 32;
-    const C* const zero = std::char_traits<C>::find(text, m_nLength, C(0)); // looks no further than the zero
-    const std::size_t common = zero ? static_cast<std::size_t>(zero - text) : m_nLength;
+// How much of the beginning is the same without case, at least.
+inline std::size_t SameWithoutCase(const char* left, std::size_t length, const char* right) {
+    return zynplatform::SameWithoutCase(left, right, zynplatform::FindCharacter(right, length, 0));
+}
+inline std::size_t SameWithoutCase(const WCHAR* left, std::size_t length, const WCHAR* right) {
+    constexpr std::size_t block = 32; // in a loop that becomes vector code
+    const std::size_t common = zynplatform::LengthOf(right, length);
     std::size_t at = 0;
     for (; common - at >= block; at += block) {
-        C differing = 0;
+        unsigned differing = 0;
         for (std::size_t i = at; i < at + block; ++i)
-            differing = static_cast<C>(
-                differing | (StringTraits<C>::Upper(m_pBuffer[i]) ^ StringTraits<C>::Upper(text[i])));
+            differing |=
+                StringTraits<WCHAR>::Upper(left[i]) ^ unsigned { StringTraits<WCHAR>::Upper(right[i]) };
         if (differing != 0) break;
     }
-    return static_cast<std::uint32_t>(at);
+    return at;
 }
 
 template <class C> int BasicString<C>::Compare(const C* text, bool caseSensitive) const {
     using Traits = StringTraits<C>;
     if (!text) return !caseSensitive && m_nLength == 0 && Traits::nullEqualsEmptyWithoutCase ? 0 : 1;
     if (caseSensitive) return Order(text);
-    std::uint32_t i = SkipEqualBlocks(text);
+    std::size_t i = SameWithoutCase(m_pBuffer, m_nLength, text);
     for (;; ++i) {
         if (i == m_nLength) return text[i] == 0 ? 0 : -1;
         const C left = m_pBuffer[i], right = text[i];
@@ -531,7 +527,7 @@ template <class C> int BasicString<C>::Compare(const C* text, bool caseSensitive
 // ---- Made from elsewhere
 
 template <class C> int BasicString<C>::Format(const C* format, ...) {
-    if (detail::LengthOf(format) == 0) {
+    if (!format || *format == 0) {
         if (StringTraits<C>::emptyFormatEmpties) Empty();
         return 0;
     }

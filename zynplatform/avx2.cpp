@@ -266,7 +266,8 @@ ZYN_AVX2 Progress From1251ToUtf8(const char* text, std::size_t length, char* tar
 } // namespace
 
 extern const VectorCode avx2Code;
-constexpr VectorCode avx2Code{Utf8ToWide, WideToUtf8, Utf8To1251, From1251ToUtf8};
+constexpr VectorCode avx2Code{Utf8ToWide,     WideToUtf8,           Utf8To1251,
+                              From1251ToUtf8, avx2::FindDifference, avx2::SameWithoutCase};
 
 } // namespace zynplatform
 

@@ -192,7 +192,8 @@ ZYN_AVX512 Progress From1251ToUtf8(const char* text, std::size_t length, char* t
 } // namespace
 
 extern const VectorCode avx512Code;
-constexpr VectorCode avx512Code{Utf8ToWide, WideToUtf8, Utf8To1251, From1251ToUtf8};
+constexpr VectorCode avx512Code{Utf8ToWide,     WideToUtf8,           Utf8To1251,
+                                From1251ToUtf8, avx2::FindDifference, avx2::SameWithoutCase};
 
 } // namespace zynplatform
 

@@ -1,8 +1,12 @@
 #pragma once
 
+#include "zynplatform/vectors.h"
+
 #include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <string_view>
+#include <type_traits>
 
 // Searching a text for another one, in time linear in the two lengths whatever they hold, without memory of
 // its own.
@@ -69,19 +73,37 @@ std::size_t FindTwoWay(std::basic_string_view<C> text, std::basic_string_view<C>
 // Where a pattern, which is not empty, stands first from `start` on; npos for nowhere.
 template <class C>
 std::size_t FindText(std::basic_string_view<C> text, std::basic_string_view<C> pattern, std::size_t start) {
-    // Comparing at every first character is the quickest, but for texts that mislead it again and again,
-    // which costs little while the pattern is short; then the standard's search is the best for bytes.
-    constexpr std::size_t patience = 4, advance = 256, shortPattern = sizeof(C) == 1 ? 16 : 0;
-    if (pattern.size() <= shortPattern) return text.find(pattern, start);
-    std::size_t at = text.find(pattern[0], start);
-    for (std::size_t compared = 0; at < text.size() && text.size() - at >= pattern.size();
-         at = text.find(pattern[0], at + 1)) {
-        std::size_t same = 1;
-        while (same < pattern.size() && pattern[same] == text[at + same])
-            ++same;
-        if (same == pattern.size()) return at;
-        compared += same;
-        if (compared > patience * (at - start) + advance) return detail::FindTwoWay(text, pattern, at + 1);
+    using Vector = std::conditional_t<sizeof(C) == 1, Bytes, Units>;
+    using Lane = std::conditional_t<sizeof(C) == 1, std::uint8_t, std::uint16_t>;
+    constexpr std::size_t lanes = sizeof(Vector) / sizeof(C);
+    if (start > text.size() || text.size() - start < pattern.size()) return text.npos;
+    // The pattern is compared wherever its first and its last character stand, but for texts that mislead it
+    // again and again.
+    constexpr std::size_t patience = 4, advance = 256;
+    const std::size_t last = pattern.size() - 1, end = text.size() - last;
+    const C* const begin = text.data();
+    std::size_t compared = 0;
+    for (std::size_t at = start; at < end; at += lanes) {
+        const std::size_t count = std::min(end - at, lanes);
+        unsigned places = 0; // of those in view, a bit each
+        if (hasVectors && count == lanes) {
+            const auto same = (Load<Vector>(begin + at) == Lane(pattern[0])) &
+                              (Load<Vector>(begin + at + last) == Lane(pattern[last]));
+            places = Bits(same) & (sizeof(C) == 1 ? 0xFFFF : 0x5555);
+        } else {
+            for (std::size_t i = 0; i < count; ++i)
+                if (begin[at + i] == pattern[0]) places |= 1U << i * sizeof(C);
+        }
+        for (; places != 0; places &= places - 1) {
+            const std::size_t place = at + static_cast<std::size_t>(std::countr_zero(places)) / sizeof(C);
+            std::size_t same = 1;
+            while (same < pattern.size() && pattern[same] == begin[place + same])
+                ++same;
+            if (same == pattern.size()) return place;
+            compared += same;
+            if (compared > patience * (place - start) + advance)
+                return detail::FindTwoWay(text, pattern, place + 1);
+        }
     }
     return text.npos;
 }

@@ -1,7 +1,6 @@
 #include "zynplatform/vectorcode_impl.h"
 
 #include <algorithm>
-#include <atomic>
 
 namespace zynplatform {
 
@@ -14,10 +13,8 @@ namespace {
 template <class From, class To> Progress ConvertNothing(const From*, std::size_t, To*) {
     return {0, 0};
 }
-constexpr VectorCode commonCode{ConvertNothing, ConvertNothing, ConvertNothing, ConvertNothing};
-
-// Other objects may be constructed before the choice is made.
-constinit std::atomic<const VectorCode*> current{&commonCode};
+constexpr VectorCode commonCode{ConvertNothing, ConvertNothing,         ConvertNothing,
+                                ConvertNothing, common::FindDifference, common::SameWithoutCase};
 
 [[maybe_unused]] const bool isChosen = (UseInstructions(BestInstructions()), true);
 
@@ -31,9 +28,8 @@ const VectorCode& CodeOf([[maybe_unused]] Instructions instructions) {
 
 } // namespace
 
-const VectorCode& CurrentVectorCode() {
-    return *current.load(std::memory_order_relaxed);
-}
+// Other objects may be constructed before the choice is made.
+constinit std::atomic<const VectorCode*> currentVectorCode{&commonCode};
 
 Instructions BestInstructions() {
 #ifdef __x86_64__
@@ -49,7 +45,7 @@ Instructions BestInstructions() {
 }
 
 void UseInstructions(Instructions instructions) {
-    current = &CodeOf(std::min(instructions, BestInstructions()));
+    currentVectorCode = &CodeOf(std::min(instructions, BestInstructions()));
 }
 
 } // namespace zynplatform

@@ -5,8 +5,10 @@
 #include "zynhost/stringresources.h"
 #include "zynplatform/codepage.h"
 #include "zynplatform/environment.h"
+#include "zynplatform/vectorcode_impl.h"
 
 #include <climits>
+#include <sys/mman.h>
 
 namespace {
 
@@ -164,19 +166,68 @@ TYPED_TEST(StringTest, ComparesWithAndWithoutCase) {
         EXPECT_EQ(exact < 0, left < right.c_str());
         EXPECT_EQ(exact >= 0, left >= this->Make(other));
     }
-    for (std::size_t length = 0; length < 100; ++length)
-        for (std::size_t i = 0; i <= length; ++i) { // a difference at each place, and behind the end
-            const auto left = this->Make(std::string(length, 'a'));
-            std::string right(length, 'A');
-            EXPECT_EQ(0, left.CompareNoCase(this->T(right).c_str())) << length;
-            right.resize(std::max(length, i + 1));
-            right[i] = 'b';
-            EXPECT_EQ(-1, left.CompareNoCase(this->T(right).c_str())) << length << ' ' << i;
-        }
     const auto* null = static_cast<const TypeParam*>(nullptr);
     ExpectEach({{this->Make("").Compare(null, true), 1},
                 {this->Make("").Compare(null, false), isNarrow ? 1 : 0},
                 {this->Make("a").Compare(null, false), 1}});
+}
+
+// Where the memory ends.
+char* EndOfMemory() {
+    constexpr std::size_t size = 1 << 16;
+    void* const memory = mmap(nullptr, 2 * size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    char* const end = static_cast<char*>(memory) + size;
+    EXPECT_EQ(0, mprotect(end, size, PROT_NONE));
+    return end;
+}
+
+// Texts that have much in common, by each kind of instructions.
+TYPED_TEST(StringTest, SearchesAndComparesTextsThatEndWithTheMemory) {
+    using C = TypeParam;
+    using namespace zynplatform;
+    static char* const end = EndOfMemory();
+    const std::string_view letters = "aAzZ[`{@яЯаАёЁч8ЧъЪјЉ"_cp1251;
+    std::mt19937 random(3);
+    for (int round = 0; round < 30000; ++round) {
+        UseInstructions(static_cast<Instructions>(random() % 3));
+        std::string one, other;
+        for (std::size_t length = random() % (random() % 8 == 0 ? 400 : 70); other.size() < length;) {
+            const char c = letters[random() % letters.size()];
+            one += c;
+            other += random() % 2 == 0 ? Cp1251Lower(c) : Cp1251Upper(c);
+        }
+        if (random() % 2 == 0) one = other;
+        if (!one.empty() && random() % 2 == 0)
+            one[random() % one.size()] ^= static_cast<char>(random() % 2 == 0 ? 0x20 : 0x10);
+        for (std::string* text : {&one, &other})
+            if (random() % 4 == 0) text->resize(random() % (text->size() + 1));
+        const auto left = this->Make(one);
+        const auto text = this->T(other);
+        C* const right = reinterpret_cast<C*>(end) - text.size() - 1;
+        std::copy_n(text.c_str(), text.size() + 1, right);
+
+        ASSERT_EQ(text, this->Content(zyn::BasicString<C>(right)));
+        ASSERT_EQ(this->T(one) <=> text, left.Compare(right, true) <=> 0) << one << '|' << other;
+        for (std::string* string : {&one, &other})
+            std::ranges::transform(*string, string->begin(), Cp1251Upper);
+        const auto l = this->T(one), r = this->T(other);
+        const auto order = [](C a, C b) {
+            return std::is_same_v<C, char> ? static_cast<signed char>(a) <=> static_cast<signed char>(b)
+                                           : a <=> b;
+        };
+        ASSERT_EQ(std::lexicographical_compare_three_way(l.begin(), l.end(), r.begin(), r.end(), order),
+                  left.CompareNoCase(right) <=> 0)
+            << one << '|' << other;
+        const C wanted = this->T(letters)[random() % letters.size()];
+        const unsigned start = random() % 8;
+        const auto all = this->Content(left), part = text.substr(random() % (text.size() + 1), random() % 30);
+        ASSERT_EQ(static_cast<int>(all.find(wanted, start)), left.Find(wanted, start));
+        ASSERT_EQ(all.empty()    ? -1
+                  : part.empty() ? 0
+                                 : static_cast<int>(all.find(part, start)),
+                  left.Find(part.c_str(), start));
+    }
+    UseInstructions(BestInstructions());
 }
 
 TYPED_TEST(StringTest, LoadsResourcesAndEnvironment) {
