@@ -80,13 +80,13 @@ bool CzynDataBuf::SetSize(int n) {
 std::unique_ptr<char[]> CzynDataBuf::Reallocate(std::int64_t capacity) {
     std::unique_ptr<char[]> old;
     const bool grows = capacity > m_nMaxSize;
-    if (!grows || capacity >= m_nMemory) {
+    if (!grows || capacity > m_nReach) {
         // The iterator, above all, asks for little more each time: only so does that not copy all each time.
-        const std::int64_t bytes = std::max(capacity + 1, grows ? m_nMemory + m_nMemory / 2 : 0);
-        char* const memory = NewMemory(capacity, bytes);
+        const std::int64_t reach = std::max(capacity, grows ? std::min(2 * m_nReach, sizeLimit) : 0);
+        char* const memory = NewMemory(capacity, reach + 1);
         std::copy_n(m_pBuf, m_nSize, memory);
         old.reset(std::exchange(m_pBuf, memory));
-        m_nMemory = bytes;
+        m_nReach = reach;
     }
     m_pBuf[m_nSize] = 0;
     m_nMaxSize = static_cast<std::int32_t>(capacity);
@@ -98,7 +98,7 @@ void CzynDataBuf::Replace(void* data, std::int32_t size, std::int32_t capacity, 
     m_pBuf = static_cast<char*>(data);
     m_nSize = data ? std::max(size, 0) : 0;
     m_nMaxSize = data ? std::max(capacity, 0) : 0;
-    m_nMemory = m_nMaxSize;
+    m_nReach = m_nMaxSize;
     m_nCurPos = 0;
     m_bExternalData = external;
     m_nSizerPos = -1;
@@ -129,6 +129,23 @@ int CzynDataBuf::AppendGrowing(const void* data, std::size_t n) {
         ShowOutOfMemory();
         return m_nSize;
     }
+}
+
+int CzynDataBuf::AddRecordGrowing(std::size_t count, const void* data, std::size_t n) {
+    const std::int32_t start = m_nSize;
+    char countBytes[4];
+    zyn::StoreInt32(countBytes, static_cast<std::int32_t>(count));
+    const std::int32_t text = Append(countBytes, sizeof(countBytes));
+    // Where memory has run out the size stands still, or the host's message box throws; a count without its
+    // text must not stay.
+    try {
+        if (n == 0 || text == start || Append(data, n) > text) return m_nSize;
+    } catch (...) {
+        CutTo(start);
+        throw;
+    }
+    CutTo(start);
+    return start;
 }
 
 int CzynDataBuf::AddStr(const char* text) {

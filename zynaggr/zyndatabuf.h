@@ -195,28 +195,26 @@ protected:
     // Add, for an own buffer and n above 0.
     int Append(const void* data, std::size_t n) {
         if (n >= static_cast<std::size_t>(m_nMaxSize - m_nSize)) return AppendGrowing(data, n);
-        std::memcpy(m_pBuf + m_nSize, data, n);
-        m_nSize += static_cast<std::int32_t>(n);
-        m_pBuf[m_nSize] = 0;
-        return m_nSize;
+        const std::int32_t end = m_nSize + static_cast<std::int32_t>(n);
+        char* const to = m_pBuf + m_nSize;
+        std::memcpy(to, data, n);
+        to[n] = 0;
+        m_nSize = end;
+        return end;
     }
     int AppendGrowing(const void* data, std::size_t n);
     int AddRecord(std::size_t count, const void* data, std::size_t n) {
-        const std::int32_t start = m_nSize;
-        char countBytes[4];
-        zyn::StoreInt32(countBytes, static_cast<std::int32_t>(count));
-        const std::int32_t text = Append(countBytes, sizeof(countBytes));
-        // Where memory has run out the size stands still, or the host's message box throws; a count without
-        // its text must not stay.
-        try {
-            if (n == 0 || text == start || Append(data, n) > text) return m_nSize;
-        } catch (...) {
-            CutTo(start);
-            throw;
-        }
-        CutTo(start);
-        return start;
+        const auto room = static_cast<std::size_t>(m_nMaxSize - m_nSize);
+        if (room <= 4 || n >= room - 4) return AddRecordGrowing(count, data, n);
+        const std::int32_t end = m_nSize + 4 + static_cast<std::int32_t>(n);
+        char* const to = m_pBuf + m_nSize;
+        zyn::StoreInt32(to, static_cast<std::int32_t>(count));
+        if (n > 0) std::memcpy(to + 4, data, n);
+        to[4 + n] = 0;
+        m_nSize = end;
+        return end;
     }
+    int AddRecordGrowing(std::size_t count, const void* data, std::size_t n);
     void CutTo(std::int32_t size) {
         m_nSize = size;
         m_pBuf[size] = 0;
@@ -243,5 +241,6 @@ protected:
     bool ReadUnits(CStringA& line, std::int32_t n);
 
     std::int32_t m_nSizerPos = -1; // where the size slot lies; -1: none
-    std::int64_t m_nMemory = 0;    // bytes allocated, more than the capacity tells: its steps are fixed
+    // The capacity that the memory has room for, more than m_nMaxSize tells: its steps are fixed.
+    std::int64_t m_nReach = 0;
 };

@@ -18,16 +18,9 @@ using namespace zynplatform::literals;
 namespace {
 
 constexpr std::int32_t countSize = 4;
-constexpr std::int32_t spareOnGrowth = 100;
 constexpr std::int32_t capacityAfterMove = 100;
-constexpr std::int64_t sizeLimit = std::numeric_limits<std::int32_t>::max();
 constexpr int readErrorCode = 101;
 constexpr int moduleServer = 4;
-
-// The capacity for data up to `end`.
-std::int64_t GrownFor(std::int64_t end) {
-    return std::max(end + 1, std::min(end + spareOnGrowth, sizeLimit));
-}
 
 } // namespace
 
@@ -41,6 +34,11 @@ void CzynDataBufEx::Set2Begin() {
     m_nSize = 0;
     m_nCurPos = 0;
     m_nSizerPos = -1;
+}
+
+std::int64_t CzynDataBufEx::GrownFor(std::int64_t end) {
+    constexpr std::int64_t limit = std::numeric_limits<std::int32_t>::max();
+    return std::max(end + 1, std::min(end + spareOnGrowth, limit));
 }
 
 int CzynDataBufEx::WriteGrowing(const void* data, std::int64_t n) {
@@ -65,14 +63,6 @@ void CzynDataBufEx::ReserveRecord(std::int64_t n) {
     if (capacity > m_nMaxSize) Reallocate(capacity);
 }
 
-int CzynDataBufEx::ReadFromIterator(void* out, int n) {
-    if (!m_pBuf || !out || n < 1 || m_nCurPos < 0) return 0;
-    const int count = std::min(n, m_nSize - m_nCurPos);
-    if (count < 1) return count;
-    std::memcpy(out, GetCurBuffer(count), static_cast<std::size_t>(count));
-    return count;
-}
-
 int CzynDataBufEx::AddStrBuf_TCHAR_2Iterator(CStringA& text) {
     std::int64_t count = std::int64_t{text.GetLength()} + 1;
     if (m_bExternalData && m_nCurPos + count + countSize >= m_nMaxSize) {
@@ -82,13 +72,6 @@ int CzynDataBufEx::AddStrBuf_TCHAR_2Iterator(CStringA& text) {
     ReserveRecord(count);
     const int written = WriteCount(count);
     return count == 0 ? written : Write(text.GetString(), count);
-}
-
-int CzynDataBufEx::ReadStrBuf_TCHAR_r(CStringA& text) {
-    text.Empty();
-    std::int32_t count = 0;
-    if (!Read(&count)) return -1;
-    return count == 0 || ReadText(text, count) ? count : -1;
 }
 
 int CzynDataBufEx::ReadStrBuf_TCHAR_(CStringA& text) {

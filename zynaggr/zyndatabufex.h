@@ -2,6 +2,7 @@
 
 #include "zynaggr/zyndatabuf.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 
@@ -40,7 +41,14 @@ public:
     int Add2Iterator(const char* data, int n) { return Write(data, n); }
     // Reads up to n bytes; returns how many. 0 for n below 1, without a buffer and at the end of the data; a
     // negative number when the iterator lies beyond it.
-    int ReadFromIterator(void* out, int n);
+    int ReadFromIterator(void* out, int n) {
+        if (!m_pBuf || !out || n < 1 || m_nCurPos < 0) return 0;
+        const int count = std::min(n, m_nSize - m_nCurPos);
+        if (count < 1) return count;
+        std::memcpy(out, m_pBuf + m_nCurPos, static_cast<std::size_t>(count));
+        m_nCurPos += count;
+        return count;
+    }
 
     // Writes a string record as CzynDataBuf::AddStrBuf does in 8-bit mode, whatever the mode; returns the new
     // iterator. Where external memory has no room for the record, a count of 0 is written instead if there is
@@ -50,7 +58,12 @@ public:
     // Reads a string record up to its first zero byte; returns its count, 0 for the record of a null. When it
     // fails, `text` is empty and the iterator is behind the count, if that could be read; the first one
     // returns -1, the second one throws a SzynErrorDescription with code 101 and module 4.
-    int ReadStrBuf_TCHAR_r(CStringA& text);
+    int ReadStrBuf_TCHAR_r(CStringA& text) {
+        text.Empty();
+        std::int32_t count = 0;
+        if (!Read(&count)) return -1;
+        return count == 0 || ReadText(text, count) ? count : -1;
+    }
     int ReadStrBuf_TCHAR_(CStringA& text);
 
     // Writes the text, which is in the code page CzynStringAdapter::m_st_encoding, as UTF-8: the number of
@@ -85,16 +98,26 @@ public:
     bool MoveData2DBuf(CzynDataBuf& target);
 
 protected:
+    static constexpr std::int32_t spareOnGrowth = 100;
+    // The capacity for data up to `end`.
+    ZYN_LOCAL static std::int64_t GrownFor(std::int64_t end);
+
     int Write(const void* data, std::int64_t n) {
         if (!data || n < 0 || m_nCurPos < 0) return -1;
-        return m_nCurPos + n + 1 < m_nMaxSize ? WriteWithin(data, n) : WriteGrowing(data, n);
+        const std::int64_t end = m_nCurPos + n;
+        const std::int64_t capacity = end + 1 < m_nMaxSize ? m_nMaxSize : end + spareOnGrowth;
+        if (capacity > m_nReach) return WriteGrowing(data, n);
+        m_nMaxSize = static_cast<std::int32_t>(capacity);
+        return WriteWithin(data, n);
     }
     int WriteWithin(const void* data, std::int64_t n) {
-        std::memmove(m_pBuf + m_nCurPos, data, static_cast<std::size_t>(n));
-        m_nCurPos += static_cast<std::int32_t>(n);
-        m_pBuf[m_nCurPos] = 0;
-        m_nSize = m_nCurPos + 1;
-        return m_nCurPos;
+        const auto end = static_cast<std::int32_t>(m_nCurPos + n);
+        char* const to = m_pBuf + m_nCurPos;
+        std::memmove(to, data, static_cast<std::size_t>(n));
+        to[n] = 0;
+        m_nCurPos = end;
+        m_nSize = end + 1;
+        return end;
     }
     int WriteGrowing(const void* data, std::int64_t n);
     int WriteCount(std::int64_t count);

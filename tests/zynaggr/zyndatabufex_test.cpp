@@ -30,11 +30,12 @@ TEST(IteratorBuffer, WritesWhatAPlainModelWrites) {
             const int size = static_cast<int>(data.size()), written = size - slot - 4;
             const std::string bytes(1 + random() % (step % 10 || round % 2 ? 40 : 6000), "abcdefg"[step % 7]);
             const int n = static_cast<int>(bytes.size()), end = at + n;
-            const int needed[] = {size + n + 1, size + n, size + 4, end + 2, 0};
-            const auto way = random() % 5;
-            const bool grows = needed[way] > capacity, possible = round % 2 == 0 || (way > 0 && !grows);
-            const int wanted[] = {2 * capacity + 2, 2 * capacity + 2, 0, end + 100, 0};
-            if (grows && possible) capacity = std::max(needed[way], wanted[way]);
+            const int needed[] = {size + n + 1, size + n, size + 4, end + 2, 0, size + n + 6};
+            const auto way = random() % 6;
+            const bool grows = needed[way] > capacity, possible = round % 2 == 0 || (way % 5 > 0 && !grows);
+            if (way == 5 && possible && size + 5 > capacity) capacity = 2 * capacity + 2; // for its count
+            const int twice = 2 * capacity + 2, wanted[] = {twice, twice, 0, end + 100, 0, twice};
+            if (needed[way] > capacity && possible) capacity = std::max(needed[way], wanted[way]);
             if (way == 4) {
                 const int cut = n % 3 ? n : -n / 3, count = cut == -1 ? written : cut;
                 buffer.EndSiezer(cut);
@@ -46,11 +47,16 @@ TEST(IteratorBuffer, WritesWhatAPlainModelWrites) {
                 ASSERT_EQ(possible, way == 0   ? buffer.Add(bytes.data(), n) == size + n
                                     : way == 1 ? buffer.GetNewBuffer(n) != nullptr
                                     : way == 2 ? buffer.BeginPosSizer()
+                                    : way == 5 ? buffer.AddStrBuf(bytes.c_str()) == size + n + 5
                                                : buffer.Add2Iterator(bytes.data(), n) == end);
                 if (!possible) continue;
                 if (way == 2) slot = size, at += 4;
                 if (way == 3) data.resize(static_cast<std::size_t>(std::exchange(at, end)));
-                data += way % 3 ? std::string(way == 1 ? bytes.size() : 4, '\0') : way ? bytes + '\0' : bytes;
+                if (way == 5) zyn::StoreInt32(data.insert(data.size(), 4, 0).data() + size, n + 1);
+                data += way == 5  ? bytes + '\0'
+                        : way % 3 ? std::string(way == 1 ? bytes.size() : 4, '\0')
+                        : way     ? bytes + '\0'
+                                  : bytes;
             }
             ASSERT_TRUE(Bytes(buffer) == data && buffer.GetMaxSize() == capacity && buffer.GetCurPos() == at);
         }

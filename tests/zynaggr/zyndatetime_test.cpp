@@ -180,9 +180,9 @@ TEST(DateTime, NamesMonthsInTheUsersLanguageWhateverTheProcesssLocaleIs) {
     for (const std::string name : {"ru_RU", "de_DE"}) { // of the locales only what dates need
         folder.Write(name + ".txt", "LC_TIME\ncopy \"" + name + "\"\nEND LC_TIME\n");
         const std::string path = folder.Native(name);
-        if (std::system(("localedef -c -f UTF-8 -i " + path + ".txt " + path + ".utf8 2>/dev/null").c_str()) >
-            0x100)
-            GTEST_SKIP() << "no locales to make";
+        const int ended [[maybe_unused]] = // 1 also when it only warns
+            std::system(("localedef -c -f UTF-8 -i " + path + ".txt " + path + ".utf8 2>/dev/null").c_str());
+        if (!folder.Has(name + ".utf8")) GTEST_SKIP() << "no locales to make";
     }
     const CzynDateTime value(2024, 12, 31);
     setenv("LOCPATH", folder.Native().c_str(), 1);
