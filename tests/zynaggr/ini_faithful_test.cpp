@@ -86,6 +86,7 @@ TEST_F(IniFaithfulTest, AnEditChangesItsLineAndNoOther) {
         "[s]\r\na=1\r\nb=2\r\n",                       // CR LF
         "[s]\ra=1\rb=2\r",                             // CR
         "[s]\r\na=1\nb=2\r\n\n\rc=3\n",                // mixed
+        "[s]\r\n\ra=1\r\n\r\nb=2\n\rc=3\n\r",          // CR behind LF
         "[s]\na=1\nb=2",                               // no last end
         "[s]\n\ta = 1\n\tb = 2\n",                     // indented, blanks around "="
         "[s]\na\t:= 1 \t\nb =\n=c\n",                  // tabs, trailing blanks, empty value and key
