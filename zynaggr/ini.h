@@ -231,7 +231,8 @@ public:
     // whole process, initially yes. Without it a save is some times faster, and a loss of power, not the
     // death of the process, may leave an empty or torn file.
     static void SetSyncToDisk(bool bSync);
-    // Whether a save keeps the file as it was as "<name>.bak": initially yes.
+    // Whether a save keeps the file as it was as "<name>.bak": initially yes. Where the new text must be
+    // written over the old one, it is kept in any case.
     void SetKeepBackup(bool bKeep);
 
     // Expands a path from the file: ".\" and "..\" at its start mean the directory of the INI file and the

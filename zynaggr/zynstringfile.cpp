@@ -396,7 +396,7 @@ bool CzynStringFile::PutInPlace(std::string_view mark, std::string_view text, bo
         const auto copy = [this](const char* to, bool isPrivate) {
             return zynplatform::CopyToNewFile(m_hFile, to, isPrivate) == 0;
         };
-        if (withBackup) zyn::KeepBackup(m_sName, 1, copy);
+        if (keepsTurns) zyn::KeepBackup(m_sName, 1, copy); // or a failure would leave no whole text
         m_nWriteError = zynplatform::OverwriteFile(m_hFile, {mark, text});
     }
     if (m_nWriteError == 0) m_bEmptyingPutOff = false;

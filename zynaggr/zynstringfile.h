@@ -110,7 +110,8 @@ public:
     std::string_view GetOriginal() const; // empty when nothing is loaded
     // How the original begins: with so many bytes of marks.
     std::size_t GetMarkLength() const { return m_nMarkLength; }
-    // FlushWithBackup of these bytes as they are, whatever the text in memory is; with or without the backup.
+    // FlushWithBackup of these bytes as they are, whatever the text in memory is. Without the backup, it is
+    // kept all the same where the file must be written over.
     int FlushBytes(std::string_view mark, std::string_view bytes, bool withBackup);
 
     // Why the last Open failed; kept until the next failure.

@@ -42,6 +42,16 @@ constexpr Edit edits[] = {
              ini.WriteString("s", "k", "later", nullptr) && ini.WriteString("u", "a", "b", nullptr);
          return ini.Flush() && edited;
      }},
+    {"faithful",
+     [](CzynINI& ini) {
+         ini.SetFaithful(true);
+         return ini.WriteStringUtf8("t", "n", "1", "note");
+     }},
+    {"no backup",
+     [](CzynINI& ini) {
+         ini.SetKeepBackup(false);
+         return ini.SetFileEncoding(zynEncUTF8, true);
+     }},
     {"transaction",
      [](CzynINI& ini) {
          CzynINITransaction transaction(ini);
