@@ -34,6 +34,15 @@ TEST(ModernIniTest, ValuesAreTypedAndFailuresHaveATextAndTakeNothing) {
     EXPECT_EQ("[S]\nn=-3\nf=2.5\nb=false\n;ж ₽\n", folder.Read("новый 日.conf"));
 }
 
+TEST(ModernIniTest, NewLinesStandBehindTheLastPairAndSectionsAsTheOthersDo) {
+    const TempFolder folder;
+    folder.Write("f", "[s]\na=1\nb=2\n\n[t]\nc=3\n[u]\n");
+    zyn::Ini ini(folder.Native("f"));
+    EXPECT_TRUE(ini.Remove("s", "a") && ini.Set("s", "d", 4, "note") && ini.Set("s", "e", 5) &&
+                ini.Set("v", "f", 6));
+    EXPECT_EQ("[s]\nb=2\n;note\nd=4\ne=5\n\n[t]\nc=3\n[u]\n[v]\nf=6\n", folder.Read("f"));
+}
+
 // What a file of the code page has no character for, and what would no longer be taken for UTF-8.
 TEST(ModernIniTest, TheEncodingOfTheFileDecidesWhatItHolds) {
     const TempFolder folder;
