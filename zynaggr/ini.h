@@ -70,9 +70,9 @@ struct ZYN_API SKeyVal {
 // Faithful mode (SetFaithful) goes further: a save changes the lines of the edit and no other byte. Line
 // ends, mark or none, blanks, order, numbered keys, empty values, the end of the last line stay as they were;
 // a new line is written the way its neighbours are (line end, indent, blanks around "="), a new section gets
-// a blank line above it where the file separates its sections so. Names are compared without the blanks
-// around them; no name takes the caller's spelling, no later one of the same name is marked as a copy, and a
-// rename leaves no comment.
+// a blank line above it where the file separates its sections so; the lines of a new file end with LF. Names
+// are compared without the blanks around them; no name takes the caller's spelling, no later one of the same
+// name is marked as a copy, and a rename leaves no comment.
 //
 // Failure: operations return false (or the default) and GetErrDescription gives the text, translated. A file
 // that cannot be read, because of an error or because it has 1 GiB or more, leaves the sections as they were,
