@@ -53,6 +53,7 @@ public:
     static CzynDateTime GetTickCount() { return zynplatform::CurrentTime(); }
 
     // As the constructors.
+    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): what was worked out is worked out again
     CzynDateTime& operator=(const CzynDateTime& other) {
         m_dt = other.m_dt;
         m_status = other.m_status;

@@ -115,7 +115,7 @@ ZYN_AVX2 inline std::size_t StoreUnits(WCHAR* target, std::uint32_t mask, __m256
 ZYN_AVX2 inline std::size_t StorePairs(char* target, std::uint32_t mask, const Interleaved& pairs) {
     for (unsigned i = 0; i < 4; ++i) {
         const auto* const places = reinterpret_cast<const __m128i*>(&pairings[mask >> 8 * i & 0xFF]);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(target + 8 * i + CountBefore(mask, 8 * i)),
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(target + std::size_t{8} * i + CountBefore(mask, 8 * i)),
                          _mm_shuffle_epi8(pairs.quarters[i], _mm_loadu_si128(places)));
     }
     return 32 + CountBefore(mask, 32);
