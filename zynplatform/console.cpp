@@ -56,6 +56,12 @@ unsigned TerminalCodePage() {
     return utf8CodePage;
 }
 
+// Between a code page that the system may not know and another one.
+std::string RecodeIfKnown(std::string_view text, unsigned from, unsigned to) {
+    std::string recoded = from == to ? std::string() : Recode(text, from, to);
+    return recoded.empty() ? std::string(text) : recoded;
+}
+
 // Hands library text to `sink` in the terminal's encoding, in pieces from a buffer on the stack. Library text
 // is one byte a character, so it may be cut anywhere.
 template <class Sink> void Encode(std::string_view text, Sink sink) {
@@ -150,13 +156,11 @@ std::string FromTerminal(std::string_view text) {
 }
 
 std::string Utf8ToTerminal(std::string_view utf8) {
-    const unsigned page = TerminalCodePage();
-    return page == utf8CodePage ? std::string(utf8) : Recode(utf8, utf8CodePage, page);
+    return RecodeIfKnown(utf8, utf8CodePage, TerminalCodePage());
 }
 
 std::string TerminalToUtf8(std::string_view text) {
-    const unsigned page = TerminalCodePage();
-    return page == utf8CodePage ? std::string(text) : Recode(text, page, utf8CodePage);
+    return RecodeIfKnown(text, TerminalCodePage(), utf8CodePage);
 }
 
 } // namespace zynplatform

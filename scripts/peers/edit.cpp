@@ -1,4 +1,5 @@
-// One edit of an INI file by a library: edit FILE SECTION KEY VALUE. What the library cannot read or write is status 1.
+// One edit of an INI file by a library: edit FILE SECTION KEY VALUE. What the library cannot read or write is
+// status 1.
 //
 // Compiled by scripts/compare, once for each peer.
 
@@ -10,7 +11,8 @@
 #include <SimpleIni.h>
 static bool Edit(const char* file, const char* section, const char* key, const char* value) {
     CSimpleIniA ini(true, true);
-    return ini.LoadFile(file) >= 0 && ini.SetValue(section, key, value, nullptr, true) >= 0 && ini.SaveFile(file) >= 0;
+    return ini.LoadFile(file) >= 0 && ini.SetValue(section, key, value, nullptr, true) >= 0 &&
+           ini.SaveFile(file) >= 0;
 }
 #elif defined PEER_QSETTINGS
 #include <QSettings>

@@ -8,11 +8,12 @@ using namespace zynplatform;
 
 namespace {
 
-void SetLocale(const char* all, const char* type, const char* lang) {
-    setenv("LC_ALL", all, 1);
-    setenv("LC_CTYPE", type, 1);
-    setenv("LANG", lang, 1);
-}
+// The variables that tell the encoding, for the time of a scope.
+struct Locale {
+    Locale(const char* first, const char* second, const char* third)
+        : all("LC_ALL", first), type("LC_CTYPE", second), lang("LANG", third) {}
+    Variable all, type, lang;
+};
 
 void WriteInColours() {
     std::fputs("host", stdout);
@@ -24,7 +25,7 @@ void WriteInColours() {
 }
 
 TEST(Console, OnlyATerminalGetsColoursAndUnaskedItsEncoding) {
-    SetLocale("", "", "ru_RU.UTF-8");
+    const Locale locale("", "", "ru_RU.UTF-8");
     for (const bool encoded : {true, false}) {
         UseTerminalEncoding(encoded);
         testing::internal::CaptureStdout();
@@ -71,11 +72,12 @@ TEST(Console, EncodingComesFromTheFirstVariableThatIsSet) {
         {"", "", "ru_RU.CP65533", "\xFF"}, // unknown to the system
     };
     for (const auto& [all, type, lang, letter] : cases) {
-        SetLocale(all, type, lang);
+        const Locale locale(all, type, lang);
         const std::string text(300, *"я"_cp1251); // longer than what is converted at a time
         const std::string bytes = ToTerminal(text);
         EXPECT_EQ(bytes.substr(bytes.size() * 299 / 300), letter) << all << '/' << type << '/' << lang;
         EXPECT_EQ(FromTerminal(bytes), text) << all << '/' << type << '/' << lang;
+        EXPECT_EQ(TerminalToUtf8(Utf8ToTerminal("я")), "я") << all << '/' << type << '/' << lang;
     }
 }
 
