@@ -147,7 +147,7 @@ bool zyn::IniUtf8::IsStorable(const Text* section, const Text* key, const Text* 
 
 zyn::IniLines* zyn::IniUtf8::AddSection(const Text& name) {
     IniLines* const lines = m_ini.AddSection(name.model, true);
-    if (lines && !IsExact(name)) SetName(lines->Section(), name);
+    if (lines) SetName(lines->Section(), name);
     return lines;
 }
 
@@ -155,8 +155,8 @@ CzynINI::SOption* zyn::IniUtf8::AddOption(IniLines& lines, const Text& key, cons
     Option* note = nullptr;
     Option* const option = m_ini.AddOption(lines, key.model, comment.model, &note);
     if (!option) return nullptr;
-    if (!IsExact(key)) SetPiece(lines.Section(), *option, IniDocument::name, key);
-    if (note && !IsExact(comment)) SetPiece(lines.Section(), *note, IniDocument::value, comment);
+    SetPiece(lines.Section(), *option, IniDocument::name, key);
+    if (note) SetPiece(lines.Section(), *note, IniDocument::value, comment);
     return option;
 }
 

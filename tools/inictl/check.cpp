@@ -34,28 +34,21 @@ public:
     Inspection(std::string_view bytes, const Options& options) {
         zynTextEncoding encoding = zynEncUnknown;
         m_text = zynFileToUtf8(bytes, EncodingChoice(options), &encoding);
-        unsigned char* mark = nullptr;
         int markLength = 0;
-        GetBomData(encoding, mark, markLength);
-        const bool isMarked =
-            markLength > 0 &&
-            bytes.starts_with(std::string_view(reinterpret_cast<char*>(mark), std::size_t(markLength)));
+        zynGetBufferEncodeByBOM(reinterpret_cast<const unsigned char*>(bytes.data()),
+                                static_cast<int>(bytes.size()), &markLength);
+        const bool isMarked = markLength > 0;
         PrintLine(Message(isMarked ? "кодировка: %s, с меткой"_cp1251 : "кодировка: %s, без метки"_cp1251,
                           EncodingName(encoding)));
     }
 
     // Whether nothing odd was found.
     bool Run() {
-        std::string_view rest = m_text;
-        std::string_view end = "\n";
-        for (m_number = 1; !rest.empty(); ++m_number) {
-            const std::size_t length = std::min(rest.find_first_of("\r\n"), rest.size());
-            const std::string_view line = rest.substr(0, length);
-            rest.remove_prefix(length);
-            end = rest.starts_with("\r\n") ? rest.substr(0, 2) : rest.substr(0, 1);
-            rest.remove_prefix(end.size());
-            ++m_ends[std::string(end)];
-            Inspect(line);
+        for (const std::string_view line : LinesOf(m_text)) {
+            ++m_number;
+            const std::size_t length = std::min(line.find_first_of("\r\n"), line.size());
+            ++m_ends[std::string(line.substr(length))];
+            Inspect(line.substr(0, length));
         }
         PrintEnds();
         return m_isClean;

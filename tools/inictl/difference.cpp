@@ -5,18 +5,7 @@
 
 namespace {
 
-using Lines = std::vector<std::string_view>; // with their ends
-
-Lines LinesOf(std::string_view text) {
-    Lines lines;
-    while (!text.empty()) {
-        std::size_t end = std::min(text.find_first_of("\r\n"), text.size());
-        if (end < text.size()) end += text.substr(end).starts_with("\r\n") ? 2 : 1;
-        lines.push_back(text.substr(0, end));
-        text.remove_prefix(end);
-    }
-    return lines;
-}
+using Lines = std::vector<std::string_view>;
 
 // A run of lines that go, and of those that come in their place.
 struct Change {
@@ -116,6 +105,17 @@ std::string Range(std::size_t from, std::size_t count) {
 }
 
 } // namespace
+
+std::vector<std::string_view> LinesOf(std::string_view text) {
+    Lines lines;
+    while (!text.empty()) {
+        std::size_t end = std::min(text.find_first_of("\r\n"), text.size());
+        if (end < text.size()) end += text.substr(end).starts_with("\r\n") ? 2 : 1;
+        lines.push_back(text.substr(0, end));
+        text.remove_prefix(end);
+    }
+    return lines;
+}
 
 std::string UnifiedDiff(std::string_view before, std::string_view after, std::string_view name) {
     constexpr std::size_t around = 3;

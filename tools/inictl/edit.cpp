@@ -192,7 +192,7 @@ Status Edit(const Options& options) {
 Status Convert(const Options& options) {
     EditFile(options, false, [&](zyn::Ini& ini) {
         CzynINI& engine = ini.Engine();
-        const Progress progress("перекодирование"_cp1251, FileSize(options.words[0]));
+        const Progress progress("перекодирование"_cp1251, FileSize(NativeName(options.words[0])));
         const bool isWide = zynGetMinBYTEInCharForEncoding(options.convertTo) > 1;
         if (!engine.SetFileEncoding(options.convertTo, options.mark || isWide, options.lossy)) Refuse(ini);
         zynEncodingChoice choice;

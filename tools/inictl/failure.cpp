@@ -26,13 +26,12 @@ class Application : public CWinApp {
     }
 };
 
-// Most runs say nothing, and need no dictionary.
+} // namespace
+
 void UseLanguageOfUser() {
     static const Application application;
     static const bool isUsed [[maybe_unused]] = CzynTranslate::Init(true, nullptr);
 }
-
-} // namespace
 
 std::string Message(const char* text, std::string_view name) {
     UseLanguageOfUser();

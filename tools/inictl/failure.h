@@ -25,6 +25,9 @@ std::string Message(const char* text, std::string_view name = {});
 // That there is no such section, or entry of it.
 [[noreturn]] void FailNotFound(const std::string& section, const std::string& key = {});
 
+// Has texts of the library come in the user's language, too, from now on. Most runs have none.
+void UseLanguageOfUser();
+
 // Writes in the terminal's encoding, to standard output.
 void Print(std::string_view utf8);
 void PrintLine(std::string_view utf8);

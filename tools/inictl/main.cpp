@@ -1,6 +1,6 @@
 // inictl: reads and edits INI files from the command line, and changes no byte that it was not asked to.
 
-#include "commands.h"
+#include "options.h"
 
 #include <zynplatform/console.h>
 #include <zynplatform/cp1251.h>
@@ -37,22 +37,11 @@ constexpr const char* help =
     "\n"
     "код завершения: 0 сделано, 1 нет такого, 2 ошибка в команде, 3 отказ: файл не вместит, 4 ошибка файла"_cp1251;
 
-constexpr struct {
-    std::string_view name;
-    Status (*run)(const Options&);
-} commands[] = {
-    {"get", Get},     {"has", Has},   {"list", List},       {"diff", Diff},
-    {"check", Check}, {"set", Set},   {"delete", Delete},   {"rename", Rename},
-    {"merge", Merge}, {"edit", Edit}, {"convert", Convert},
-};
-
 Status Run(int count, char** arguments) {
     const Options options = ParseOptions(count, arguments);
     if (options.version) PrintLine("inictl " INICTL_VERSION);
     if (options.help) PrintLine(Message(help));
-    for (const auto& command : commands)
-        if (!options.version && !options.help && options.command == command.name) return command.run(options);
-    return statusDone;
+    return options.run ? options.run(options) : statusDone;
 }
 
 Status Tell(Status status, std::string_view message) {

@@ -1,6 +1,6 @@
 #include "options.h"
 
-#include "failure.h"
+#include "commands.h"
 
 #include <zynplatform/console.h>
 #include <zynplatform/cp1251.h>
@@ -24,22 +24,23 @@ constexpr struct {
 
 struct Command {
     std::string_view name;
+    Status (*run)(const Options&);
     std::size_t fewest, most; // words
     std::string_view options; // that it takes, besides --encoding
 };
 constexpr std::string_view editing = " dry-run backup classic lossy ";
 constexpr Command commands[] = {
-    {"get", 3, 3, " default "},
-    {"has", 2, 3, ""},
-    {"list", 1, 2, " format sections keys "},
-    {"set", 4, 4, " comment dry-run backup classic lossy "},
-    {"delete", 2, 3, editing},
-    {"rename", 3, 4, editing},
-    {"merge", 2, 2, editing},
-    {"edit", 1, 1, editing},
-    {"convert", 1, 1, " to mark dry-run backup classic lossy "},
-    {"diff", 2, 2, " format "},
-    {"check", 1, 1, ""},
+    {"get", Get, 3, 3, " default "},
+    {"has", Has, 2, 3, ""},
+    {"list", List, 1, 2, " format sections keys "},
+    {"set", Set, 4, 4, " comment dry-run backup classic lossy "},
+    {"delete", Delete, 2, 3, editing},
+    {"rename", Rename, 3, 4, editing},
+    {"merge", Merge, 2, 2, editing},
+    {"edit", Edit, 1, 1, editing},
+    {"convert", Convert, 1, 1, " to mark dry-run backup classic lossy "},
+    {"diff", Diff, 2, 2, " format "},
+    {"check", Check, 1, 1, ""},
 };
 
 [[noreturn]] void Refuse(const char* message, std::string_view word) {
@@ -117,13 +118,14 @@ private:
         m_options.push_back(name.substr(2));
     }
 
-    void Check() const {
+    void Check() {
         const std::string& name = m_result.command;
         if (name.empty()) Refuse("нет команды, смотрите inictl --help"_cp1251, "");
         const auto* const command = std::find_if(std::begin(commands), std::end(commands),
                                                  [&](const Command& c) { return c.name == name; });
         if (command == std::end(commands))
             Refuse("неизвестная команда %s, смотрите inictl --help"_cp1251, name);
+        m_result.run = command->run;
         for (const std::string& option : m_options)
             if (option != "encoding" && command->options.find(" " + option + " ") == command->options.npos)
                 Refuse("этой команде не подходит параметр --%s"_cp1251, option);

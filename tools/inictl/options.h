@@ -1,5 +1,7 @@
 #pragma once
 
+#include "failure.h"
+
 #include <zynaggr/zynencoding.h>
 
 #include <optional>
@@ -10,7 +12,8 @@
 // The command line, in UTF-8.
 struct Options {
     std::string command;
-    std::vector<std::string> words; // behind the command: the file and what the command takes
+    Status (*run)(const Options&) = nullptr; // it; null with help and version
+    std::vector<std::string> words;          // behind the command: the file and what the command takes
 
     std::optional<std::string> fallback; // --default
     std::string comment;

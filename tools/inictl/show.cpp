@@ -1,6 +1,7 @@
 #include "commands.h"
 #include "workfile.h"
 
+#include <zynplatform/codepage.h>
 #include <zynplatform/cp1251.h>
 
 #include <cstdio>
@@ -39,22 +40,12 @@ std::string InJson(std::string_view text) {
     }
     json += '"';
     if (IsTerminalUtf8()) return json;
+    std::u16string units(json.size(), u'\0');
+    units.resize(zynplatform::ToWide(zynplatform::utf8CodePage, json.data(), json.size(), units.data()));
     std::string ascii; // JSON is in UTF-8 whatever the terminal is
-    for (std::size_t at = 0; at < json.size();) {
-        const auto lead = static_cast<unsigned char>(json[at]);
-        const std::size_t length = lead < 0xC0 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-        char32_t c = length == 1 ? lead : lead & (0x7F >> length);
-        for (std::size_t i = 1; i < length; ++i)
-            c = c << 6 | (static_cast<unsigned char>(json[at + i]) & 0x3F);
-        at += length;
-        char code[16];
-        if (c < 0x80)
-            std::snprintf(code, sizeof code, "%c", static_cast<char>(c));
-        else if (c < 0x10000)
-            std::snprintf(code, sizeof code, "\\u%04x", static_cast<unsigned>(c));
-        else
-            std::snprintf(code, sizeof code, "\\u%04x\\u%04x", static_cast<unsigned>(0xD7C0 + (c >> 10)),
-                          static_cast<unsigned>(0xDC00 + (c & 0x3FF)));
+    for (const char16_t unit : units) {
+        char code[8];
+        std::snprintf(code, sizeof code, unit < 0x80 ? "%c" : "\\u%04x", static_cast<unsigned>(unit));
         ascii += code;
     }
     return ascii;

@@ -26,10 +26,12 @@ bool IsStandard(const std::string& name) {
     return name == "-";
 }
 
-[[noreturn]] void FailRead(const std::string& name) {
+// Of the system's error that has just come.
+[[noreturn]] void FailFile(const std::string& nativeName) {
     const int error = errno;
     std::setlocale(LC_ALL, ""); // now that a text of the system is needed
-    throw Failure{statusFile, name + ": " + zynplatform::TerminalToUtf8(std::strerror(error))};
+    const std::string message = nativeName + ": " + std::strerror(error);
+    throw Failure{statusFile, zynplatform::TerminalToUtf8(message)};
 }
 
 void Configure(zyn::Ini& ini, const Options& options) {
@@ -42,27 +44,30 @@ void Configure(zyn::Ini& ini, const Options& options) {
 void WriteBytes(const std::string& name, const std::string& bytes) {
     std::ofstream file(name, std::ios::binary);
     file.write(bytes.data(), static_cast<std::streamsize>(bytes.size())).flush();
-    if (!file) FailRead(name);
+    if (!file) FailFile(name);
 }
 
 } // namespace
 
+std::string NativeName(const std::string& name) {
+    return zynplatform::Utf8ToTerminal(name);
+}
+
 std::string ReadBytes(const std::string& name) {
     std::string bytes;
-    std::FILE* const file =
-        IsStandard(name) ? stdin : std::fopen(zynplatform::Utf8ToTerminal(name).c_str(), "rb");
-    if (!file) FailRead(name);
+    std::FILE* const file = IsStandard(name) ? stdin : std::fopen(name.c_str(), "rb");
+    if (!file) FailFile(name);
     char piece[65536];
     for (std::size_t length; (length = std::fread(piece, 1, sizeof piece, file)) > 0;)
         bytes.append(piece, length);
-    if (std::ferror(file)) FailRead(name);
+    if (std::ferror(file)) FailFile(name);
     if (file != stdin) std::fclose(file);
     return bytes;
 }
 
 std::uintmax_t FileSize(const std::string& name) {
     std::error_code error;
-    const std::uintmax_t size = fs::file_size(zynplatform::Utf8ToTerminal(name), error);
+    const std::uintmax_t size = fs::file_size(name, error);
     return error ? 0 : size;
 }
 
@@ -80,7 +85,7 @@ std::string ReadText(const std::string& bytes, const Options& options, zynTextEn
 
 ScratchFolder::ScratchFolder() {
     std::string pattern = (fs::temp_directory_path() / "inictl-XXXXXX").string();
-    if (!mkdtemp(pattern.data())) FailRead(pattern);
+    if (!mkdtemp(pattern.data())) FailFile(pattern);
     m_path = pattern;
 }
 
@@ -89,30 +94,30 @@ ScratchFolder::~ScratchFolder() {
     fs::remove_all(m_path, ignored);
 }
 
-Source::Source(const Options& options, const std::string& name) : m_path(zynplatform::Utf8ToTerminal(name)) {
-    if (IsStandard(name)) {
+Source::Source(const Options& options, const std::string& name) : m_path(NativeName(name)) {
+    if (IsStandard(m_path)) {
         m_scratch.emplace();
         m_path = m_scratch->Path("input");
-        WriteBytes(m_path, ReadBytes(name));
+        WriteBytes(m_path, ReadBytes("-"));
     } else if (access(m_path.c_str(), F_OK) != 0) {
-        FailRead(name);
+        FailFile(m_path);
     }
     m_ini.emplace(m_path);
     Configure(*m_ini, options);
     if (m_ini->Reload()) return;
-    Message("");
+    UseLanguageOfUser();
     m_ini->Reload(); // the same failure in the user's language
     RefuseFile(*m_ini);
 }
 
 void EditFile(const Options& options, bool mayBeMissing, const std::function<bool(zyn::Ini&)>& edit) {
-    Message(""); // so that the library's own texts are in the user's language
-    const std::string& name = options.words[0];
+    UseLanguageOfUser();
+    const std::string name = NativeName(options.words[0]);
     const bool isCopy = options.dryRun || IsStandard(name);
+    const bool isMissing = !IsStandard(name) && access(name.c_str(), F_OK) != 0 && errno == ENOENT;
+    if (isMissing && !mayBeMissing) FailFile(name);
     std::optional<ScratchFolder> scratch;
-    std::string path = zynplatform::Utf8ToTerminal(name), before;
-    const bool isMissing = !IsStandard(name) && access(path.c_str(), F_OK) != 0 && errno == ENOENT;
-    if (isMissing && !mayBeMissing) FailRead(name);
+    std::string path = name, before;
     if (isCopy) {
         if (!isMissing) before = ReadBytes(name);
         scratch.emplace();
@@ -133,7 +138,7 @@ void EditFile(const Options& options, bool mayBeMissing, const std::function<boo
     if (options.dryRun) {
         const std::string after = ReadBytes(path);
         const std::string textBefore = ReadText(before, options), textAfter = ReadText(after, options);
-        Print(UnifiedDiff(textBefore, textAfter, name));
+        Print(UnifiedDiff(textBefore, textAfter, options.words[0]));
         if (before != after && textBefore == textAfter)
             PrintLine(Message("изменится только кодировка"_cp1251));
     } else if (isCopy) {

@@ -8,11 +8,14 @@
 #include <functional>
 #include <string>
 
+// The system's name of a file that the command line names.
+std::string NativeName(const std::string& name);
+
 // The bytes of a file, "-" being standard input. Throws Failure.
-std::string ReadBytes(const std::string& name);
+std::string ReadBytes(const std::string& nativeName);
 
 // 0 for what has no size.
-std::uintmax_t FileSize(const std::string& name);
+std::uintmax_t FileSize(const std::string& nativeName);
 
 // What the options say of the encoding, and the text of a file by it.
 zynEncodingChoice EncodingChoice(const Options& options);
@@ -35,7 +38,7 @@ class Source {
 public:
     Source(const Options& options, const std::string& name);
     zyn::Ini& Ini() { return *m_ini; }
-    const std::string& Path() const { return m_path; }
+    const std::string& Path() const { return m_path; } // native
 
 private:
     std::optional<ScratchFolder> m_scratch;
