@@ -128,8 +128,8 @@ public:
     class ZYN_API Stack : public CzynStrStrMap {
     public:
         // As Add with an empty text, fast for a key behind all others.
-        int Push(const char* key);
-        bool Remove(int index);
+        ZYN_LOCAL int Push(const char* key);
+        ZYN_LOCAL bool Remove(int index);
 
     protected:
         std::array<std::unique_ptr<CzynStrStrMapItem>, 16> m_aSpare;
@@ -170,11 +170,11 @@ protected:
     friend CzynStackLogger;
 
     // As Enter, for the key that the two pieces make; the second one may be the key as it is.
-    void Enter(CStringA& strKey, std::string_view lead, std::string_view name, bool bLogEveryCall);
+    ZYN_LOCAL void Enter(CStringA& strKey, std::string_view lead, std::string_view name, bool bLogEveryCall);
     // Adds the entry for a key whose last characters, so many, are the plain one. It throws with all as it
     // was.
-    void AddEntry(const CStringA& strKey, std::size_t plainLength);
-    bool IsTooDeep() const;
+    ZYN_LOCAL void AddEntry(const CStringA& strKey, std::size_t plainLength);
+    ZYN_LOCAL bool IsTooDeep() const;
 
     void WarnOfDepth(const CStringA& strKey) const;
     void WarnOfOrder(const Item& entry) const;
