@@ -53,7 +53,7 @@ public:
     static CzynDateTime GetTickCount() { return zynplatform::CurrentTime(); }
 
     // As the constructors.
-    CzynDateTime& operator=(const CzynDateTime& other) {
+    CzynDateTime& operator=(const CzynDateTime& other) { // NOLINT(bugprone-unhandled-self-assignment)
         m_dt = other.m_dt;
         m_status = other.m_status;
         Free_m_pSysTime();
