@@ -53,7 +53,8 @@ public:
     static CzynDateTime GetTickCount() { return zynplatform::CurrentTime(); }
 
     // As the constructors.
-    CzynDateTime& operator=(const CzynDateTime& other) { // NOLINT(bugprone-unhandled-self-assignment)
+    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): what was worked out is worked out again
+    CzynDateTime& operator=(const CzynDateTime& other) {
         m_dt = other.m_dt;
         m_status = other.m_status;
         Free_m_pSysTime();
