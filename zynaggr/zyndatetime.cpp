@@ -22,22 +22,21 @@ bool IsDate(const SYSTEMTIME& fields) {
     return fields.wDay >= 1 && fields.wDay <= days;
 }
 
-// For counting days a year begins on 1 March, so that its leap day is its last, and months count from 3 to
-// 14. Day 0 is 1 March of the year 0.
-constexpr std::int32_t epoch = 693899; // 30 December 1899
-
-constexpr std::uint32_t DaysBefore(std::uint32_t marchMonth) {
-    return (979 * marchMonth - 2919) / 32;
+// 1 for 1 January.
+int DayOfYear(const SYSTEMTIME& date) {
+    return daysBeforeMonth[date.wMonth] + (int{date.wMonth > 2} & int{IsLeapYear(date.wYear)}) + date.wDay;
 }
 
 std::int32_t DayOf(const SYSTEMTIME& date) {
-    const bool isEarly = date.wMonth < 3;
-    const std::uint32_t year = date.wYear - isEarly;
-    const std::uint32_t century = year / 100;
-    const std::uint32_t day = 365 * year + year / 4 - century + century / 4 +
-                              DaysBefore(date.wMonth + 12u * isEarly) + date.wDay - 1;
-    return static_cast<std::int32_t>(day) - epoch;
+    const std::uint32_t yearsBefore = date.wYear - 1u; // from the year 1 on
+    const std::uint32_t centuries = yearsBefore / 100;
+    const std::uint32_t days = 1461 * yearsBefore / 4 - centuries + centuries / 4;
+    return static_cast<std::int32_t>(days) + DayOfYear(date) - 693594; // that of 30 December 1899
 }
+
+// Here a year begins on 1 March, so that its leap day is its last, and months count from 3 to 14. Day 0 is 1
+// March of the year 0.
+constexpr std::int32_t epoch = 693899; // 30 December 1899
 
 void SetDate(SYSTEMTIME& fields, std::int32_t dayNumber) {
     // Four quarters a day: a century has 146097 and a year 1461, which puts the longer ones in their places.
@@ -45,7 +44,7 @@ void SetDate(SYSTEMTIME& fields, std::int32_t dayNumber) {
     const std::uint32_t century = quarters / 146097;
     const std::uint32_t inCentury = quarters % 146097 | 3;
     const std::uint32_t dayOfYear = inCentury % 1461 / 4;
-    // The line of DaysBefore the other way round, in steps of 2141/65536 of a month.
+    // The days before the months lie on a line, as far as whole numbers do: steps of 2141/65536 of a month.
     const std::uint32_t month = 2141 * dayOfYear + 197913;
     const bool isEarly = dayOfYear >= 306;
     fields.wYear = static_cast<std::uint16_t>(100 * century + inCentury / 1461 + isEarly);
@@ -170,9 +169,7 @@ bool CzynDateTime::GetAsSystemTime(SYSTEMTIME& fields) const {
 bool CzynDateTime::GetAsUDATE(UDATE& fields) const {
     fields.wDayOfYear = 0;
     if (!GetAsSystemTime(fields.st)) return false;
-    const bool isAfterLeapDay = fields.st.wMonth > 2 && IsLeapYear(fields.st.wYear);
-    fields.wDayOfYear =
-        static_cast<std::uint16_t>(fields.st.wDay + daysBeforeMonth[fields.st.wMonth] + isAfterLeapDay);
+    fields.wDayOfYear = static_cast<std::uint16_t>(DayOfYear(fields.st));
     return true;
 }
 

@@ -7,8 +7,10 @@
 #include "zynplatform/export.h"
 #include "zynplatform/thread.h"
 
+#include <array>
 #include <atomic>
 #include <cassert>
+#include <cstddef>
 #include <cstdint>
 #include <initializer_list>
 #include <memory>
@@ -44,10 +46,12 @@
 // writes nothing; the stack goes on. The stack is kept sorted by key, which is the order of depth up to 999;
 // exits from a greater depth are therefore told as being out of order.
 //
-// Threads: one lock serialises all of them, and is held while a callback runs. So a callback must not wait
-// for a thread that logs. A logger belongs to the thread that made it, for as long as anything of that thread
-// runs: the destructors of its thread-local objects and its keys may log too. GlobalStackLogDestroy takes no
-// lock: no other thread may be logging.
+// Threads: a thread's stack is its own, and without callbacks no thread waits for another one. One lock
+// serialises what is written, in the order of the times in it, and is held while a callback runs. So a
+// callback must not wait for a thread that logs. A logger belongs to the thread that made it, for as long as
+// anything of that thread runs: the destructors of its thread-local objects and its keys may log too. No
+// other thread may use it, or look at its stack. GlobalStackLogDestroy takes no lock: no other thread may be
+// logging.
 //
 // Callbacks must not throw, nor may a thread be cancelled in one: a logger that is destroyed can't let either
 // pass, and the process ends. A callback whose own functions are traced is called for them in turn, and has
@@ -60,6 +64,7 @@
 // Memory: an entry that finds none throws std::bad_alloc and is not made; lines and warnings that find none
 // are left out.
 
+class CzynStackLogger;
 class StackLoggerThreadEl;
 template <> inline constexpr bool zyn::isStruct<StackLoggerThreadEl> = true; // as hosts know it
 
@@ -91,12 +96,12 @@ public:
     void RemoveFinishedThreads(); // deletes those
     // The calling thread's element, or null.
     StackLoggerThreadEl* FindThreadEl() const;
-    // In the child of a fork: opens the lock, and keeps of the elements those that can be used there.
+    // In the child of a fork: opens the lock, and keeps of the elements that of the thread which forked.
     void ContinueInForkedChild();
 
-    std::unique_ptr<CZynCriticalSection> m_pCS;    // guards everything but the mode
-    zynStackLogErrorFunction m_pfnError = nullptr; // null: no warnings
-    zynStackLogTraceFunction m_pfnTrace = nullptr; // null: no lines
+    std::unique_ptr<CZynCriticalSection> m_pCS;                 // guards the list, and calls of the callbacks
+    std::atomic<zynStackLogErrorFunction> m_pfnError = nullptr; // null: no warnings
+    std::atomic<zynStackLogTraceFunction> m_pfnTrace = nullptr; // null: no lines
     // Every logger asks for the mode, and so does without the counter's barrier.
     struct Mode : CZynAtomicLong {
         using CZynAtomicLong::operator=;
@@ -115,8 +120,22 @@ inline CGlobalStackLog* CGlobalStackLog::Active() {
 
 // The stack of one thread, for the logger. Make it with new, on its thread: it adds itself to the tracer,
 // which deletes it. The operations do nothing while there is no tracer; the mode does not matter to them.
+// They and the fields are for this thread alone.
 class ZYN_API StackLoggerThreadEl {
 public:
+    // The keys of the entries with their messages. An entry that leaves it is kept, up to some, for the next
+    // one.
+    class ZYN_API Stack : public CzynStrStrMap {
+    public:
+        // As Add with an empty text, fast for a key behind all others.
+        ZYN_LOCAL int Push(const char* key);
+        ZYN_LOCAL bool Remove(int index);
+
+    protected:
+        std::array<std::unique_ptr<CzynStrStrMapItem>, 16> m_aSpare;
+        std::size_t m_nSpare = 0;
+    };
+
     StackLoggerThreadEl();
     // For this tracer, or none, which g_pGlobalStackLog may have ceased to be.
     explicit StackLoggerThreadEl(CGlobalStackLog* pGlobal);
@@ -138,13 +157,24 @@ public:
     std::uint32_t m_dwThreadId;          // the thread it was made on
     zynplatform::ThreadHandle m_hThread; // the same
     std::int32_t m_nDepth = 0;           // entries not yet left; never below 0
-    CzynStrStrMap m_mapStack;            // key and message of each entry
+    Stack m_mapStack;                    // key and message of each entry
     CStringA m_strLastFun;            // the function entered last: its key without what Enter puts before it
     std::int32_t m_nRepeat = 0;       // entries of the run that were not written
     std::uint32_t m_nRepeatDepth = 0; // where the run of repeats is
+    // Stored behind each change: who finds the thread ended, and deletes this, sees all that it did.
+    std::atomic<bool> m_bSettled = true;
 
 protected:
     using Item = CzynStrStrMap::CzynStrStrMapItem;
+
+    friend CzynStackLogger;
+
+    // As Enter, for the key that the two pieces make; the second one may be the key as it is.
+    ZYN_LOCAL void Enter(CStringA& strKey, std::string_view lead, std::string_view name, bool bLogEveryCall);
+    // Adds the entry for a key whose last characters, so many, are the plain one. It throws with all as it
+    // was.
+    ZYN_LOCAL void AddEntry(const CStringA& strKey, std::size_t plainLength);
+    ZYN_LOCAL bool IsTooDeep() const;
 
     void WarnOfDepth(const CStringA& strKey) const;
     void WarnOfOrder(const Item& entry) const;

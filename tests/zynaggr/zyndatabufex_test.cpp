@@ -28,8 +28,10 @@ TEST(IteratorBuffer, WritesWhatAPlainModelWrites) {
         int capacity = round % 2 ? 300 : 4096, at = 0, slot = -1;
         for (int step = 0; step < 100; ++step) {
             const int size = static_cast<int>(data.size()), written = size - slot - 4;
-            const std::string bytes(1 + random() % (step % 10 || round % 2 ? 40 : 6000), "abcdefg"[step % 7]);
-            const int n = static_cast<int>(bytes.size()), end = at + n;
+            const int full = capacity - (step % 2 ? at : size) - static_cast<int>(random() % 8);
+            const int any = 1 + static_cast<int>(random() % (step ? 40 : 9000));
+            const int n = step % 5 == 4 && full > 0 && full < 9000 ? full : any, end = at + n;
+            const std::string bytes(static_cast<std::size_t>(n), "abcdefg"[step % 7]);
             const int needed[] = {size + n + 1, size + n, size + 4, end + 2, 0, size + n + 6};
             const auto way = random() % 6;
             const bool grows = needed[way] > capacity, possible = round % 2 == 0 || (way % 5 > 0 && !grows);

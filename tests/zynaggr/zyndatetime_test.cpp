@@ -1,17 +1,10 @@
 #include "zynaggr/zyndatetime.h"
 
-#include "support/temp_folder.h"
-#include "zynplatform/cp1251.h"
+#include "support/test.h"
 #include "zynplatform/locale.h"
 
-#include <gtest/gtest.h>
-
-#include <array>
 #include <chrono>
 #include <clocale>
-#include <cmath>
-#include <cstdlib>
-#include <random>
 
 // The C library's own, when it looks for locales along LOCPATH.
 extern "C" const char* __lsan_default_suppressions() {
@@ -21,8 +14,6 @@ extern "C" const char* __lsan_default_suppressions() {
 namespace {
 
 using namespace std::chrono;
-using namespace std::string_literals;
-using namespace zynplatform::literals;
 
 constexpr int firstDay = -657434, lastDay = 2958465;
 constexpr sys_days epoch = 1899y / December / 30;
@@ -98,7 +89,7 @@ TEST(DateTime, TakesAnyTimeAndAnswersNothingOutOfRange) {
 }
 
 TEST(DateTime, CountsSecondsInLocalTimeByTheZoneAsItIs) {
-    setenv("TZ", "EAST-5:30", 1);
+    const Variable zone("TZ", "EAST-5:30");
     EXPECT_DOUBLE_EQ(CzynDateTime(std::int64_t{253402280999}), lastDay + 86399 / 86400.0);
     for (const std::int64_t seconds : {std::int64_t{-1}, std::int64_t{253402281000},
                                        std::int64_t{2068146604800} /* the year 67536 */, INT64_MAX})
@@ -107,12 +98,11 @@ TEST(DateTime, CountsSecondsInLocalTimeByTheZoneAsItIs) {
     EXPECT_EQ(CzynDateTime::GetTickCount().Format("%F %T %z %Z"), "1970-01-01 05:30:00 +0530 EAST");
     zynplatform::SetTimeSource(nullptr);
     EXPECT_LE(std::abs(std::time(nullptr) - zynplatform::CurrentTime()), 1);
-    setenv("TZ", "WEST3", 1); // without tzset
+    zone.Set("WEST3"); // without tzset
     EXPECT_EQ(CzynDateTime(std::int64_t{86400}).GetHour(), 21);
-    setenv("TZ", "America/Caracas", 1); // where standard time was another one in 2012
-    const auto zone = [](std::int64_t seconds) { return CzynDateTime(seconds).Format("%z %Z"); };
-    EXPECT_EQ(zone(1'350'000'000), zone(1'700'000'000));
-    unsetenv("TZ");
+    zone.Set("America/Caracas"); // where standard time was another one in 2012
+    const auto zoneAt = [](std::int64_t seconds) { return CzynDateTime(seconds).Format("%z %Z"); };
+    EXPECT_EQ(zoneAt(1'350'000'000), zoneAt(1'700'000'000));
 }
 
 TEST(DateTime, ComparesAndAddsByStatusThenLinearly) {
@@ -190,8 +180,7 @@ TEST(DateTime, NamesMonthsInTheUsersLanguageWhateverTheProcesssLocaleIs) {
         if (!folder.Has(name + ".utf8")) GTEST_SKIP() << "no locales to make";
     }
     const CzynDateTime value(2024, 12, 31);
-    setenv("LOCPATH", folder.Native().c_str(), 1);
-    setenv("LC_ALL", "ru_RU.UTF-8", 1);
+    const Variable texts("LOCPATH", folder.Native()), locale("LC_ALL", "ru_RU.UTF-8");
     EXPECT_EQ(value.FormatForUser("%d %B, %A\xB9"), "31 декабря, Вторник№"_cp1251);
     zynplatform::SetThreadLocale(1031);
     EXPECT_EQ(value.FormatForUser("%B %A"), "Dezember Dienstag");
@@ -199,8 +188,6 @@ TEST(DateTime, NamesMonthsInTheUsersLanguageWhateverTheProcesssLocaleIs) {
     EXPECT_EQ(value.FormatForUser("%b"), "дек"_cp1251);
     EXPECT_EQ(value.Format("%B"), "December");
     zynplatform::SetThreadLocale(0);
-    unsetenv("LC_ALL");
-    unsetenv("LOCPATH");
 }
 
 } // namespace
