@@ -48,16 +48,18 @@ bool Copy(const unsigned char* src, int length, unsigned char*& out, int& outLen
     return Give(std::move(copy), size, out, outLength);
 }
 
-// Piece by piece, so that each is still in the cache when it is swapped.
+// A last byte that is no unit stays as it is.
 bool CopySwapped(const unsigned char* src, int length, unsigned char*& out, int& outLength) {
-    constexpr std::size_t pieceLength = 4096;
     const auto size = static_cast<std::size_t>(length);
     Buffer copy = Allocate(size);
-    for (std::size_t at = 0; at < size; at += pieceLength) {
-        const std::size_t count = std::min(size - at, pieceLength);
-        std::memcpy(&copy[at], src + at, count);
-        CzynStringFile::BufConvert_Utf16_BE2LE(&copy[at], static_cast<unsigned>(count));
+    unsigned char* const target = copy.get();
+    for (std::size_t at = 0; at + 1 < size; at += 2) {
+        std::uint16_t unit;
+        std::memcpy(&unit, src + at, sizeof unit);
+        unit = static_cast<std::uint16_t>(unit << 8 | unit >> 8);
+        std::memcpy(target + at, &unit, sizeof unit);
     }
+    if (size % 2 != 0) target[size - 1] = src[size - 1];
     return Give(std::move(copy), size, out, outLength);
 }
 
