@@ -57,9 +57,10 @@ TEST(IniThreadsTest, ProcessesOnOneFileWaitForEachOtherAndNeverDamageIt) {
     int status = 0, refused = 0;
     for (int running = 4; running > 0; usleep(500)) {
         OpenIni reader(name);
-        const bool isRead = reader.isParamSet("first", "start");
-        EXPECT_EQ(isRead, reader.isParamSet("last", "end"));
-        refused += !isRead; // on a busy machine one may wait for longer than a reader waits
+        if (reader.isParamSet("first", "start"))
+            EXPECT_TRUE(reader.isParamSet("last", "end"));
+        else
+            ++refused; // on a busy machine it may take longer than a reader waits
         if (waitpid(-1, &status, WNOHANG) <= 0) continue;
         refused += WEXITSTATUS(status);
         --running;
