@@ -4,8 +4,11 @@
 #include "zynaggr/zynmessage.h"
 #include "zynhost/application.h"
 #include "zynplatform/cp1251.h"
+#include "zynplatform/vectors.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <string>
 #include <utility>
 
@@ -14,7 +17,28 @@ using namespace zynplatform::literals;
 namespace {
 
 constexpr char quote = '"';
+using Characters = char __attribute__((vector_size(16)));
 constexpr std::string_view mark = "\xEF\xBB\xBF"; // of UTF-8
+
+// Where one of four characters, some of which may be the same, stands first from `from` on; else the text's
+// length.
+std::size_t FindFirst(std::string_view text, std::size_t from, const std::array<char, 4>& wanted) {
+    if (!zynplatform::hasVectors || text.size() < sizeof(Characters))
+        return std::min(text.find_first_of({wanted.data(), wanted.size()}, from), text.size());
+    const auto found = [&](std::size_t at) {
+        const auto here = zynplatform::Load<Characters>(text.data() + at);
+        return zynplatform::Bits((here == wanted[0]) | (here == wanted[1]) | (here == wanted[2]) |
+                                 (here == wanted[3]));
+    };
+    const std::size_t last = text.size() - sizeof(Characters);
+    std::size_t i = from;
+    unsigned bits = 0;
+    for (; i <= last && bits == 0; i += sizeof(Characters))
+        bits = found(i);
+    if (bits != 0) return i - sizeof(Characters) + static_cast<std::size_t>(std::countr_zero(bits));
+    bits = found(last) >> (i - last); // those before have been looked at
+    return bits != 0 ? i + static_cast<std::size_t>(std::countr_zero(bits)) : text.size();
+}
 
 // The field being read. While it is one stretch of the record it is not copied.
 class Field {
@@ -65,12 +89,7 @@ private:
     }
 
     void OutsideQuotes() {
-        std::size_t i = m_next;
-        const auto isPlain = [&](char c) {
-            return c != m_separator && c != quote && c != '\t' && !(c == '\\' && m_escapes);
-        };
-        while (i < m_text.size() && isPlain(m_text[i]))
-            ++i;
+        const std::size_t i = FindFirst(m_text, m_next, {m_separator, quote, '\t', m_escapes ? '\\' : quote});
         Keep(m_next, i - m_next);
         if (i == m_text.size()) return GoOn(false, i);
         if (m_text[i] == m_separator) {
@@ -81,13 +100,10 @@ private:
         GoOn(m_text[i] != '\t', i + 1);
     }
 
-    void InQuotes() {
-        std::size_t i = m_next;
-        const auto isPlain = [&](char c) {
-            return c == m_separator || (c != quote && !(c == '\\' && m_escapes));
-        };
-        while (i < m_text.size() && isPlain(m_text[i]))
-            ++i;
+    void InQuotes() { // where separators are text; a quote as separator can't have opened them
+        const char first = m_separator == quote ? '\\' : quote;
+        const char second = m_escapes && m_separator != '\\' ? '\\' : first;
+        const std::size_t i = FindFirst(m_text, m_next, {first, first, second, second});
         Keep(m_next, i - m_next);
         if (i + 1 >= m_text.size())
             return GoOn(true, m_text.size()); // a last quote or backslash says nothing
