@@ -76,8 +76,6 @@ public:
     }
 
 private:
-    static constexpr std::size_t end = std::string_view::npos;
-
     bool IsAt(std::size_t index, char c) const { return index < m_text.size() && m_text[index] == c; }
     std::size_t PastSpaces(std::size_t from) const {
         return std::min(m_text.find_first_not_of(' ', from), m_text.size());
