@@ -55,6 +55,17 @@ template <class Fold> std::uint64_t HashText(std::string_view text, Fold fold) {
     return MixHash(hash, fold(last), seed);
 }
 
+// For HashText, the same for texts that differ in letter case only, eight bytes at a time: upper-case letters
+// become lower-case ones, as CStringA::CompareNoCase folds them, and every other byte stays.
+constexpr std::uint64_t FoldedBlock(std::uint64_t block) {
+    constexpr std::uint64_t ones = 0x0101010101010101, highest = 0x80 * ones;
+    const std::uint64_t low = block & ~highest;
+    const std::uint64_t latin = (low + (0x80 - 'A') * ones) & ~(low + (0x7F - 'Z') * ones) & ~block;
+    const std::uint64_t russian = block & block << 1 & ~(block << 2); // 0xC0 to 0xDF
+    const std::uint64_t yo = ~((low ^ 0x28 * ones) + 0x7F * ones) & block;
+    return block | ((latin | russian) & highest) >> 2 | (yo & highest) >> 3;
+}
+
 // For texts that are the same when their bytes are.
 struct TextHash {
     std::size_t operator()(std::string_view text) const {

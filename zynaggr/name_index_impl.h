@@ -12,17 +12,6 @@
 
 namespace zyn {
 
-// The same for texts that differ in letter case only, eight bytes at a time: upper-case letters become
-// lower-case ones, as CStringA::CompareNoCase folds them, and every other byte stays.
-constexpr std::uint64_t FoldedBlock(std::uint64_t block) {
-    constexpr std::uint64_t ones = 0x0101010101010101, highest = 0x80 * ones;
-    const std::uint64_t low = block & ~highest;
-    const std::uint64_t latin = (low + (0x80 - 'A') * ones) & ~(low + (0x7F - 'Z') * ones) & ~block;
-    const std::uint64_t russian = block & block << 1 & ~(block << 2); // 0xC0 to 0xDF
-    const std::uint64_t yo = ~((low ^ 0x28 * ones) + 0x7F * ones) & block;
-    return block | ((latin | russian) & highest) >> 2 | (yo & highest) >> 3;
-}
-
 // Where names stand in an array of named elements.
 //
 // Names are equal when they differ in letter case only, and end at their first zero byte. An array that is

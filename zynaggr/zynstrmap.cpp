@@ -1,6 +1,7 @@
 #include "zynaggr/zynstrmap.h"
 
 #include "zynaggr/hash_impl.h"
+#include "zynaggr/key_index_impl.h"
 #include "zynhost/decimal.h"
 
 #include <algorithm>
@@ -27,10 +28,14 @@ int Compare(std::string_view left, std::string_view right) {
 // How an item's key stands to a key: negative when it comes before.
 struct ByCase {
     std::string_view key;
+    static std::uint64_t Hash(std::string_view text) {
+        return zyn::HashText(text, [](std::uint64_t block) { return block; });
+    }
     template <class Item> int operator()(const Item* item) const { return Compare(item->m_sKey.View(), key); }
 };
 struct IgnoringCase {
     const char* key;
+    static std::uint64_t Hash(std::string_view text) { return zyn::HashText(text, zyn::FoldedBlock); }
     template <class Item> int operator()(const Item* item) const { return item->m_sKey.CompareNoCase(key); }
 };
 
@@ -78,13 +83,43 @@ template <class Items, class Order> int FindIn(const Items& items, Order order) 
     return order(items.m_pData[low]) == 0 ? low : -1;
 }
 
+// The same, from the index where that knows it. Once searching has cost about as much as making the index, it
+// is made.
+template <class Items, class Order>
+int FindIn(const Items& items, Order order, std::string_view key, const zyn::KeyIndex& index) {
+    constexpr int fewest = 64; // items that it pays for
+    const int size = items.GetSize();
+    if (size < fewest) return FindIn(items, order);
+    if (const auto* const table = index.m_table.load(std::memory_order_acquire)) {
+        const auto isKey = [&](int place) { return place < size && order(items.m_pData[place]) == 0; };
+        const int place = table->Find(Order::Hash(key), isKey);
+        return place >= 0 ? place : FindIn(items, order);
+    }
+    const int searches = index.m_searches.load(std::memory_order_relaxed);
+    if (searches != index.stopped) index.m_searches.store(searches + 1, std::memory_order_relaxed);
+    if (searches == size / 4) {
+        try {
+            auto table = std::make_unique<zyn::KeyIndex::Table>(static_cast<std::size_t>(size));
+            for (int place = 0; place < size; ++place)
+                table->Put(Order::Hash(items.m_pData[place]->m_sKey.View()), place);
+            zyn::KeyIndex::Table* expected = nullptr; // another thread may have been faster
+            if (index.m_table.compare_exchange_strong(expected, table.get()))
+                static_cast<void>(table.release());
+        } catch (const std::bad_alloc&) { // it is only a help
+        }
+    }
+    return FindIn(items, order);
+}
+
 // Hands an item over to the array; -1, and the item deleted, when there is no room.
-template <class Items, class Item> int Insert(Items& items, int index, std::unique_ptr<Item> item) {
-    const bool added =
-        index == items.GetSize() ? items.Add(item.get()) >= 0 : items.InsertAt(index, item.get());
-    if (!added) return -1;
+template <class Order, class Items, class Item>
+int Insert(Items& items, zyn::KeyIndex& index, int place, std::unique_ptr<Item> item) {
+    const bool isLast = place == items.GetSize();
+    if (isLast ? items.Add(item.get()) < 0 : !items.InsertAt(place, item.get())) return -1;
+    auto* const table = index.m_table.load(std::memory_order_relaxed);
+    if (!isLast || (table && !table->Put(Order::Hash(item->m_sKey.View()), place))) index.Forget();
     static_cast<void>(item.release());
-    return index;
+    return place;
 }
 
 template <class Items> void SortItems(Items& items, int (*compare)(const void*, const void*)) {
@@ -98,26 +133,43 @@ template <class Item> const Item& ItemAt(const void* slot) {
 
 } // namespace
 
+void zyn::KeyIndex::Forget() {
+    if (m_table.load(std::memory_order_relaxed)) delete m_table.exchange(nullptr);
+    if (m_searches.load(std::memory_order_relaxed) != stopped) m_searches.store(0, std::memory_order_relaxed);
+}
+
+void zyn::KeyIndex::Restart() {
+    Forget();
+    m_searches.store(0, std::memory_order_relaxed);
+}
+
 int CzynStrMap::AddWord(const char* key, std::intptr_t value) {
     CStringA sKey(key);
     if (!m_bCaseSensitive) sKey.MakeLower();
-    const Place place =
-        m_bCaseSensitive ? PlaceOf(m_aItems, ByCase{sKey.View()}) : PlaceOf(m_aItems, IgnoringCase{sKey});
-    if (!place.found)
-        return Insert(m_aItems, place.index,
-                      std::unique_ptr<CzynStrMapItem>(new CzynStrMapItem{std::move(sKey), value}));
-    m_aItems.m_pData[place.index]->m_nValue = value;
-    return place.index;
+    const auto add = [&](auto order) {
+        const Place place = PlaceOf(m_aItems, order);
+        if (!place.found)
+            return Insert<decltype(order)>(
+                m_aItems, m_index, place.index,
+                std::unique_ptr<CzynStrMapItem>(new CzynStrMapItem{std::move(sKey), value}));
+        m_aItems.m_pData[place.index]->m_nValue = value;
+        return place.index;
+    };
+    return m_bCaseSensitive ? add(ByCase{sKey.View()}) : add(IgnoringCase{sKey});
 }
 
 void CzynStrMap::Sort() {
     SortItems(m_aItems, m_bSortAsInt       ? compare_CzynStrMapItem_AsInt
                         : m_bCaseSensitive ? compare_CzynStrMapItem
                                            : compare_CzynStrMapItem_NoCase);
+    m_index.Restart();
+    if (m_bSortAsInt) m_index.m_searches = m_index.stopped; // searches miss what isn't in order, always
 }
 
 int CzynStrMap::Find(const char* key) const {
-    return m_bCaseSensitive ? FindIn(m_aItems, ByCase{Text(key)}) : FindIn(m_aItems, IgnoringCase{key});
+    const std::string_view text = Text(key);
+    return m_bCaseSensitive ? FindIn(m_aItems, ByCase{text}, text, m_index)
+                            : FindIn(m_aItems, IgnoringCase{key}, text, m_index);
 }
 
 int CzynStrMap::Find(int value) const {
@@ -160,18 +212,20 @@ int CzynStrMap::compare_CzynStrMapItem_AsInt(const void* left, const void* right
 int CzynStrStrMap::Add(const char* key, const char* value) {
     const Place place = PlaceOf(m_aItems, ByCase{Text(key)});
     if (!place.found)
-        return Insert(m_aItems, place.index,
-                      std::unique_ptr<CzynStrStrMapItem>(new CzynStrStrMapItem{key, value}));
+        return Insert<ByCase>(m_aItems, m_index, place.index,
+                              std::unique_ptr<CzynStrStrMapItem>(new CzynStrStrMapItem{key, value}));
     m_aItems.m_pData[place.index]->m_sValue = value;
     return place.index;
 }
 
 void CzynStrStrMap::Sort() {
     SortItems(m_aItems, compare_CzynStrStrMapItem);
+    m_index.Restart();
 }
 
 int CzynStrStrMap::FindByIn(const char* key) const {
-    return FindIn(m_aItems, ByCase{Text(key)});
+    const std::string_view text = Text(key);
+    return FindIn(m_aItems, ByCase{text}, text, m_index);
 }
 
 int CzynStrStrMap::FindByOut(const char* value) const {

@@ -4,6 +4,7 @@
 #include "zynhost/cstring.h"
 #include "zynplatform/export.h"
 
+#include <atomic>
 #include <cstdint>
 
 // Two small sorted maps with 8-bit string keys: CzynStrMap holds a machine word for each key, CzynStrStrMap a
@@ -24,7 +25,33 @@
 // gives nothing away, so the target takes the flags over and is empty.
 //
 // Running out of memory: where the item array cannot grow it reports that in its own way (zyntaggr.h), and
-// Add gives -1; anything else throws std::bad_alloc. The map stays as it was. One thread at a time.
+// Add gives -1; anything else throws std::bad_alloc. The map stays as it was. Several threads may look up in
+// one map as long as nobody changes it.
+
+namespace zyn {
+
+// Where the keys of a map stand: written down by look-ups in a large one once they have cost more than that
+// does, and given up when items move. A hint; the map checks what it says.
+class ZYN_API KeyIndex {
+public:
+    KeyIndex() = default;
+    ~KeyIndex() { Forget(); }
+    KeyIndex(const KeyIndex&) = delete;
+    KeyIndex& operator=(const KeyIndex&) { // of a map that gets other items
+        Restart();
+        return *this;
+    }
+
+    void Forget();  // items have moved
+    void Restart(); // there are others, or they are sorted again
+
+    class Table;
+    static constexpr int stopped = -1;
+    mutable std::atomic<Table*> m_table = nullptr;
+    mutable std::atomic<int> m_searches = 0; // that it would have spared; `stopped`: no table is made
+};
+
+} // namespace zyn
 
 // A machine word for each key.
 class ZYN_API CzynStrMap {
@@ -49,7 +76,10 @@ public:
     // In items.
     int GetSize() const { return m_aItems.GetSize(); }
     // Deletes all items; the capacity stays.
-    void Clear() { m_aItems.RemoveAll(); }
+    void Clear() {
+        m_aItems.RemoveAll();
+        m_index.Restart();
+    }
     // Sets the capacity, not below the number of items.
     void SetSize(int n) { m_aItems.SetSize(n); }
 
@@ -70,7 +100,10 @@ public:
     // By index: null or false for one outside the map.
     CzynStrMapItem* GetAt(int index) const { return m_aItems.GetAt(index); }
     bool SetAt(int index, int value);
-    bool Remove(int index) { return m_aItems.Remove(index); }
+    bool Remove(int index) {
+        m_index.Forget();
+        return m_aItems.Remove(index);
+    }
 
     // Of no effect here: both ways to search for a key that it chose from are the same search now.
     bool m_bOwnSearch = false;
@@ -86,6 +119,7 @@ protected:
     int AddWord(const char* key, std::intptr_t value);
 
     CzynTAggr<CzynStrMapItem*, CzynStrMapItem*, 6> m_aItems{8};
+    zyn::KeyIndex m_index;
 };
 
 // As CzynStrMap, case always mattering, with a string for each key.
@@ -105,7 +139,10 @@ public:
     // As those of CzynStrMap.
     int Add(const char* key, const char* value);
     int GetSize() const { return m_aItems.GetSize(); }
-    void Clear() { m_aItems.RemoveAll(); }
+    void Clear() {
+        m_aItems.RemoveAll();
+        m_index.Restart();
+    }
 
     // Changes nothing as long as the keys of the items are left alone.
     void Sort();
@@ -123,7 +160,10 @@ public:
     // By index: null or false for one outside the map.
     CzynStrStrMapItem* GetAt(int index) const { return m_aItems.GetAt(index); }
     bool SetAt(int index, const char* value);
-    bool Remove(int index) { return m_aItems.Remove(index); }
+    bool Remove(int index) {
+        m_index.Forget();
+        return m_aItems.Remove(index);
+    }
 
     bool m_bOwnSearch = false; // Get lets case matter whatever it is asked
 
@@ -132,4 +172,5 @@ protected:
     static int compareNoCase_CzynStrStrMapItem(const void* left, const void* right);
 
     CzynTAggr<CzynStrStrMapItem*, CzynStrStrMapItem*, 6> m_aItems{8};
+    zyn::KeyIndex m_index;
 };

@@ -48,6 +48,9 @@ TEST(StrMap, BehavesLikeASortedMap) {
             ASSERT_EQ(size, static_cast<int>(model.size()));
             ASSERT_FALSE(map.GetAt(-1) || map.GetAt(size) || map.SetAt(-1, 1) || map.SetAt(size, 1));
             ASSERT_FALSE(map.Remove(-1) || map.Remove(size));
+            for (auto each = model.begin(); step % 100 == 99 && each != model.end();
+                 ++each) // it pays to note them
+                ASSERT_EQ(map.Find(each->first.c_str()), std::distance(model.begin(), each));
         }
         int index = 0;
         for (const auto& [key, value] : model) {
