@@ -24,8 +24,8 @@
 //
 // The capacity (the size of the buffer, zero included) follows fixed rules. It grows to exactly what an
 // operation needs and does not shrink, except that emptying gives the buffer up for one of a single
-// character. Appending one character is the only operation that makes spare room, for 15 more. So append
-// texts to a string of which you have asked for room (GetBuffer), or one character at a time.
+// character. Appending one character is the only operation that makes spare room, for 15 more. A text that
+// grows is moved less often than that, to a block of twice its length, which the capacity doesn't show.
 //
 // Texts taken may be null, which counts as an empty text where nothing else is said, and may lie in the
 // string's own buffer, also in the room behind the text; they count as they were when the operation began.
@@ -219,7 +219,8 @@ protected:
     enum Exactly { exactly };
     BasicString(Exactly, const C* text, std::uint64_t length); // so many characters, without room to spare
     static C* Allocated(std::uint64_t size);
-    // Returns the old buffer, which is the caller's then. Out of line, to keep short what rarely comes to it.
+    // Returns the old buffer, which is the caller's then, or null when it is still the one. Out of line, to
+    // keep short what rarely comes to it.
     [[gnu::noinline]] const C* Grow(std::uint64_t size);
     unsigned Reserve(std::uint64_t size);
     BasicString& Assign(const C* text, std::uint64_t length);
@@ -230,7 +231,8 @@ protected:
 
     C* m_pBuffer;
     std::uint32_t m_nLength; // without the zero
-    std::uint32_t m_nSize;   // of the buffer; at least m_nLength + 1
+    std::uint32_t m_nSize;   // the capacity, at least m_nLength + 1
+    std::uint32_t m_nRoom; // what the buffer really holds, at least m_nSize: growing within it moves nothing
 };
 
 extern template class BasicString<char>;

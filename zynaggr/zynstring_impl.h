@@ -13,6 +13,7 @@
 #include <cassert>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -88,10 +89,18 @@ template <class C> C* BasicString<C>::Allocated(std::uint64_t size) {
     return new C[static_cast<std::size_t>(size)];
 }
 
+// A text that grows again and again doubles its block, and is not moved each time that its capacity grows.
 template <class C> const C* BasicString<C>::Grow(std::uint64_t size) {
-    C* const buffer = Allocated(size);
+    if (size <= m_nRoom) {
+        m_nSize = static_cast<std::uint32_t>(size);
+        return nullptr;
+    }
+    std::uint64_t room = std::min(size + m_nLength, StringTraits<C>::sizeLimit);
+    C* buffer = room > size ? new (std::nothrow) C[static_cast<std::size_t>(room)] : nullptr;
+    if (!buffer) buffer = Allocated(room = size);
     detail::Copy(buffer, m_pBuffer, std::uint64_t{m_nLength} + 1);
     m_nSize = static_cast<std::uint32_t>(size);
+    m_nRoom = static_cast<std::uint32_t>(room);
     return std::exchange(m_pBuffer, buffer);
 }
 
@@ -102,7 +111,7 @@ template <class C> unsigned BasicString<C>::SetSize(unsigned size) {
         delete[] m_pBuffer;
         m_pBuffer = buffer;
         m_nLength = 0;
-        return m_nSize = 1;
+        return m_nSize = m_nRoom = 1;
     }
     if (size <= m_nSize) return m_nSize; // never smaller; the length needs no more than there is
     delete[] Grow(size);
@@ -122,7 +131,8 @@ template <class C> void BasicString<C>::Empty() {
 
 // ---- Making and assigning
 
-template <class C> BasicString<C>::BasicString() : m_pBuffer(new C[1]{}), m_nLength(0), m_nSize(1) {}
+template <class C>
+BasicString<C>::BasicString() : m_pBuffer(new C[1]{}), m_nLength(0), m_nSize(1), m_nRoom(1) {}
 
 template <class C>
 BasicString<C>::BasicString(const BasicString& other)
@@ -137,7 +147,8 @@ template <class C>
 BasicString<C>::BasicString(Exactly, const C* text, std::uint64_t length)
     : m_pBuffer(Allocated(length + 1)),
       m_nLength(static_cast<std::uint32_t>(length)),
-      m_nSize(m_nLength + 1) {
+      m_nSize(m_nLength + 1),
+      m_nRoom(m_nSize) {
     detail::Copy(m_pBuffer, text, length);
     m_pBuffer[m_nLength] = 0;
 }
@@ -157,14 +168,15 @@ template <class C> BasicString<C>& BasicString<C>::Assign(const C* text, std::ui
         Empty();
         return *this;
     }
-    if (length < m_nSize) {
+    if (length < m_nRoom) {
         detail::Move(m_pBuffer, text, length);
+        m_nSize = std::max(m_nSize, static_cast<std::uint32_t>(length) + 1);
     } else {
         C* const buffer = Allocated(length + 1);
         detail::Copy(buffer, text, length);
         delete[] m_pBuffer;
         m_pBuffer = buffer;
-        m_nSize = static_cast<std::uint32_t>(length) + 1;
+        m_nSize = m_nRoom = static_cast<std::uint32_t>(length) + 1;
     }
     m_nLength = static_cast<std::uint32_t>(length);
     m_pBuffer[m_nLength] = 0;
@@ -390,7 +402,7 @@ template <class C> int BasicString<C>::Replace(const C* from, const C* to) {
     if (!inPlace) {
         delete[] m_pBuffer;
         m_pBuffer = fresh.release();
-        m_nSize = size;
+        m_nSize = m_nRoom = size;
     }
     m_nLength = static_cast<std::uint32_t>(length);
     return static_cast<int>(hits);
