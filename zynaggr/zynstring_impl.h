@@ -10,6 +10,7 @@
 #include "zynplatform/textsearch_impl.h"
 
 #include <algorithm>
+#include <array>
 #include <cassert>
 #include <cstring>
 #include <memory>
@@ -374,9 +375,12 @@ template <class C> int BasicString<C>::Replace(const C* from, const C* to) {
         with(to, detail::LengthOf(to));
     if (text.empty() || pattern.empty()) return 0;
     std::uint64_t hits = 0;
+    std::array<std::uint32_t, 128> found; // the first ones, which are not looked for again
     for (std::size_t at = FindText(text, pattern, 0); at != text.npos;
-         at = FindText(text, pattern, at + pattern.size()))
+         at = FindText(text, pattern, at + pattern.size())) {
+        if (hits < found.size()) found[hits] = static_cast<std::uint32_t>(at);
         ++hits;
+    }
     if (hits == 0) return 0;
 
     const std::uint64_t length = m_nLength - hits * pattern.size() + hits * with.size();
@@ -392,7 +396,8 @@ template <class C> int BasicString<C>::Replace(const C* from, const C* to) {
         out += piece.size();
     };
     std::size_t copied = 0;
-    for (std::size_t at = FindText(text, pattern, 0); at != text.npos; at = FindText(text, pattern, copied)) {
+    for (std::uint64_t hit = 0; hit < hits; ++hit) {
+        const std::size_t at = hit < found.size() ? found[hit] : FindText(text, pattern, copied);
         put(text.substr(copied, at - copied));
         put(with);
         copied = at + pattern.size();
