@@ -43,8 +43,8 @@ class Row:
         return self.ours / min(self.peers.values()) if self.peers else None
 
     def shown(self, value):
-        if self.unit == "bytes":
-            return f"{value:.0f} bytes"
+        if self.unit != "ns":
+            return f"{value:.3g} {self.unit if self.unit == 'bytes' else 'times'}"
         unit = next((unit for unit in ("s", "ms", "us") if value >= UNITS[unit]), "ns")
         return f"{value / UNITS[unit]:.3g} {unit}"
 
@@ -70,13 +70,18 @@ def read(folder):
             if workload.startswith("growth, "):
                 growths.setdefault(workload.removeprefix("growth, "), {})[int(sizes[0])] = time
                 continue
-            value, unit = (benchmark["bytes"], "bytes") if "bytes" in benchmark else (time, "ns")
-            measured.setdefault((workload, " x ".join(sizes), unit), {})[implementation] = value
+            sizes = " x ".join(sizes)
+            values = {"bytes": benchmark["bytes"]} if "bytes" in benchmark else {"ns": time}
+            if "allocations" in benchmark:
+                values["allocations"] = benchmark["allocations"]
+            for unit, value in values.items():
+                measured.setdefault((workload, sizes, unit), {})[implementation] = value
 
     rows = {}
     for (workload, sizes, unit), values in measured.items():
         for ours in sorted(name for name in values if name.startswith("ours")):
-            row = Row(workload, ours.removeprefix("ours"), sizes)
+            variant = ours.removeprefix("ours") + (", memory asked for" if unit == "allocations" else "")
+            row = Row(workload, variant, sizes)
             row.unit, row.ours = unit, values[ours]
             row.floors = {name: value for name, value in values.items() if name.startswith("floor")}
             row.peers = {name: value for name, value in values.items() if not name.startswith(("floor", "ours"))}
@@ -106,7 +111,7 @@ def reasons(rows, goals):
     together = {}
     for row in rows:
         goal = goals.get(row.name) or goals.get(row.workload, {})
-        if row.ratio and "why" in goal and row.ratio > goal.get("wanted", 1):
+        if row.ratio and "why" in goal and round(row.ratio, 2) > goal.get("wanted", 1):
             together.setdefault((goal["why"], goal.get("wanted", 1)), []).append(row)
     for (why, wanted), found in together.items():
         names = "; ".join(f"{row.name}: {row.ratio:.2f}" for row in found)
@@ -160,7 +165,7 @@ def main():
     for row in rows:
         goal = goals.get(row.name) or goals.get(row.workload, {})
         limit = goal.get("limit", goal.get("wanted", 1))
-        if row.ratio and row.ratio > limit:
+        if row.ratio and round(row.ratio, 2) > limit:
             missed.append(row)
             print(f"Missed: {row.name}: {row.ratio:.2f}, at most {limit:g}")
     for failure in sorted(failures):

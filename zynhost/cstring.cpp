@@ -33,6 +33,25 @@ std::string Narrow(const WCHAR* text) {
     return narrow;
 }
 
+// Gives the text to `use`; it is empty where it cannot be formed.
+template <class Use> void WithFormatted(const char* format, std::va_list arguments, Use use) {
+    char buffer[512]; // as most texts fit, most are formed once
+    std::va_list again;
+    va_copy(again, arguments);
+    errno = 0;
+    const int result = std::vsnprintf(buffer, sizeof buffer, format, arguments);
+    const bool isTooLong = result < 0 && errno == EOVERFLOW;
+    const auto length = static_cast<std::size_t>(std::max(result, 0));
+    std::string large;
+    if (length >= sizeof buffer) {
+        large.resize(length);
+        std::vsnprintf(large.data(), length + 1, format, again);
+    }
+    va_end(again);
+    if (isTooLong) AfxThrowMemoryException();
+    use(large.empty() ? std::string_view(buffer, length) : std::string_view(large));
+}
+
 } // namespace
 
 CStringA::CStringA(const WCHAR* text) : m_text(Narrow(text)) {
@@ -51,6 +70,14 @@ CStringA& CStringA::Append(std::string_view text) {
     if (text.size() > static_cast<std::size_t>(INT_MAX) - m_text.size()) AfxThrowMemoryException();
     m_text.append(text);
     return *this;
+}
+
+CStringA CStringA::Joined(std::string_view left, std::string_view right) {
+    CStringA joined;
+    joined.m_text.reserve(left.size() + right.size());
+    joined.m_text = left;
+    joined.Append(right);
+    return joined;
 }
 
 CStringA CStringA::Left(int count) const {
@@ -172,27 +199,14 @@ void CStringA::Format(const char* format, ...) {
 }
 
 void CStringA::FormatV(const char* format, std::va_list arguments) {
-    std::va_list again;
-    va_copy(again, arguments);
-    errno = 0;
-    const int length = std::vsnprintf(nullptr, 0, format, arguments);
-    if (length < 0 && errno == EOVERFLOW) ThrowTooLong();
-    std::string result;
-    if (length > 0) {
-        result.resize(static_cast<std::size_t>(length));
-        std::vsnprintf(result.data(), result.size() + 1, format, again);
-    }
-    va_end(again);
-    m_text = std::move(result);
+    WithFormatted(format, arguments, [this](std::string_view text) { m_text = text; });
 }
 
 void CStringA::AppendFormat(const char* format, ...) {
-    CStringA piece;
     std::va_list arguments;
     va_start(arguments, format);
-    piece.FormatV(format, arguments);
+    WithFormatted(format, arguments, [this](std::string_view text) { Append(text); });
     va_end(arguments);
-    *this += piece;
 }
 
 CStringA CStringA::Tokenize(const char* delimiters, int& position) const {

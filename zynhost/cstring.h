@@ -90,6 +90,8 @@ public:
     CStringA& Append(const char* text) { return Append(std::string_view(text ? text : "")); }
     CStringA& Append(const char* text, int length) { return Append(Piece(text, length)); }
     CStringA& Append(std::string_view text);
+    // A new string of two texts, as operator+ makes it.
+    static CStringA Joined(std::string_view left, std::string_view right);
 
     // The first `count` bytes, the last `count`, or `count` from `first` on; what lies outside the text is
     // left out.
@@ -158,31 +160,33 @@ private:
     std::string m_text;
 };
 
-// The one text, then the other.
+// The one text, then the other. A sum of several grows in one place.
+inline CStringA operator+(const CStringA& left, std::string_view right) {
+    return CStringA::Joined(left.View(), right);
+}
+inline CStringA operator+(CStringA&& left, std::string_view right) {
+    return std::move(left.Append(right));
+}
 inline CStringA operator+(const CStringA& left, const CStringA& right) {
-    CStringA result(left);
-    result += right;
-    return result;
+    return CStringA::Joined(left.View(), right.View());
+}
+inline CStringA operator+(CStringA&& left, const CStringA& right) {
+    return std::move(left.Append(right.View()));
 }
 inline CStringA operator+(const CStringA& left, const char* right) {
-    CStringA result(left);
-    result += right;
-    return result;
+    return CStringA::Joined(left.View(), right ? right : "");
+}
+inline CStringA operator+(CStringA&& left, const char* right) {
+    return std::move(left.Append(right));
 }
 inline CStringA operator+(const char* left, const CStringA& right) {
-    CStringA result(left);
-    result += right;
-    return result;
-}
-inline CStringA operator+(const CStringA& left, std::string_view right) {
-    CStringA result(left);
-    result += right;
-    return result;
+    return CStringA::Joined(left ? left : "", right.View());
 }
 inline CStringA operator+(const CStringA& left, char right) {
-    CStringA result(left);
-    result += right;
-    return result;
+    return CStringA::Joined(left.View(), {&right, 1});
+}
+inline CStringA operator+(CStringA&& left, char right) {
+    return std::move(left += right);
 }
 
 // Byte by byte.

@@ -47,7 +47,8 @@ ZYN_API TimeOfDay LocalTimeOfDay();
 ZYN_API void SetTimeSource(std::int64_t (*milliseconds)());
 
 // Breaks a count of seconds since 1970-01-01 00:00 UTC down into local time, by the time zone of the process
-// (the variable TZ as it is at the time, else the system's). False when the year does not fit the record.
+// (the variable TZ as it is at the time, else the system's, whose change shows within a second). False when
+// the year does not fit the record.
 // Safe from any thread that does so while nobody changes the environment; this goes for all that looks at the
 // zone.
 ZYN_API bool LocalTime(std::int64_t seconds, std::tm& local);
