@@ -97,7 +97,7 @@ public:
 
     // ---- Editing; each returns the string
 
-    BasicString& operator+=(const BasicString& other);
+    BasicString& operator+=(const BasicString& other) { return AppendText(other.m_pBuffer, other.m_nLength); }
     BasicString& operator+=(const C* text) {
         // The string's own buffer counts as the string: zero characters inside are appended too.
         if (text == m_pBuffer && *text != 0) return AppendText(text, m_nLength);
@@ -224,7 +224,15 @@ protected:
     [[gnu::noinline]] const C* Grow(std::uint64_t size);
     unsigned Reserve(std::uint64_t size);
     BasicString& Assign(const C* text, std::uint64_t length);
-    BasicString& AppendText(const C* text, std::uint64_t length);
+    // In line where there is room.
+    BasicString& AppendText(const C* text, std::uint64_t length) {
+        if (m_nLength + length >= m_nSize) return AppendGrowing(text, length);
+        if (length != 0) std::memmove(m_pBuffer + m_nLength, text, length * sizeof(C));
+        m_nLength += static_cast<std::uint32_t>(length);
+        m_pBuffer[m_nLength] = 0;
+        return *this;
+    }
+    BasicString& AppendGrowing(const C* text, std::uint64_t length);
     bool IsOwn(const C* text) const { return text >= m_pBuffer && text < m_pBuffer + m_nSize; }
     BasicString& DropLeft(unsigned count);
     int Order(const C* text) const;

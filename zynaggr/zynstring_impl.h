@@ -240,19 +240,14 @@ template <class C> void BasicString<C>::ReleaseBuffer(int length) {
 
 // ---- Appending
 
-template <class C> BasicString<C>& BasicString<C>::AppendText(const C* text, std::uint64_t length) {
+template <class C> BasicString<C>& BasicString<C>::AppendGrowing(const C* text, std::uint64_t length) {
     const std::uint64_t all = m_nLength + length;
-    const C* const old = all >= m_nSize ? Grow(all + 1) : nullptr; // the text may lie in it
-    C* const buffer = m_pBuffer;
-    detail::Move(buffer + m_nLength, text, length);
-    buffer[all] = 0;
+    const C* const old = Grow(all + 1); // the text may lie in it
+    detail::Move(m_pBuffer + m_nLength, text, length);
+    m_pBuffer[all] = 0;
     m_nLength = static_cast<std::uint32_t>(all);
     delete[] old;
     return *this;
-}
-
-template <class C> BasicString<C>& BasicString<C>::operator+=(const BasicString& other) {
-    return AppendText(other.m_pBuffer, other.m_nLength);
 }
 
 template <class C> BasicString<C>& BasicString<C>::Append(const C* text, int count) {
