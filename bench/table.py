@@ -21,6 +21,7 @@ import pathlib
 import re
 import subprocess
 import sys
+import textwrap
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 UNITS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
@@ -48,10 +49,10 @@ class Row:
         unit = next((unit for unit in ("s", "ms", "us") if value >= UNITS[unit]), "ns")
         return f"{value / UNITS[unit]:.3g} {unit}"
 
-    def cells(self):
-        others = sorted((self.peers | self.floors).items(), key=lambda other: other[1])
-        ratio = f"{self.ratio:.2f}" if self.peers else ""
-        return [self.name, self.shown(self.ours), "; ".join(f"{name} {self.shown(value)}" for name, value in others), ratio]
+    def cells(self, name=None):
+        others = sorted((self.peers if name else self.peers | self.floors).items(), key=lambda other: other[1])
+        others = "; ".join(f"{other} {self.shown(value)}" for other, value in others)
+        return [name or self.name, self.shown(self.ours), others, f"{self.ratio:.2f}" if self.peers else ""]
 
 
 def read(folder):
@@ -115,7 +116,7 @@ def reasons(rows, goals):
             together.setdefault((goal["why"], goal.get("wanted", 1)), []).append(row)
     for (why, wanted), found in together.items():
         names = "; ".join(f"{row.name}: {row.ratio:.2f}" for row in found)
-        yield f"- **{names}**, wanted {wanted:g}. {why}"
+        yield textwrap.fill(f"- **{names}**, wanted {wanted:g}. {why}", 120, subsequent_indent="  ", break_on_hyphens=False)
 
 
 def processor():
@@ -179,11 +180,13 @@ def main():
             sys.exit(f"Goals without a row: {', '.join(sorted(gone))}")
         import picture  # needs matplotlib
 
-        headlines = [row for row in rows if row.name in picture.HEADLINES]
+        by_name = {row.name: row for row in rows}
+        headlines = [by_name[name] for name in picture.HEADLINES]
         picture.draw(headlines, ROOT / "docs/performance.svg")
         put("docs/performance.md", "table", where(len(options.runs)) + "\n" + everything)
         put("docs/performance.md", "reasons", "\n".join(reasons(rows, goals)) + "\n")
-        put("README.md", "table", table(head, (row.cells() for row in headlines)))
+        head = ["", "zynAggr", "instead", "zynAggr / best"]
+        put("README.md", "table", table(head, (row.cells(picture.HEADLINES[row.name]) for row in headlines)))
     return 1 if missed or failures else 0
 
 
