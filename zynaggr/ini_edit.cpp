@@ -132,17 +132,19 @@ CStringA CzynINI::GetString(const char* szSection, const char* szKey, const char
 
 bool CzynINI::GetString(const char* szSection, const char* szKey, CStringA& sValue, const char* szDefault,
                         bool bCreate) {
-    CStringA sResult(szDefault); // the arguments may stand in the text that sValue holds
     const CzynEnterCriticalSection lock(&m_CS);
     const bool parsed = Parse();
     SOption* const option = parsed ? FindCreateOption(szSection, szKey, bCreate, nullptr) : nullptr;
-    if (option && bCreate && option->m_sValue.IsEmpty()) {
-        option->m_sValue = CStringA(sResult).Trim();
-        InternalSave();
-    } else if (option) {
-        sResult = option->m_sValue;
+    if (option && !(bCreate && option->m_sValue.IsEmpty())) {
+        sValue = option->m_sValue;
+        return true;
     }
-    sValue = std::move(sResult);
+    sValue = szDefault; // which may stand in the text that it holds
+    if (option) {
+        option->m_sValue = sValue;
+        option->m_sValue.Trim();
+        InternalSave();
+    }
     return parsed;
 }
 
