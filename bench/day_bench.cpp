@@ -148,4 +148,34 @@ void LogStd(benchmark::State& state) {
 }
 BENCHMARK(LogStd)->Name("a host's day, log a line/std::string, strftime, std::ofstream");
 
+// ---- Errors: a record that its caller sends on, with its own place, and whose text is written
+
+void PrintError(benchmark::State& state) {
+    Measure(state, [] {
+        const SzynErrorDescription first(2, "orders/price_list.cpp", "May 22 2025", 1024,
+                                         "The price list cannot be read", 0, "ReadPriceListFile",
+                                         "CPriceList", "C:\\Orders\\Prices\\price.csv");
+        const SzynErrorDescription error(first, "orders/order_window.cpp", "May 22 2025", 512,
+                                         "The order cannot be shown", "ShowTheWholeOrder", "COrderWindow");
+        const CStringA text = error.Print(nullptr, false);
+        benchmark::DoNotOptimize(text.GetString());
+    });
+}
+BENCHMARK(PrintError)->Name("a host's day, send an error on and print it/ours");
+
+// ---- A list of 200 texts that is handed on, and one of which changes
+
+template <class Text> void HandOn(benchmark::State& state) {
+    std::vector<Text> rows;
+    for (int i = 0; i < settingCount; ++i)
+        rows.emplace_back((std::to_string(i) + ". sentence of some length, as users write them").c_str());
+    Measure(state, [&] {
+        std::vector<Text> copy = rows;
+        copy.front() += '!';
+        benchmark::DoNotOptimize(copy.data());
+    });
+}
+BENCHMARK(HandOn<CStringA>)->Name("a host's day, copy 200 texts/ours");
+BENCHMARK(HandOn<std::string>)->Name("a host's day, copy 200 texts/std::string");
+
 } // namespace

@@ -32,8 +32,7 @@ public:
         return *this;
     }
     void Reserve(std::size_t size) {
-        if (size < std::numeric_limits<int>::max()) m_text.GetBuffer(static_cast<int>(size));
-        m_text.ReleaseBuffer(0);
+        if (size < std::numeric_limits<int>::max()) m_text.Preallocate(static_cast<int>(size));
     }
     CStringA TakeText() { return std::move(m_text); }
     std::string TakeBytes() {

@@ -139,12 +139,12 @@ bool CzynINI::GetString(const char* szSection, const char* szKey, CStringA& sVal
         sValue = option->m_sValue;
         return true;
     }
-    CStringA sResult(szDefault); // which may stand in the text that sValue holds
+    sValue = szDefault; // which may stand in the text that it holds
     if (option) {
-        option->m_sValue = CStringA(sResult).Trim();
+        option->m_sValue = sValue;
+        option->m_sValue.Trim();
         InternalSave();
     }
-    sValue = std::move(sResult);
     return parsed;
 }
 

@@ -4,6 +4,7 @@
 #include "zynplatform/cp1251.h"
 
 #include <memory>
+#include <string>
 #include <utility>
 
 using namespace zynplatform::literals;
@@ -11,6 +12,8 @@ using namespace zynplatform::literals;
 namespace {
 
 using DescriptionProvider = CStringA (*)(int);
+
+constexpr int usualLength = 500; // of the text of a record with another one in its stack
 
 constexpr std::int32_t moduleTransport = 1;
 constexpr std::int32_t moduleData = 2;
@@ -32,6 +35,12 @@ void Stack(SzynErrorDescription& record, std::unique_ptr<SzynErrorDescription> a
     (void)added.release();
 }
 
+void AppendNumber(CStringA& text, const char* before, std::int32_t number, const char* behind) {
+    text += before;
+    text += std::to_string(number);
+    text += behind;
+}
+
 void AppendModule(CStringA& text, std::int32_t module, bool russian) {
     switch (module) {
     case moduleTransport:
@@ -48,7 +57,7 @@ void AppendModule(CStringA& text, std::int32_t module, bool russian) {
         text += russian ? T("сервер; "_cp1251) : T("Server; ");
         break;
     default:
-        text.AppendFormat(" %i; ", module);
+        AppendNumber(text, " ", module, "; ");
     }
 }
 
@@ -61,13 +70,41 @@ void AppendCode(CStringA& text, std::int32_t module, std::int32_t code) {
     else if (module == moduleServer && serverDescription)
         text += serverDescription(code);
     else
-        text.AppendFormat(" %i;", code);
+        AppendNumber(text, " ", code, ";");
 }
 
 void AppendUnlessEmpty(CStringA& text, const char* label, const CStringA& value) {
     if (value.IsEmpty()) return;
     text += label;
     text += value;
+}
+
+void AppendRecord(CStringA& text, const SzynErrorDescription& record, const char* szExtra, bool bRussian) {
+    text += bRussian ? T("Модуль: "_cp1251) : "Core: ";
+    AppendModule(text, record.m_nModule, bRussian);
+    if (record.m_nCode != -1) {
+        text += bRussian ? T(" ") : T(" Err: ");
+        AppendCode(text, record.m_nModule, record.m_nCode);
+    }
+    AppendUnlessEmpty(text, bRussian ? T("\r\nФункция: "_cp1251) : "\r\n\t\tFun: ", record.m_strFun);
+    if (szExtra) {
+        text += T("; ");
+        text += szExtra;
+    }
+    AppendUnlessEmpty(text, bRussian ? "\r\n" : "\r\n\t\tDescr: ", record.m_strDescr);
+    AppendUnlessEmpty(text, bRussian ? "\r\n" : "\r\n\t\tAdd: ", record.m_strAdd);
+    AppendUnlessEmpty(text, bRussian ? T("\r\nКласс: "_cp1251) : "\r\n\t\tCls: ", record.m_strCls);
+    AppendUnlessEmpty(text, bRussian ? T("\r\nИсходный код: "_cp1251) : "\r\n\t\tSrc: ", record.m_strSrc);
+    if (!record.m_strSrc.IsEmpty()) AppendUnlessEmpty(text, T(" от "_cp1251), record.m_strSrcDate);
+    if (record.m_nLine != 0) AppendNumber(text, " str ", record.m_nLine, "");
+
+    if (!bRussian && !record.m_aStack.IsEmpty()) {
+        text += "\r\n\t\tErr stack: ";
+        for (const SzynErrorDescription* stacked : record.m_aStack) {
+            text += "\r\n\t";
+            AppendRecord(text, *stacked, nullptr, false);
+        }
+    }
 }
 
 } // namespace
@@ -128,31 +165,9 @@ void SzynErrorDescription::Set(const SzynErrorDescription& other, const char* sz
 }
 
 CStringA SzynErrorDescription::Print(const char* szExtra, bool bRussian) const {
-    CStringA text(bRussian ? T("Модуль: "_cp1251) : "Core: ");
-    AppendModule(text, m_nModule, bRussian);
-    if (m_nCode != -1) {
-        text += bRussian ? T(" ") : T(" Err: ");
-        AppendCode(text, m_nModule, m_nCode);
-    }
-    AppendUnlessEmpty(text, bRussian ? T("\r\nФункция: "_cp1251) : "\r\n\t\tFun: ", m_strFun);
-    if (szExtra) {
-        text += T("; ");
-        text += szExtra;
-    }
-    AppendUnlessEmpty(text, bRussian ? "\r\n" : "\r\n\t\tDescr: ", m_strDescr);
-    AppendUnlessEmpty(text, bRussian ? "\r\n" : "\r\n\t\tAdd: ", m_strAdd);
-    AppendUnlessEmpty(text, bRussian ? T("\r\nКласс: "_cp1251) : "\r\n\t\tCls: ", m_strCls);
-    AppendUnlessEmpty(text, bRussian ? T("\r\nИсходный код: "_cp1251) : "\r\n\t\tSrc: ", m_strSrc);
-    if (!m_strSrc.IsEmpty()) AppendUnlessEmpty(text, T(" от "_cp1251), m_strSrcDate);
-    if (m_nLine != 0) text.AppendFormat(" str %i", m_nLine);
-
-    if (!bRussian && !m_aStack.IsEmpty()) {
-        text += "\r\n\t\tErr stack: ";
-        for (const SzynErrorDescription* record : m_aStack) {
-            text += "\r\n\t";
-            text += record->Print(nullptr, false);
-        }
-    }
+    CStringA text;
+    text.Preallocate(usualLength);
+    AppendRecord(text, *this, szExtra, bRussian);
     return text;
 }
 

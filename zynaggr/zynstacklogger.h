@@ -128,7 +128,9 @@ public:
     class ZYN_API Stack : public CzynStrStrMap {
     public:
         // As Add with an empty text, fast for a key behind all others.
-        ZYN_LOCAL int Push(const char* key);
+        ZYN_LOCAL int Push(const CStringA& key);
+        // A string with the room of a key that has left.
+        ZYN_LOCAL CStringA TakeSpareKey();
         ZYN_LOCAL bool Remove(int index);
 
     protected:

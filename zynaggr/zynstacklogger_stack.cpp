@@ -6,7 +6,6 @@
 #include "zynplatform/cp1251.h"
 
 #include <algorithm>
-#include <cstring>
 #include <limits>
 #include <utility>
 
@@ -50,12 +49,15 @@ struct Settling {
 
 } // namespace
 
-int StackLoggerThreadEl::Stack::Push(const char* key) {
-    const std::string_view text(key);
+CStringA StackLoggerThreadEl::Stack::TakeSpareKey() {
+    return m_nSpare != 0 ? std::move(m_aSpare[m_nSpare - 1]->m_sKey) : CStringA();
+}
+
+int StackLoggerThreadEl::Stack::Push(const CStringA& key) {
     const int last = GetSize() - 1;
-    if (m_nSpare == 0 || (last >= 0 && GetAt(last)->m_sKey.View() >= text)) return Add(key, "");
+    if (m_nSpare == 0 || (last >= 0 && GetAt(last)->m_sKey.View() >= key.View())) return Add(key, "");
     std::unique_ptr<CzynStrStrMapItem>& item = m_aSpare[m_nSpare - 1];
-    item->m_sKey = text;
+    item->m_sKey = key;
     item->m_sValue.Empty();
     const int index = m_aItems.Add(item.get());
     if (index < 0) return -1;
@@ -87,20 +89,13 @@ void StackLoggerThreadEl::Enter(CStringA& strKey, std::string_view lead, std::st
     const std::size_t prefixLength = prefix[0].size() + prefix[1].size() + prefix[2].size();
     const std::size_t plainLength = lead.size() + name.size();
     if (plainLength > std::numeric_limits<int>::max() - zyn::longestStackPrefix) AfxThrowMemoryException();
-    const bool isOwn = name.data() == strKey.GetString();
-    char* const text = strKey.GetBuffer(static_cast<int>(prefixLength + plainLength));
-    char* const plain = text + prefixLength;
-    std::memmove(plain + lead.size(), isOwn ? text : name.data(), name.size());
-    char* to = text;
-    for (const std::string_view piece : {prefix[0], prefix[1], prefix[2], lead})
+    CStringA key = m_mapStack.TakeSpareKey();
+    char* to = key.GetBuffer(static_cast<int>(prefixLength + plainLength));
+    for (const std::string_view piece : {prefix[0], prefix[1], prefix[2], lead, name})
         to = std::copy(piece.begin(), piece.end(), to);
-    try {
-        AddEntry(strKey, plainLength);
-    } catch (const std::bad_alloc&) { // the caller's key stays what it was
-        std::memmove(text, plain, plainLength);
-        strKey.ReleaseBuffer(static_cast<int>(plainLength));
-        throw;
-    }
+    key.ReleaseBuffer(static_cast<int>(prefixLength + plainLength));
+    AddEntry(key, plainLength);
+    strKey = std::move(key); // nothing may fail any more
     if (m_nDepth == warningDepth) WarnOfDepth(strKey);
     if (IsTooDeep()) {
         std::string description = zyn::StackTime();
@@ -127,8 +122,7 @@ void StackLoggerThreadEl::Enter(CStringA& strKey, std::string_view lead, std::st
         m_nRepeatDepth = 0;
     }
     if (m_strLastFun.View() == plainKey()) return;
-    m_strLastFun.Empty();
-    m_strLastFun.Append(plainKey());
+    m_strLastFun = plainKey();
 }
 
 bool StackLoggerThreadEl::IsTooDeep() const {
@@ -137,11 +131,7 @@ bool StackLoggerThreadEl::IsTooDeep() const {
 
 void StackLoggerThreadEl::AddEntry(const CStringA& strKey, std::size_t plainLength) {
     // Room for the last function's name and for one entry more now: once the entry is in, nothing may fail.
-    const int lastLength = m_strLastFun.GetLength();
-    if (m_strLastFun.View().size() < plainLength) {
-        m_strLastFun.GetBuffer(static_cast<int>(plainLength));
-        m_strLastFun.ReleaseBuffer(lastLength);
-    }
+    m_strLastFun.Preallocate(static_cast<int>(plainLength));
     m_aAgain.reserve(m_aAgain.size() + 1);
     const std::int32_t entries = m_mapStack.GetSize();
     const int index = m_mapStack.Push(strKey);

@@ -26,13 +26,6 @@ int Position(std::size_t found) {
     return found == std::string_view::npos ? -1 : static_cast<int>(found);
 }
 
-std::string Narrow(const WCHAR* text) {
-    const std::size_t length = text ? std::char_traits<WCHAR>::length(text) : 0;
-    std::string narrow(zynplatform::NarrowLength(zynplatform::ansiCodePage, text, length), '\0');
-    zynplatform::ToNarrow(zynplatform::ansiCodePage, text, length, narrow.data());
-    return narrow;
-}
-
 // Gives the text to `use`; it is empty where it cannot be formed.
 template <class Use> void WithFormatted(const char* format, std::va_list arguments, Use use) {
     char buffer[512]; // as most texts fit, most are formed once
@@ -54,8 +47,16 @@ template <class Use> void WithFormatted(const char* format, std::va_list argumen
 
 } // namespace
 
-CStringA::CStringA(const WCHAR* text) : m_text(Narrow(text)) {
-    Checked(m_text);
+CStringA::CStringA(const WCHAR* text) {
+    const std::size_t length = text ? std::char_traits<WCHAR>::length(text) : 0;
+    const std::size_t narrow = zynplatform::NarrowLength(zynplatform::ansiCodePage, text, length);
+    if (narrow > INT_MAX) ThrowTooLong();
+    zynplatform::ToNarrow(zynplatform::ansiCodePage, text, length, m_text.Resize(narrow));
+}
+
+CStringA::CStringA(char character, int count) {
+    const std::size_t length = Clamp(count);
+    std::fill_n(m_text.Resize(length), length, character);
 }
 
 CStringA& CStringA::operator=(const WCHAR* text) {
@@ -67,26 +68,26 @@ void CStringA::ThrowTooLong() {
 }
 
 CStringA& CStringA::Append(std::string_view text) {
-    if (text.size() > static_cast<std::size_t>(INT_MAX) - m_text.size()) AfxThrowMemoryException();
-    m_text.append(text);
+    if (text.size() > static_cast<std::size_t>(INT_MAX) - m_text.Length()) AfxThrowMemoryException();
+    m_text.Append(text);
     return *this;
 }
 
 CStringA CStringA::Joined(std::string_view left, std::string_view right) {
+    if (right.size() > INT_MAX - Checked(left).size()) ThrowTooLong();
     CStringA joined;
-    joined.m_text.reserve(left.size() + right.size());
-    joined.m_text = left;
-    joined.Append(right);
+    joined.m_text.Reserve(left.size() + right.size());
+    joined.m_text.Append(left);
+    joined.m_text.Append(right);
     return joined;
 }
 
 CStringA CStringA::Left(int count) const {
-    return CStringA(View().substr(0, Clamp(count)));
+    return Mid(0, count);
 }
 
 CStringA CStringA::Right(int count) const {
-    const std::size_t length = std::min(Clamp(count), m_text.size());
-    return CStringA(View().substr(m_text.size() - length));
+    return Mid(GetLength() - std::min(std::max(count, 0), GetLength()));
 }
 
 CStringA CStringA::Mid(int first) const {
@@ -94,11 +95,12 @@ CStringA CStringA::Mid(int first) const {
 }
 
 CStringA CStringA::Mid(int first, int count) const {
-    return CStringA(View().substr(std::min(Clamp(first), m_text.size()), Clamp(count)));
+    const auto part = View().substr(std::min(Clamp(first), m_text.Length()), Clamp(count));
+    return part.size() == m_text.Length() ? *this : CStringA(part);
 }
 
 int CStringA::Find(char character, int start) const {
-    return Position(m_text.find(character, Clamp(start)));
+    return Position(View().find(character, Clamp(start)));
 }
 
 int CStringA::Find(const char* text, int start) const {
@@ -106,20 +108,20 @@ int CStringA::Find(const char* text, int start) const {
 }
 
 int CStringA::Find(std::string_view text, int start) const {
-    if (Clamp(start) > m_text.size()) return -1;
+    if (Clamp(start) > m_text.Length()) return -1;
     return Position(text.empty() ? Clamp(start) : FindText(View(), text, Clamp(start)));
 }
 
 int CStringA::ReverseFind(char character) const {
-    return Position(m_text.rfind(character));
+    return Position(View().rfind(character));
 }
 
 int CStringA::Replace(char from, char to) {
-    if (from == to) return 0;
+    if (from == to || Find(from) < 0) return 0;
     int changed = 0;
-    for (char& c : m_text)
-        if (c == from) {
-            c = to;
+    for (char *c = Own(), *const end = c + m_text.Length(); c != end; ++c)
+        if (*c == from) {
+            *c = to;
             ++changed;
         }
     return changed;
@@ -130,59 +132,66 @@ int CStringA::Replace(const char* from, const char* to) {
     const std::string_view replacement(to ? to : "");
     if (pattern.empty()) return 0;
     int changed = 0;
-    std::string result;
+    CStringA result;
     std::size_t copied = 0;
-    for (std::size_t hit; (hit = FindText(View(), pattern, copied)) != std::string::npos;
+    for (std::size_t hit; (hit = FindText(View(), pattern, copied)) != std::string_view::npos;
          copied = hit + pattern.size()) {
-        Checked(result.append(m_text, copied, hit - copied).append(replacement));
+        result.Append(View().substr(copied, hit - copied)).Append(replacement);
         ++changed;
     }
     if (changed == 0) return 0;
-    Checked(result.append(m_text, copied));
-    m_text = std::move(result);
+    *this = std::move(result.Append(View().substr(copied)));
     return changed;
 }
 
 int CStringA::Remove(char character) {
-    return static_cast<int>(std::erase(m_text, character));
+    if (Find(character) < 0) return 0;
+    char *const text = Own(), *const end = text + m_text.Length();
+    const auto removed = end - std::remove(text, end, character);
+    m_text.Resize(m_text.Length() - static_cast<std::size_t>(removed));
+    return static_cast<int>(removed);
+}
+
+// A part of the text in the place of the whole.
+CStringA& CStringA::Keep(std::string_view part) {
+    if (part.size() != m_text.Length()) m_text.Assign(part);
+    return *this;
 }
 
 CStringA& CStringA::TrimLeft() {
-    m_text.erase(0, m_text.find_first_not_of(whiteSpace));
-    return *this;
+    return Keep(View().substr(std::min(View().find_first_not_of(whiteSpace), m_text.Length())));
 }
 
 CStringA& CStringA::TrimRight() {
-    m_text.erase(m_text.find_last_not_of(whiteSpace) + 1);
-    return *this;
+    return Keep(View().substr(0, View().find_last_not_of(whiteSpace) + 1));
 }
 
 CStringA& CStringA::TrimLeft(char character) {
-    m_text.erase(0, m_text.find_first_not_of(character));
-    return *this;
+    return Keep(View().substr(std::min(View().find_first_not_of(character), m_text.Length())));
 }
 
 CStringA& CStringA::TrimRight(char character) {
-    m_text.erase(m_text.find_last_not_of(character) + 1);
-    return *this;
+    return Keep(View().substr(0, View().find_last_not_of(character) + 1));
 }
 
 CStringA& CStringA::MakeLower() {
-    std::transform(m_text.begin(), m_text.end(), m_text.begin(), zynplatform::Cp1251Lower);
+    char* const text = Own();
+    std::transform(text, text + m_text.Length(), text, zynplatform::Cp1251Lower);
     return *this;
 }
 
 CStringA& CStringA::MakeUpper() {
-    std::transform(m_text.begin(), m_text.end(), m_text.begin(), zynplatform::Cp1251Upper);
+    char* const text = Own();
+    std::transform(text, text + m_text.Length(), text, zynplatform::Cp1251Upper);
     return *this;
 }
 
 int CStringA::Compare(const char* text) const {
-    return std::strcmp(m_text.c_str(), text ? text : "");
+    return std::strcmp(m_text.Get(), text ? text : "");
 }
 
 int CStringA::CompareNoCase(const char* text) const {
-    const char* left = m_text.c_str();
+    const char* left = m_text.Get();
     const char* right = text ? text : "";
     for (;; ++left, ++right) {
         const int difference = static_cast<unsigned char>(zynplatform::Cp1251Lower(*left)) -
@@ -199,7 +208,7 @@ void CStringA::Format(const char* format, ...) {
 }
 
 void CStringA::FormatV(const char* format, std::va_list arguments) {
-    WithFormatted(format, arguments, [this](std::string_view text) { m_text = text; });
+    WithFormatted(format, arguments, [this](std::string_view text) { m_text.Assign(text); });
 }
 
 void CStringA::AppendFormat(const char* format, ...) {
@@ -212,28 +221,27 @@ void CStringA::AppendFormat(const char* format, ...) {
 CStringA CStringA::Tokenize(const char* delimiters, int& position) const {
     const std::string_view set(delimiters ? delimiters : "");
     const std::size_t start =
-        position < 0 ? std::string::npos : m_text.find_first_not_of(set, Clamp(position));
-    if (start == std::string::npos) {
+        position < 0 ? std::string_view::npos : View().find_first_not_of(set, Clamp(position));
+    if (start == std::string_view::npos) {
         position = -1;
         return {};
     }
-    const std::size_t end = std::min(m_text.find_first_of(set, start), m_text.size());
+    const std::size_t end = std::min(View().find_first_of(set, start), m_text.Length());
     position = static_cast<int>(end) + 1;
     return CStringA(View().substr(start, end - start));
 }
 
 char* CStringA::GetBuffer(int length) {
-    if (length > GetLength()) m_text.resize(Clamp(length));
-    return m_text.data();
+    return m_text.Lend(std::max(Clamp(length), m_text.Length()));
 }
 
 void CStringA::ReleaseBuffer(int length) {
-    m_text.resize(length < 0 ? std::strlen(m_text.c_str()) : Clamp(length));
+    m_text.Resize(length < 0 ? std::strlen(m_text.Get()) : Clamp(length));
 }
 
 bool CStringA::GetEnvironmentVariable(const char* name) {
     std::string value;
     const bool found = zynplatform::GetEnvironmentPath(name, value);
-    m_text = std::move(value);
+    *this = value;
     return found;
 }

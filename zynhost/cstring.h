@@ -1,5 +1,6 @@
 #pragma once
 
+#include "zynhost/sharedtext.h"
 #include "zynplatform/export.h"
 #include "zynplatform/types.h"
 
@@ -10,7 +11,6 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
-#include <utility>
 
 namespace zyn {
 
@@ -31,6 +31,9 @@ concept TextView =
 // with all its bytes, zeros too, and so is a std::string; it may be part of the string itself. Positions are
 // counted in bytes; -1 means "not found". Running out of memory throws std::bad_alloc, and so does a text of
 // 2 GiB or more, whose length an int can't tell. One object is for one thread at a time.
+//
+// A copy of a long text costs no memory: it is shared until one of the copies changes, which may belong to
+// different threads. What GetBuffer gave is shared with nobody before ReleaseBuffer.
 class ZYN_API CStringA {
 public:
     CStringA() = default;
@@ -40,44 +43,42 @@ public:
     // Converts with the system's code page; what it cannot hold becomes '?'.
     CStringA(const WCHAR* text);
     // A character, so many times, or a text with its length.
-    explicit CStringA(char character, int count = 1)
-        : m_text(count > 0 ? static_cast<std::size_t>(count) : 0, character) {}
+    explicit CStringA(char character, int count = 1);
     explicit CStringA(std::string_view text) : m_text(Checked(text)) {}
-    explicit CStringA(std::string&& text) : m_text((Checked(text), std::move(text))) {}
 
     // As the constructors.
     CStringA& operator=(const char* text) {
-        m_text = Checked(text ? text : "");
+        m_text.Assign(Checked(text ? text : ""));
         return *this;
     }
     CStringA& operator=(const WCHAR* text);
     template <zyn::TextView Text> CStringA& operator=(const Text& text) {
-        m_text = Checked(text);
+        m_text.Assign(Checked(text));
         return *this;
     }
     CStringA& operator=(char character) {
-        m_text.assign(1, character);
+        m_text.Assign({&character, 1});
         return *this;
     }
 
     // The length in bytes; whether it is 0.
-    int GetLength() const { return static_cast<int>(m_text.size()); }
-    bool IsEmpty() const { return m_text.empty(); }
-    void Empty() { m_text.clear(); } // the length is 0 afterwards
+    int GetLength() const { return static_cast<int>(m_text.Length()); }
+    bool IsEmpty() const { return m_text.Length() == 0; }
+    void Empty() { m_text.Assign({}); } // the length is 0 afterwards
     // The text with the zero behind it, valid until the string changes.
-    const char* GetString() const { return m_text.c_str(); }
-    operator const char*() const { return m_text.c_str(); }
+    const char* GetString() const { return m_text.Get(); }
+    operator const char*() const { return m_text.Get(); }
     // The text with its length, zero bytes inside included; valid until the string changes.
-    std::string_view View() const { return m_text; }
+    std::string_view View() const { return m_text.View(); }
 
     // The character at an index from 0 to the length; there is none beyond it.
-    char GetAt(int index) const { return m_text[static_cast<std::size_t>(index)]; }
+    char GetAt(int index) const { return m_text.Get()[index]; }
     char operator[](int index) const { return GetAt(index); }
     template <std::integral Index>
     char operator[](Index index) const { // or the conversion above would do as well
-        return m_text[static_cast<std::size_t>(index)];
+        return m_text.Get()[static_cast<std::size_t>(index)];
     }
-    void SetAt(int index, char character) { m_text[static_cast<std::size_t>(index)] = character; }
+    void SetAt(int index, char character) { Own()[index] = character; }
 
     // Append to the text.
     CStringA& operator+=(const CStringA& text) { return Append(text.View()); }
@@ -137,6 +138,8 @@ public:
     // -1 with an empty result when there is none.
     CStringA Tokenize(const char* delimiters, int& position) const;
 
+    // Makes room for so many characters, where they are known to come.
+    void Preallocate(int length) { m_text.Reserve(length > 0 ? static_cast<std::size_t>(length) : 0); }
     // Room to write at least `length` characters in place; ReleaseBuffer then takes the length given, or with
     // -1 the text up to its first zero.
     char* GetBuffer(int length);
@@ -156,8 +159,11 @@ private:
         return text && length > 0 ? std::string_view(text, static_cast<std::size_t>(length)) : "";
     }
     [[noreturn]] static void ThrowTooLong();
+    // The text for writing in place.
+    char* Own() { return m_text.Resize(m_text.Length()); }
+    CStringA& Keep(std::string_view part);
 
-    std::string m_text;
+    zyn::SharedText m_text;
 };
 
 // The one text, then the other. A sum of several grows in one place.

@@ -67,6 +67,65 @@ TEST(CStringATest, TakesStandardTextsWithAllTheirBytes) {
     EXPECT_TRUE(copy.Find(""s, 12) == 12 && copy.Find(""s, 13) == -1 && IsNumber("0x1F"s, true));
 }
 
+// Texts that take each other over and are changed, each beside a std::string, which shares nothing; of
+// lengths on both sides of what an object holds in itself.
+TEST(CStringATest, CopiesThatShareATextChangeApart) {
+    std::mt19937 random(1);
+    CStringA texts[3];
+    std::string models[3];
+    for (int round = 0; round < 20'000; ++round) {
+        const auto from = random() % 3, at = random() % 3;
+        const std::size_t length = random() % 30;
+        const auto n = static_cast<int>(length);
+        CStringA& text = texts[at];
+        std::string& model = models[at];
+        if (model.size() > 100) text = text.Left(n), model.resize(length);
+        const std::string taken = models[from], added(length, 'a'), rest = model.substr(model.size() / 2);
+        const char* const ownRest = text.GetString() + model.size() / 2;
+        const std::function<void()> steps[] = {
+            [&] { text = texts[from], model = taken; },
+            [&] { text = texts[from].GetString(), model = taken; },
+            [&] { text = CStringA(std::move(texts[from])), models[from].clear(), model = taken; },
+            [&] { text += texts[from], model += taken; },
+            [&] { text = ownRest, model = rest; },
+            [&] { text += ownRest, model += rest; },
+            [&] { text = added, model = added; },
+            [&] { text.Preallocate(2 * n), (text += added) += 'b', model += added + 'b'; },
+            [&] { text.Empty(), model.clear(); },
+            [&] {
+                text.ReleaseBuffer(std::min(n, text.GetLength())),
+                    model.resize(std::min(length, model.size()));
+            },
+            [&] { text.Replace('a', 'c'), std::ranges::replace(model, 'a', 'c'); },
+            [&] {
+                char* const lent = text.GetBuffer(n);
+                const CStringA copy(text), copyOfCopy(copy);
+                std::fill_n(lent, n, 'd');
+                model.resize(std::max(length, model.size()));
+                EXPECT_EQ(model, copyOfCopy.View()); // as it was before it was written to
+                model.replace(0, length, length, 'd');
+                text.ReleaseBuffer(text.GetLength());
+            },
+        };
+        steps[random() % std::size(steps)]();
+        for (int i = 0; i < 3; ++i)
+            ASSERT_TRUE(texts[i].View() == models[i] && texts[i].GetString()[models[i].size()] == 0) << round;
+    }
+}
+
+TEST(CStringAThreadsTest, CopiesOfOneTextAreTheirThreadsOwn) {
+    const CStringA text('x', 100);
+    InFourThreads([&](char c) {
+        for (int i = 0; i < 1000; ++i) {
+            const CStringA copy(text);
+            CStringA changed(copy);
+            changed.SetAt(i % 100, c);
+            EXPECT_TRUE(changed[i % 100] == c && copy == text);
+        }
+    });
+    EXPECT_EQ(std::string(100, 'x'), text.View());
+}
+
 TEST(CStringATest, LackOfMemoryLeavesTheTextAsItWas) {
     CStringA text(std::string(100, 'x').c_str());
     const CStringA before(text);
