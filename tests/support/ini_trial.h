@@ -56,7 +56,9 @@ public:
         if (kind < 54)
             return All(rules.FindSection(section) ? "1" : "0",
                        [&](CzynINI& ini) { return ini.isGroupeSet(s); });
-        if (kind < 58) return All(rules.Pairs(section), [&](CzynINI& ini) { return Pairs(ini, s); });
+        if (kind < 58)
+            return All(rules.FindSection(section) ? rules.Pairs(section) : "Секция ini не найдена"_cp1251,
+                       [&](CzynINI& ini) { return Pairs(ini, s); });
         if (kind < 80) {
             rules.Write(section, key, text, comment);
             if (m_isDirect) Save();
