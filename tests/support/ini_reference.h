@@ -78,10 +78,9 @@ public:
         line.value = Trimmed(value);
     }
     void Delete(const std::string& name, const std::string& key) {
-        while (const Line* const line = FindLine(name, key)) {
-            std::vector<Line>& lines = FindSection(name)->lines;
-            lines.erase(lines.begin() + (line - lines.data()));
-        }
+        if (Section* const section = FindSection(name))
+            std::erase_if(section->lines,
+                          [&](const Line& line) { return !line.isNull && Folded(line.key) == Folded(key); });
     }
     bool RenameSection(const std::string& from, const std::string& to, const std::string& comment) {
         Section* const section = FindSection(from);

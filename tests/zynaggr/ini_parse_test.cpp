@@ -64,6 +64,5 @@ TEST_F(IniReloadTest, MissingFileChangesNothingAndIsNotMade) {
     }
     EXPECT_TRUE(ini.isFileExist() && ini.m_bReadOnly);
     clock.Pass(1001);
-    EXPECT_TRUE(ini.Parse());
-    EXPECT_FALSE(ini.m_bReadOnly);
+    EXPECT_TRUE(ini.Parse() && !ini.m_bReadOnly);
 }

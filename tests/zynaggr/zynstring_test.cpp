@@ -4,7 +4,6 @@
 #include "zynaggr/zynstringw.h"
 #include "zynhost/stringresources.h"
 #include "zynplatform/codepage.h"
-#include "zynplatform/environment.h"
 #include "zynplatform/vectorcode_impl.h"
 
 #include <climits>
@@ -198,8 +197,6 @@ TYPED_TEST(StringTest, LoadsResourcesAndEnvironment) {
 
     const auto name = this->T("ПЕРЕМЕННАЯ"_cp1251);
     const Variable variable("ПЕРЕМЕННАЯ", "Ёж"); // UTF-8, as the system has it
-    std::string path;
-    EXPECT_TRUE(zynplatform::GetEnvironmentPath("ПЕРЕМЕННАЯ"_cp1251, path) && path == "Ёж"_cp1251);
     EXPECT_EQ(1, text.GetEnvironmentVariableA(name.c_str()));
     EXPECT_EQ(this->T("Ёж"_cp1251), this->Content(text));
     EXPECT_EQ(4u, text.m_nSize);
@@ -328,8 +325,6 @@ TYPED_TEST(StringTest, RandomOperationsAgreeWithTheModel) {
     };
     typename TestFixture::String string;
     Model<C> model;
-    constexpr int lacksMemory = -1;
-    int failures = 0;
     for (int round = 0; round < 100'000; ++round) {
         std::basic_string<C> text = pickText(pick(6)), other = pickText(pick(4));
         const C* own = nullptr; // a piece of the string itself now and then, or of the room behind it
@@ -341,16 +336,14 @@ TYPED_TEST(StringTest, RandomOperationsAgreeWithTheModel) {
         const C c = static_cast<C>('a' + pick(3));
         const unsigned step = pick(16);
         const int n = static_cast<int>(pick(12));
-        int result = 0;
+        std::optional<int> result;
         try {
             const FailingNew failing(pick(4) == 0 ? 1 : LONG_MAX);
             result = Change(string, step, own ? own : text.c_str(), other.c_str(), c, n);
         } catch (const std::bad_alloc&) {
-            result = lacksMemory;
-            ++failures;
         }
-        if (result != lacksMemory) {
-            ASSERT_EQ(Change(model, step, text.c_str(), other.c_str(), c, n), result);
+        if (result) {
+            ASSERT_EQ(Change(model, step, text.c_str(), other.c_str(), c, n), *result);
         }
         ASSERT_EQ(model.text, this->Content(string)) << round << ", step " << step;
         ASSERT_EQ(model.size, string.m_nSize) << round << ", step " << step;
@@ -366,7 +359,6 @@ TYPED_TEST(StringTest, RandomOperationsAgreeWithTheModel) {
         string.Empty();
         model.SetSize(0);
     }
-    EXPECT_GT(failures, 1000);
 }
 
 } // namespace
