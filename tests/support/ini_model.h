@@ -7,6 +7,7 @@
 #include "zynplatform/tick.h"
 
 #include <atomic>
+#include <sstream>
 
 inline const CStringA readOnlyText("Файл ini доступен только для чтения"_cp1251);
 inline const CStringA openFailedText = CStringA("Ошибка при открытии файла: "_cp1251) +
@@ -31,40 +32,27 @@ class OpenIni : public CzynINI {
 public:
     explicit OpenIni(const char* name = nullptr) : CzynINI(name) {}
 
-    using CzynINI::ComposeText;
-    using CzynINI::FindCreateOption;
-    using CzynINI::InternalSave;
-    using CzynINI::m_aSections;
-    using CzynINI::m_bReadOnly;
-    using CzynINI::m_bWriteMode;
-    using CzynINI::m_nEncoding;
-    using CzynINI::m_sErr;
-    using CzynINI::m_sIniName;
-    using CzynINI::ModelChanged;
-    using CzynINI::Parse;
-    using CzynINI::ParseText;
-    using CzynINI::PrintInfoWithSaveFlags;
+    using CzynINI::ComposeText, CzynINI::FindCreateOption, CzynINI::InternalSave, CzynINI::m_aSections,
+        CzynINI::m_bReadOnly, CzynINI::m_bWriteMode, CzynINI::m_nEncoding, CzynINI::m_sErr,
+        CzynINI::m_sIniName, CzynINI::ModelChanged, CzynINI::Parse, CzynINI::ParseText,
+        CzynINI::PrintInfoWithSaveFlags;
 
     // The sections as "<name|tail>", each followed by its lines: "{key:value}", "{=:value}" for a pair with
     // an empty key, "{:text}" for a line that is no pair, "{}" for an empty slot. With `state` the insertion
     // point and the header flags follow the name: "<name|tail|3|2>".
     std::string Model(bool state = false) const {
-        std::string model;
-        for (int i = 0; i < m_aSections.GetSize(); ++i) {
-            const SSection& section = *m_aSections.GetAt(i);
-            model += "<" + std::string(section.m_sName.View()) + "|" + std::string(section.m_sTail.View());
-            if (state)
-                model +=
-                    "|" + std::to_string(section.m_nInsertPos) + "|" + std::to_string(section.m_nHeaderFlags);
-            model += ">";
-            for (int k = 0; k < section.m_aOptions.GetSize(); ++k) {
-                const SOption* const option = section.m_aOptions.GetAt(k);
-                model += option && option->m_bEmptyKey ? "{=" : "{";
-                if (option) model.append(option->m_sKey.View()).append(":").append(option->m_sValue.View());
-                model += "}";
+        std::ostringstream model;
+        for (const SSection* const section : m_aSections) {
+            model << '<' << section->m_sName.View() << '|' << section->m_sTail.View();
+            if (state) model << '|' << section->m_nInsertPos << '|' << +section->m_nHeaderFlags;
+            model << '>';
+            for (const SOption* const option : section->m_aOptions) {
+                model << (option && option->m_bEmptyKey ? "{=" : "{");
+                if (option) model << option->m_sKey.View() << ':' << option->m_sValue.View();
+                model << '}';
             }
         }
-        return model;
+        return model.str();
     }
 };
 

@@ -78,10 +78,9 @@ public:
         line.value = Trimmed(value);
     }
     void Delete(const std::string& name, const std::string& key) {
-        while (const Line* const line = FindLine(name, key)) {
-            std::vector<Line>& lines = FindSection(name)->lines;
-            lines.erase(lines.begin() + (line - lines.data()));
-        }
+        if (Section* const section = FindSection(name))
+            std::erase_if(section->lines,
+                          [&](const Line& line) { return !line.isNull && Folded(line.key) == Folded(key); });
     }
     bool RenameSection(const std::string& from, const std::string& to, const std::string& comment) {
         Section* const section = FindSection(from);
@@ -99,12 +98,10 @@ public:
         Insert(section, {"", comment}, static_cast<std::size_t>(line - section.lines.data()));
         return true;
     }
-    // "key=value," for each pair, or why there is none.
+    // "key=value," for each pair.
     std::string Pairs(const std::string& name) {
-        const Section* const section = FindSection(name);
-        std::string pairs =
-            section ? "" : "\xD1\xE5\xEA\xF6\xE8\xFF ini \xED\xE5 \xED\xE0\xE9\xE4\xE5\xED\xE0";
-        for (const Line& line : section ? section->lines : std::vector<Line>())
+        std::string pairs;
+        for (const Line& line : FindSection(name)->lines)
             if (!line.key.empty()) pairs += line.key.c_str() + ("=" + line.value) + ",";
         return pairs;
     }
@@ -141,15 +138,14 @@ public:
 
     // The sections as OpenIni::Model has them.
     std::string Model() const {
-        std::string model;
+        std::ostringstream model;
         for (const Section& s : sections) {
-            model += "<" + s.name + "|" + s.tail + "|" + std::to_string(s.insertPos) + "|" +
-                     std::to_string(s.flags) + ">";
+            model << '<' << s.name << '|' << s.tail << '|' << s.insertPos << '|' << s.flags << '>';
             for (const Line& line : s.lines)
-                model +=
-                    line.isNull ? "{}" : (line.emptyKey ? "{=" : "{") + line.key + ":" + line.value + "}";
+                model << (line.isNull ? "{}"
+                                      : (line.emptyKey ? "{=" : "{") + line.key + ":" + line.value + "}");
         }
-        return model;
+        return model.str();
     }
 
     // Without white space at its ends.

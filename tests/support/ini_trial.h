@@ -7,7 +7,7 @@
 
 // A file that is edited in memory, by steps picked at random, in four ways at once: through a CzynINI, whose
 // names are indexed; through a derived class, of which nothing is; through one that would tell its changes;
-// and by the reference. Each step is false when they don't agree.
+// and by the reference; now and then each edit is saved at once. Each step is false when they don't agree.
 class IniTrial {
 public:
     using Pick = std::function<unsigned(unsigned)>; // of a number from 0 to one less than that
@@ -22,17 +22,20 @@ public:
                     : kind == 3 ? Name() + std::string("\0 \xC6=1\n", 6)
                                 : Name() + "=" + Name() + "\n";
         }
-        m_reference = IniReference(text);
+        m_reference = IniReference(m_saved = text);
         m_folder.Write("f.ini", text);
+        CzynINI::SetSyncToDisk(false);
         for (CzynINI* const ini : m_all) {
             ini->SetINI(m_folder.Path("f.ini"), false, 0);
-            ini->SetWriteMode(false);
+            ini->SetWriteMode(m_isDirect);
         }
         // So that there is an index from the first step on.
         for (const IniReference::Section& section : m_reference.sections)
             for (unsigned queries = m_pick(2) * 64; queries > 0; --queries)
                 All("0", [&](CzynINI& ini) { return ini.isParamSet(section.name.c_str(), "none"); });
     }
+
+    ~IniTrial() { CzynINI::SetSyncToDisk(true); }
 
     bool Step() {
         IniReference& rules = m_reference;
@@ -53,24 +56,34 @@ public:
         if (kind < 54)
             return All(rules.FindSection(section) ? "1" : "0",
                        [&](CzynINI& ini) { return ini.isGroupeSet(s); });
-        if (kind < 58) return All(rules.Pairs(section), [&](CzynINI& ini) { return Pairs(ini, s); });
+        if (kind < 58)
+            return All(rules.FindSection(section) ? rules.Pairs(section) : "Секция ini не найдена"_cp1251,
+                       [&](CzynINI& ini) { return Pairs(ini, s); });
         if (kind < 80) {
             rules.Write(section, key, text, comment);
+            if (m_isDirect) Save();
             return All("1", [&](CzynINI& ini) { return ini.WriteString(s, k, t, comment); });
         }
         if (kind < 84) {
             rules.Claim(section, key, comment).value = "-5";
+            if (m_isDirect) Save();
             return All("1", [&](CzynINI& ini) { return ini.WriteInt(s, k, -5, comment); });
         }
         if (kind < 96) {
             rules.Delete(section, key);
+            if (m_isDirect && rules.FindSection(section)) Save();
             return All("1", [&](CzynINI& ini) { return ini.Delete(s, k); });
         }
         if (kind < 98) {
             const bool asInt = kind == 97;
             std::string& value = rules.Claim(section, key, "").value;
-            if (asInt ? !IniReference::IsNumber(value) : value.empty()) value = "7", Save();
-            if (!asInt) return All(value, [&](CzynINI& ini) { return ini.GetString(s, k, "7", true); });
+            const bool isMade = asInt ? !IniReference::IsNumber(value) : value.empty();
+            if (isMade) value = "7", Save();
+            if (!asInt)
+                return All(isMade ? " 7 " : value, [&](CzynINI& ini) {
+                    CStringA result(" 7 "); // the default may be the value itself
+                    return ini.GetString(s, k, result, result, true), result;
+                });
             return All(std::to_string(IniReference::Number(value)),
                        [&](CzynINI& ini) { return ini.GetInt(s, k, 7, true); });
         }
@@ -80,8 +93,10 @@ public:
                            : "Группа опций [%s] была переименована. Старое название группы [%s]"_cp1251,
                     text.c_str(), (ofLine ? key : section).c_str());
         if (ofLine ? rules.RenameLine(section, key, text, note.GetString())
-                   : rules.RenameSection(section, text, note.GetString()))
+                   : rules.RenameSection(section, text, note.GetString())) {
             Save();
+            if (m_isDirect && !ofLine) rules = IniReference(m_saved); // the comment is a line like any other
+        }
         return All(
             "", [&](CzynINI& ini) { return ofLine ? ini.RenameParam(s, k, t) : ini.RenameGroupe(s, t), ""; });
     }
@@ -92,8 +107,10 @@ public:
         return m_walked.Model(true) == model && m_telling.Model(true) == model;
     }
     bool Flush() {
-        Save();
-        return All("1", [](CzynINI& ini) { return ini.Flush(); });
+        if (!m_isDirect) Save();
+        const bool changesMode = m_pick(2);
+        return All("1",
+                   [&](CzynINI& ini) { return changesMode ? ini.SetWriteMode(true), true : ini.Flush(); });
     }
 
 private:
@@ -126,18 +143,19 @@ private:
     static std::string Shown(const CStringA& text) { return std::string(text.View()); }
     static std::string Shown(int number) { return std::to_string(number); }
     template <class Act> bool All(const std::string& expected, Act act) {
-        const std::string saved = std::exchange(m_saved, "");
         return std::ranges::all_of(m_all, [&](CzynINI* ini) {
-            return Shown(act(*ini)) == expected && (saved.empty() || m_folder.Read("f.ini") == saved);
+            return Shown(act(*ini)) == expected &&
+                   ((!m_isDirect && m_pick(8)) || m_folder.Read("f.ini") == m_saved);
         });
     }
     void Save() { m_saved = m_reference.Text(); }
 
     const StandingClock m_clock;
     const TempFolder m_folder;
-    Pick m_pick;
+    const Pick m_pick;
+    const bool m_isDirect = m_pick(4) == 0;
     IniReference m_reference{""};
-    std::string m_saved; // what a step is to write
+    std::string m_saved; // what the file is to hold
     CzynINI m_indexed;
     OpenIni m_walked;
     Telling m_telling;

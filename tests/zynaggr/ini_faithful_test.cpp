@@ -134,7 +134,7 @@ TEST_F(IniFaithfulTest, WhatTheCodePageLacksSurvivesInEveryEncodingAndMode) {
                 return encoding.mark + Converted(utf8, "UTF-8", encoding.name);
             };
             ini.SetFaithful(faithful);
-            Load(in(text));
+            Load(in(text).substr(faithful || encoding.number != zynEncUTF8 ? 0 : 3)); // which gets a mark
             EXPECT_EQ(encoding.number, ini.GetFileEncoding());
             EXPECT_TRUE(ini.WriteString("z", "q", "х"_cp1251, nullptr));
             EXPECT_TRUE(ini.WriteString("z", "q", "ё"_cp1251, nullptr));
@@ -146,7 +146,7 @@ TEST_F(IniFaithfulTest, WhatTheCodePageLacksSurvivesInEveryEncodingAndMode) {
             EXPECT_FALSE(ini.GetStringUtf8("M?ller", "名", value) || ini.GetStringUtf8("Müller", "?", value));
             EXPECT_TRUE(ini.WriteStringUtf8("Müller", "КЛЮЧ", " 100 ₽ 😀"));
             EXPECT_EQ(in(edited), File());
-            EXPECT_TRUE(ini.GetStringUtf8("Müller", "ключ", value) && value == "100 ₽ 😀");
+            EXPECT_EQ(in(text), Backup());
             EXPECT_TRUE(ini.RenameParamUtf8("Müller", "ключ", "ключ₽") &&
                         ini.RenameParamUtf8("Müller", "ключ₽", "ключ") &&
                         ini.RenameGroupeUtf8("Müller", "日本") && ini.RenameGroupeUtf8("日本", "Müller"));

@@ -1,8 +1,6 @@
 #include "support/ini_model.h"
 
-#include <atomic>
 #include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -13,16 +11,6 @@ bool IsWhole(const std::string& text) {
     return text.starts_with(top) && text.ends_with(bottom);
 }
 
-// What one of the processes does: edits of its own keys, each saved at once. Its exit status: how many were
-// refused.
-int EditAll(const CStringA& name, char prefix, int edits) {
-    int refused = 0;
-    CzynINI ini(name);
-    for (int i = 0; i < edits; ++i)
-        refused += !ini.WriteString("own", CStringA(prefix), std::to_string(i).c_str(), nullptr);
-    return refused;
-}
-
 } // namespace
 
 TEST(IniThreadsTest, OneObjectServesSeveralThreads) {
@@ -30,18 +18,16 @@ TEST(IniThreadsTest, OneObjectServesSeveralThreads) {
     folder.Write("f.ini", top + "\r\n[own]\r\n\r\n" + bottom);
     CzynINI ini(folder.Path("f.ini"));
     std::atomic<int> failures{0};
-    const auto work = [&](const char* key) {
-        for (int i = 0; i < 60; ++i) {
+    InFourThreads([&](char name) {
+        const CStringA key(name);
+        for (int i = 0; i < 30; ++i) {
             CStringArray keys;
             if (!ini.WriteInt("own", key, i, nullptr) || ini.GetInt("own", key, -1, false) != i) ++failures;
             if (i % 20 == 0) ini.SetNeedReload();
             if (!ini.GetListKeys("own", keys) || !ini.isGroupeSet("last") || !ini.isFileExist()) ++failures;
             if (i % 10 == 9 && !ini.Delete("own", key)) ++failures;
         }
-    };
-    std::thread first(work, "a"), second(work, "b");
-    first.join();
-    second.join();
+    });
     EXPECT_EQ(0, failures);
     EXPECT_TRUE(IsWhole(folder.Read("f.ini")));
 }
@@ -50,11 +36,16 @@ TEST(IniThreadsTest, ProcessesOnOneFileWaitForEachOtherAndNeverDamageIt) {
     const TempFolder folder;
     folder.Write("f.ini", top + "\r\n[own]\r\n\r\n" + bottom);
     const CStringA name = folder.Path("f.ini");
-    for (const char prefix : {'a', 'b', 'c', 'd'})
-        if (fork() == 0) _exit(EditAll(name, prefix, 500));
+    int status = 0, refused = 0;
+    for (const char* const key : {"a", "b", "c", "d"}) {
+        if (fork() != 0) continue;
+        CzynINI ini(name);
+        for (int i = 0; i < 500; ++i) // each is saved at once
+            refused += !ini.WriteInt("own", key, i, nullptr);
+        _exit(refused);
+    }
     // This process reads meanwhile.
     const StandingClock clock;
-    int status = 0, refused = 0;
     for (int running = 4; running > 0; usleep(500)) {
         OpenIni reader(name);
         if (reader.isParamSet("first", "start"))

@@ -2,11 +2,6 @@
 
 #include "support/ini_model.h"
 
-#include <sys/wait.h>
-#include <unistd.h>
-
-namespace {
-
 using IniTransactionTest = IniFileTest;
 
 TEST_F(IniTransactionTest, CollectsEveryEditAndSavesThemTogetherOrNotAtAll) {
@@ -54,24 +49,3 @@ TEST_F(IniTransactionTest, FailedCommitCanBeTriedAgain) {
     EXPECT_TRUE(edits.Commit());
     EXPECT_EQ("[s]\r\nk=1\r\n", File());
 }
-
-TEST(IniTransactionThreads, GuardedIncrementsOfSeveralProcessesAreAllThere) {
-    const TempFolder folder;
-    const CStringA name = folder.Path("f.ini");
-    for (int process = 0; process < 4; ++process) {
-        if (fork() != 0) continue;
-        CzynINI ini(name);
-        bool isDone = true;
-        for (int i = 0; i < 500; ++i) {
-            CzynINITransaction edits(ini);
-            isDone = isDone && edits.IsBegun() &&
-                     ini.WriteInt("s", "n", ini.GetInt("s", "n", 0, false) + 1, nullptr) && edits.Commit();
-        }
-        _exit(isDone ? 0 : 1);
-    }
-    for (int status = 0; wait(&status) > 0;)
-        EXPECT_EQ(0, status);
-    EXPECT_EQ(2000, CzynINI(name).GetInt("s", "n", 0, false));
-}
-
-} // namespace

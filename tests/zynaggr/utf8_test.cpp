@@ -1,12 +1,5 @@
+#include "support/test.h"
 #include "zynaggr/utf8.h"
-
-#include "zynplatform/cp1251.h"
-
-#include <gtest/gtest.h>
-#include <tuple>
-
-using namespace std::literals;
-using namespace zynplatform::literals;
 
 TEST(Utf8, ConvertsBothWaysAndSaysWhatIsLost) {
     const std::tuple<std::string, std::string, bool> cases[] = {

@@ -3,15 +3,6 @@
 
 #include "support/csv_model.h"
 #include "support/host.h"
-#include "zynplatform/cp1251.h"
-
-#include <gtest/gtest.h>
-#include <random>
-
-using namespace std::literals;
-using namespace zynplatform::literals;
-
-namespace {
 
 TEST(Csv, SplitsAsTheRulesDoOneCharacterAtATime) {
     CStringArray fields;
@@ -20,13 +11,6 @@ TEST(Csv, SplitsAsTheRulesDoOneCharacterAtATime) {
         EXPECT_TRUE(CzynCSV::StrToArray(text.c_str(), fields, separator, escapes));
         return Texts(fields);
     };
-    const std::pair<const char*, Row> cases[] = {
-        {"  a, b ,c,", {"a", "b ", "c", ""}}, {R"("a" , "b")", {R"(a","b)"}},
-        {R"(""  ,b)", {"  ", "b"}},           {R"("x""y""  ,"" z,c)", {R"(x"y")", "\" z,c"}},
-        {R"("a""  )", {R"(a"  )"}},           {"a\tb,\"c\td\"", {"ab", "c\td"}},
-    };
-    for (const auto& [text, expected] : cases)
-        EXPECT_EQ(split(text, ',', false), expected) << text;
     EXPECT_EQ(split(R"("a\\b\nc\d")", ',', true), (Row{"a\\b\ncd"}));
     EXPECT_FALSE(CzynCSV::StrToArray(nullptr, fields, ',', false) || fields.GetSize() != 0);
 
@@ -48,7 +32,7 @@ TEST(Csv, ReadsRecordsThatRunOverSeveralLines) {
     CzynCSV csv(';'), copy;
     CStringArray fields;
     EXPECT_FALSE(csv.OpenFile(nullptr) || csv.OpenFile(name) || csv.ReadString(fields));
-    folder.Write("f", "\"a\r\nb\"\r\n\n\\n;z\0;\r;x\n\"1\n2\",\"3\n4\",5\r\n6,\"\n7,\n8"sv);
+    folder.Write("f", "\"a\r\nb\"\r\n\n\\n;z\0;\r;x\n\"1\n2\",\"3\n4\",5\r\n6,\"\n7,\n8"s);
     ASSERT_TRUE(csv.OpenFile(name));
     EXPECT_FALSE(CzynFile().Open(name, CFile::modeReadWrite | CFile::shareDenyNone, nullptr));
     for (int round = 0; round < 2; ++round) {
@@ -64,13 +48,7 @@ TEST(Csv, ReadsRecordsThatRunOverSeveralLines) {
 
 TEST(Csv, FilesOfOtherProgramsAreReadAsTheyMeanThem) {
     const std::pair<std::string, std::vector<Row>> cases[] = {
-        {"first,address\nJohn,\"120 any st., Anytown\"\n",
-         {{"first", "address"}, {"John", "120 any st., Anytown"}}},
         {"a,b,c\r\n1,\"\",\"\"\r\n2,3,\r\n", {{"a", "b", "c"}, {"1", "", ""}, {"2", "3", ""}}},
-        {"a,b\n1,\"ha \"\"ha\"\" ha\"\n\"\"\"\",\"\"\"x\"",
-         {{"a", "b"}, {"1", "ha \"ha\" ha"}, {"\"", "\"x"}}},
-        {"k,v\n1,\"{\"\"t\"\": \"\"P\"\", \"\"c\"\": [1, 2]}\"\n",
-         {{"k", "v"}, {"1", R"({"t": "P", "c": [1, 2]})"}}},
         {"a\n\"Once \nupon\r\n\na time\",5\r\n7", {{"a"}, {"Once \nupon\r\n\na time", "5"}, {"7"}}},
         {"\xEF\xBB\xBF\"a\",\"b\",\"c\"\n \xCA\xA4 , \"x\" \n\n",
          {{"a", "b", "c"}, {" \xCA\xA4 ", " \"x\" "}, {""}}},
@@ -136,5 +114,3 @@ TEST(Csv, ReadsATableAndKeepsItWhenTheColumnsDiffer) {
     }
     EXPECT_STREQ(host.boxes.back().c_str(), "16 Количество колонок в строках неодинаково!"_cp1251);
 }
-
-} // namespace

@@ -1,12 +1,5 @@
+#include "support/test.h"
 #include "zynaggr/zynstringadapter.h"
-#include "zynplatform/cp1251.h"
-
-#include <gtest/gtest.h>
-
-#include <string>
-#include <type_traits>
-
-using namespace zynplatform::literals;
 
 namespace {
 

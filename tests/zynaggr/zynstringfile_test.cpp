@@ -167,49 +167,43 @@ TEST_F(ZynStringFileTest, WritingInsertsCarriageReturnsAndAppendsAtTheEnd) {
 
 constexpr unsigned emptying = CFile::modeCreate | CFile::modeWrite;
 
-TEST_F(ZynStringFileTest, FileOpenedToBeEmptiedIsExclusiveAndKeepsItsContentUntilClosed) {
-    Open("old content", emptying);
-    CzynStringFile other;
-    EXPECT_EQ(0, other.Open(folder.Path("f"), CFile::shareDenyNone, zynEncUnknown));
-    EXPECT_STREQ("Ошибка при открытии файла: Файл занят другим процессом."_cp1251, other.GetErrorMessage());
-    EXPECT_EQ("old content", folder.Read("f"));
-    EXPECT_EQ(1, file.Load2Memory()); // it is empty to its user
-    EXPECT_EQ(0u, file._GetDataSize());
-    file.Close();
-    EXPECT_EQ("", folder.Read("f"));
-    EXPECT_EQ(0, file.Open(folder.Path("none/f"), emptying, zynEncUnknown));
-    EXPECT_STREQ("Ошибка при открытии файла: Путь не найден."_cp1251, file.GetErrorMessage());
-}
-
-TEST_F(ZynStringFileTest, FileOpenedToBeEmptiedIsEmptyToEveryOperationOfItsOwn) {
-    enum Act { nothing, raw, length, text };
-    const std::tuple<unsigned, Act, std::string> cases[] = {
+TEST_F(ZynStringFileTest, FileOpenedToBeEmptiedIsEmptyToItsUserAloneUntilItIsWritten) {
+    const auto nothing = [](CzynStringFile&) { return false; };
+    const auto raw = [](CzynStringFile& f) { return f.Write("raw bytes", 9); };
+    const auto text = [](CzynStringFile& f) { return f.WriteString("text") != 0; };
+    constexpr unsigned shared = emptying | CFile::shareDenyNone;
+    const std::tuple<unsigned, bool (*)(CzynStringFile&), std::string> cases[] = {
         {emptying, nothing, ""},
         {emptying, raw, "raw bytes"},
-        {emptying, length, "\0\0\0\0"s},
+        {emptying, [](CzynStringFile& f) { return f.SetLength(4); }, "\0\0\0\0"s},
         {emptying, text, "text"},
-        {emptying | CFile::shareDenyNone, text, "text"},
+        {shared, text, "text"},
         {CFile::modeCreate | CFile::modeRead, raw, ""}, // for reading only
     };
+    CzynStringFile other;
     for (const auto& [flags, act, after] : cases) {
         Open("old content", flags);
-        EXPECT_EQ(0, file.GetLength());
+        const bool isExclusive = flags == emptying;
+        EXPECT_EQ(isExclusive ? "old content" : "", folder.Read("f"));
         char byte;
-        EXPECT_EQ(0u, file.Read(&byte, 1));
-        const bool isDone = act == raw      ? file.Write("raw bytes", 9)
-                            : act == length ? file.SetLength(4)
-                            : act == text   ? file.WriteString("text") != 0
-                                            : false;
-        EXPECT_EQ(!after.empty(), isDone);
+        EXPECT_TRUE(file.GetLength() == 0 && file.Read(&byte, 1) == 0);
+        if (isExclusive) {
+            EXPECT_TRUE(!other.Open(folder.Path("f"), CFile::shareDenyNone, zynEncUnknown));
+            EXPECT_TRUE(file.Load2Memory() && file._GetDataSize() == 0);
+        }
+        EXPECT_EQ(!after.empty(), act(file));
         file.Close();
-        EXPECT_EQ(after, folder.Read("f")) << flags << act;
+        EXPECT_EQ(after, folder.Read("f")) << flags;
     }
+    EXPECT_STREQ("Ошибка при открытии файла: Файл занят другим процессом."_cp1251, other.GetErrorMessage());
+    EXPECT_EQ(0, file.Open(folder.Path("none/f"), emptying, zynEncUnknown));
+    EXPECT_STREQ("Ошибка при открытии файла: Путь не найден."_cp1251, file.GetErrorMessage());
     Open("old content");
-    std::filesystem::remove(folder.Native("f")); // and a file that is deleted meanwhile comes back
+    fs::remove(folder.Native("f")); // and a file that is deleted meanwhile comes back
     EXPECT_TRUE(file.WriteString("again") && file.Flush());
     EXPECT_EQ("again", folder.Read("f"));
-    Open("old content", emptying | CFile::shareDenyNone); // the one that writes nothing destroys nothing
-    CzynStringFile other(folder.Path("f"), emptying | CFile::shareDenyNone);
+    Open("old content", shared); // the one that writes nothing destroys nothing
+    ASSERT_NE(0, other.Open(folder.Path("f"), shared, zynEncUnknown));
     EXPECT_TRUE(other.WriteString("text") && other.Flush());
     file.Close();
     EXPECT_EQ("text", folder.Read("f"));
@@ -217,50 +211,46 @@ TEST_F(ZynStringFileTest, FileOpenedToBeEmptiedIsEmptyToEveryOperationOfItsOwn) 
 
 // What the file is to everybody else stays, whether it can be replaced or must be written over.
 TEST_F(ZynStringFileTest, FlushChangesNothingButTheText) {
-    const auto path = [&](const char* name) { return folder.Native(name); };
-    const std::tuple<std::string, bool, void (*)(const TempFolder&)> cases[] = {
-        {"a file", true, [](const TempFolder&) {}},
-        {"a link", true,
-         [](const TempFolder& in) {
-             fs::create_directory(in.Native("d"));
-             fs::rename(in.Native("f"), in.Native("d/target"));
-             fs::create_symlink("d/target", in.Native("f"));
-         }},
-        {"the temporary of a killed process", true,
-         [](const TempFolder& in) { in.Write(".f.zynsave", "half"); }},
-        {"a foreign folder in the temporary's place", false,
-         [](const TempFolder& in) { fs::create_directory(in.Native(".f.zynsave")); }},
-        {"a second name", false,
-         [](const TempFolder& in) { fs::create_hard_link(in.Native("f"), in.Native("g")); }},
+    const std::pair<std::string, bool> cases[] = {
+        {"true", true},
+        {"mkdir d && mv f d/target && ln -s d/target f", true},
+        {"echo half >.f.zynsave", true}, // of a process that was killed
+        {"mkdir .f.zynsave", false},
+        {"ln f second", false},
     };
-    for (const auto& [name, isReplaced, prepare] : cases) {
-        file.Close();
-        for (const auto& entry : fs::directory_iterator(folder.Native()))
-            fs::remove_all(entry);
-        folder.Write("f", "the old content");
-        prepare(folder);
-        const std::string f = path("f").string();
+    for (unsigned i = 0; i < 2 * std::size(cases); ++i) {
+        const auto& [prepare, isReplaced] = cases[i / 2];
+        SCOPED_TRACE(prepare);
+        const bool keepsOld = i % 2; // as a backup
+        const TempFolder in;
+        CzynStringFile text, other;
+        in.Write("f", "the old content");
+        ASSERT_EQ(0, std::system(("cd " + in.Native().string() + " && " + prepare).c_str()));
+        const std::string f = in.Native("f").string(), bak = f + ".bak";
+        const bool isLink = fs::is_symlink(f);
         const bool isRoot = chown(f.c_str(), 1234, 2345) == 0;
         chmod(f.c_str(), 0604);
         setxattr(f.c_str(), "user.note", "mine", 4, 0);
-        const auto before = fs::hard_link_count(f);
-        struct stat old, now;
+        struct stat old, now, backup;
         ASSERT_EQ(0, stat(f.c_str(), &old));
-        ASSERT_NE(0, file.Open(folder.Path("f"), CFile::modeReadWrite, zynEncUnknown)) << name;
-        EXPECT_TRUE(file.WriteString("text") && file.Load2Memory() && file.Flush());
-        EXPECT_EQ("the old contenttext", folder.Read("f"));
-        ASSERT_EQ(0, stat(f.c_str(), &now));
-        EXPECT_EQ(isReplaced, old.st_ino != now.st_ino) << name;
-        EXPECT_TRUE(now.st_mode == old.st_mode && (!isRoot || (now.st_uid == 1234 && now.st_gid == 2345)));
+        ASSERT_NE(0, text.Open(in.Path("f"), keepsOld ? emptying : CFile::modeReadWrite, zynEncUnknown));
+        EXPECT_TRUE(text.WriteString("text") && text.Load2Memory() &&
+                    (keepsOld ? text.FlushWithBackup() : text.Flush()));
+        EXPECT_EQ(keepsOld ? "text" : "the old contenttext", in.Read("f"));
+        EXPECT_EQ(keepsOld ? "the old content" : "", in.Read("f.bak"));
+        ASSERT_EQ(0, stat(f.c_str(), &now) + stat((keepsOld ? bak : f).c_str(), &backup));
+        for (const struct stat& one : {old, now, backup})
+            EXPECT_TRUE((one.st_mode & 07777) == 0604 &&
+                        (!isRoot || (one.st_uid == 1234 && one.st_gid == 2345)));
         char note[5] = {};
         EXPECT_TRUE(getxattr(f.c_str(), "user.note", note, 4) <= 0 || note == "mine"s);
-        EXPECT_EQ(before, fs::hard_link_count(f));
-        EXPECT_EQ(name == "a link"s, fs::is_symlink(f));
-        EXPECT_FALSE(fs::is_regular_file(path(".f.zynsave")));
-        CzynStringFile other; // the handle is exclusive as before
-        EXPECT_EQ(0, other.Open(folder.Path("f"), CFile::shareDenyNone, zynEncUnknown)) << name;
-        EXPECT_TRUE(file.WriteString("more") && file.Flush());
-        EXPECT_EQ("the old contenttextmore", folder.Read("f"));
+        EXPECT_TRUE(isReplaced == (old.st_ino != now.st_ino) && now.st_nlink == old.st_nlink);
+        EXPECT_EQ(isLink, fs::is_symlink(f));
+        EXPECT_FALSE(fs::is_regular_file(in.Native(".f.zynsave")));
+        if (keepsOld) continue;
+        EXPECT_EQ(0, other.Open(in.Path("f"), CFile::shareDenyNone, zynEncUnknown)); // exclusive as before
+        EXPECT_TRUE(text.WriteString("more") && text.Flush());
+        EXPECT_EQ("the old contenttextmore", in.Read("f"));
     }
 }
 
@@ -287,21 +277,19 @@ TEST_F(ZynStringFileTest, PipesAndDevicesAreReadAndWrittenAsTheyAre) {
 }
 
 TEST_F(ZynStringFileTest, TextForWhichThereIsNoRoomStaysPendingAndTheOldFileWhole) {
-    for (const auto encoding : {zynEncCP1251, zynEncUCS4LE})
-        for (const bool isWrittenLater : {false, true}) {
-            Open("old content", emptying);
-            file.SetFileEncoding(encoding);
-            file.WriteString(std::string(2000, 'x').c_str());
-            {
-                const FullDisk full(1000);
-                EXPECT_EQ(0, file.Flush());
-                if (!isWrittenLater) file.Close();
-            }
-            EXPECT_EQ("old content", folder.Read("f"));
-            EXPECT_EQ(isWrittenLater, file.Flush());
-            const std::size_t written = encoding == zynEncCP1251 ? 2000 : 8004;
-            EXPECT_EQ(isWrittenLater ? written : 11, folder.Read("f").size());
+    for (const bool isWrittenLater : {false, true}) {
+        Open("old content", emptying);
+        file.SetFileEncoding(zynEncUCS4LE);
+        file.WriteString(std::string(500, 'x').c_str());
+        {
+            const FullDisk full(1000);
+            EXPECT_EQ(0, file.Flush());
+            if (!isWrittenLater) file.Close();
         }
+        EXPECT_EQ("old content", folder.Read("f"));
+        EXPECT_EQ(isWrittenLater, file.Flush());
+        EXPECT_EQ(isWrittenLater ? 2004u : 11u, folder.Read("f").size());
+    }
 }
 
 TEST_F(ZynStringFileTest, FailedAllocationIsAResultAndLosesNothing) {
