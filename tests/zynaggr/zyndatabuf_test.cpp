@@ -1,16 +1,10 @@
-#include "zynaggr/zyndatabuf.h"
-
 #include "support/failing_new.h"
+#include "support/test.h"
+#include "zynaggr/zyndatabuf.h"
 #include "zynaggr/zynstringadapter.h"
 #include "zynhost/memory.h"
 
-#include <gtest/gtest.h>
-
-#include <tuple>
-
-namespace {
-
-std::string Hex(const CzynDataBuf& buffer) {
+static std::string Hex(const CzynDataBuf& buffer) {
     std::string hex;
     for (int i = 0; i < 2 * buffer.m_nSize; ++i)
         hex += "0123456789ABCDEF"[buffer.m_pBuf[i / 2] >> (i % 2 ? 0 : 4) & 15];
@@ -79,5 +73,3 @@ TEST(DataBuffer, OutOfMemoryIsShownByAddAndThrownByTheOthers) {
     const auto shown = CStringA("Memory exeption in CzynDataBuf::Add : ") + CMemoryException::Text() + "\n";
     EXPECT_EQ(testing::internal::GetCapturedStderr(), (shown + shown).GetString());
 }
-
-} // namespace

@@ -3,7 +3,6 @@
 #include "zynplatform/registry.h"
 
 #include <sys/wait.h>
-#include <thread>
 
 using namespace zynplatform;
 

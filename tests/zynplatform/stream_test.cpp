@@ -5,9 +5,7 @@
 
 using namespace zynplatform;
 
-namespace {
-
-std::string ReadAll(Stream& stream, std::size_t step) {
+static std::string ReadAll(Stream& stream, std::size_t step) {
     std::string all, part(step, '\0');
     while (const std::size_t done = stream.Read(part.data(), step))
         all.append(part, 0, done);
@@ -86,5 +84,3 @@ TEST(StreamTest, ReadingAndWritingAlternateFreely) {
     EXPECT_TRUE(stream.Close());
     EXPECT_EQ(model, folder.Read("f"));
 }
-
-} // namespace
