@@ -190,24 +190,20 @@ TEST(InictlTest, ShellsCompleteNamesOfTheFile) {
     const Variable language("LC_ALL", "C.UTF-8");
     const TempFolder folder;
     folder.Write("u.ini", "[main $(touch x)]\nlevel high=1\n[log]\nwidth=2\n");
-    const std::string setUp = " " COMPLETION "/";
-    const std::pair<const char*, const char*> cases[] = {
+    const std::pair<std::string, const char*> cases[] = {
         {"inictl ge\tu\tlo\twi\t", "width "},
         {"inictl set u.ini --dr\tma\tle\t", "level\\ high "},
         {"inictl list u.ini --format=js\t", "--format=json"}};
-    for (const auto& [typed, wanted] : cases) {
-        const std::string bash = OnTerminal(
-            folder, {"bash", "--norc", "--noprofile", "-i"},
-            "bind 'set enable-bracketed-paste off'; ." + setUp + "completion.bash\n" + typed, wanted);
-        EXPECT_NE(bash.npos, bash.find(wanted)) << bash;
-        if (!fs::exists("/usr/bin/zsh")) continue;
-        const std::string zsh =
-            OnTerminal(folder, {"zsh", "-f", "-i"},
-                       "unset zle_bracketed_paste; fpath=(" COMPLETION " $fpath); autoload -U "
-                       "compinit; compinit -D -u\n" +
-                           std::string(typed),
-                       wanted);
-        EXPECT_NE(zsh.npos, zsh.find(wanted)) << zsh;
-    }
+    const std::pair<std::vector<const char*>, std::string> shells[] = {
+        {{"bash", "--norc", "--noprofile", "-i"},
+         "bind 'set enable-bracketed-paste off'; . " COMPLETION "/completion.bash\n"},
+        {{"zsh", "-f", "-i"},
+         "unset zle_bracketed_paste; fpath=(" COMPLETION " $fpath); autoload -U compinit; compinit -D -u\n"}};
+    for (const auto& [shell, setUp] : shells)
+        for (const auto& [typed, wanted] : cases) {
+            if (!fs::exists("/usr/bin/"s + shell[0])) continue;
+            const std::string shown = OnTerminal(folder, shell, setUp + typed, wanted);
+            EXPECT_NE(shown.npos, shown.find(wanted)) << shown;
+        }
     EXPECT_FALSE(folder.Has("x"));
 }
