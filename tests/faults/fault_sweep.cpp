@@ -4,6 +4,7 @@
 #include "zynplatform/cp1251.h"
 
 #include <cstdio>
+#include <optional>
 #include <set>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -84,12 +85,10 @@ enum Outcome { done, refused, silent, leaked, otherwise = 100 };
 Outcome RunEdit(const Edit& edit, const CStringA& name, int nth, FailingCall::Kind kind, bool& happened) {
     CzynINI ini(name);
     const int before = CountDescriptors();
-    bool answer;
-    {
-        const FailingCall failing(nth, kind);
-        answer = edit.run(ini);
-        happened = FailingCall::Happened();
-    }
+    std::optional<FailingCall> failing(std::in_place, nth, kind);
+    const bool answer = edit.run(ini);
+    happened = FailingCall::Happened();
+    failing.reset();
     if (CountDescriptors() != before) return leaked;
     if (!answer && ini.GetErrDescription().IsEmpty()) return silent;
     return answer ? done : refused;
@@ -136,16 +135,15 @@ bool Fail(const Edit& edit, const Start& start, const std::string& after, int nt
     const int outcome = WIFSIGNALED(status) ? refused : WEXITSTATUS(status) % otherwise;
     const std::string file = folder.Read("f.ini"), backup = folder.Read("f.ini.bak");
     const bool isWhole = file == start.text || file == after || (start.hasSecondName && backup == start.text);
-    const bool mayLeave = WIFSIGNALED(status);
     const bool isUnsynced = folder.Read("tmp/call") == "fsync" && kind <= FailingCall::noSpace &&
                             !start.hasSecondName; // whose backup may be made elsewhere
     const char* fault = !isWhole                                          ? "no whole text is left"
                         : folder.Has("f.ini.bak") && backup != start.text ? "the backup is not the old text"
                         : outcome == done && file != after                ? "true, but the text is not there"
-                        : outcome == done && isUnsynced ? "true, but the text was not synced"
-                        : outcome == silent             ? "false without a text"
-                        : outcome == leaked             ? "a descriptor is left open"
-                        : !mayLeave && !IsTidy(folder)  ? "a temporary file is left"
+                        : outcome == done && isUnsynced           ? "true, but the text was not synced"
+                        : outcome == silent                       ? "false without a text"
+                        : outcome == leaked                       ? "a descriptor is left open"
+                        : !WIFSIGNALED(status) && !IsTidy(folder) ? "a temporary file is left"
                         : kind == FailingCall::interrupt && outcome != done ? "an interruption is a failure"
                         : kind == FailingCall::shorten && outcome != done   ? "a short transfer is a failure"
                                                                             : NextEdit(folder);
@@ -171,10 +169,9 @@ int main() {
                 edit.run(ini);
                 after = folder.Read("f.ini");
             }
-            for (const auto kind : {FailingCall::ioError, FailingCall::noSpace, FailingCall::interrupt,
-                                    FailingCall::shorten, FailingCall::kill})
-                for (int nth = 1; Fail(edit, start, after, nth, kind); ++nth) {
-                }
+            for (int kind = FailingCall::ioError; kind <= FailingCall::kill; ++kind)
+                for (int nth = 1; Fail(edit, start, after, nth, static_cast<FailingCall::Kind>(kind));)
+                    ++nth;
         }
     std::printf("%d runs, %d faults\n", runs, faults);
     return faults == 0 ? 0 : 1;

@@ -38,14 +38,6 @@ TEST_F(Registry, FindsKeysWithoutRegardToCase) {
         EXPECT_FALSE(RegistryKeyExists(key)) << key;
 }
 
-TEST_F(Registry, MissingFileIsEmptyAndUnreadableOneIsAFailure) {
-    EXPECT_TRUE(RegistryIsReadable());
-    EXPECT_FALSE(RegistryKeyExists("Any"));
-    fs::create_directories(m_file); // a folder in the file's place can be opened but not read
-    EXPECT_FALSE(RegistryIsReadable());
-    EXPECT_FALSE(InitializeAutomation());
-}
-
 TEST_F(Registry, NumbersAreReadAndTheRestIsKept) {
     Write("; mine\n[A]\n \"N\" = dword:0000000a \r\n\"Text\"=\"dword:1\"\n\n"
           "[a\\b]\n\"A \\\"q\\\"\"=dword:FFFFFFFF\n\"Bad\"=dword:1x\n\"Long\"=dword:000000001");
