@@ -6,7 +6,6 @@
 #include <cstdarg>
 #include <dlfcn.h>
 #include <fcntl.h>
-#include <initializer_list>
 #include <string_view>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -19,21 +18,11 @@ int callsLeft = 0;
 FailingCall::Kind wanted;
 const char* failed = nullptr;
 
-bool IsOneOf(std::initializer_list<std::string_view> names, std::string_view name) {
-    return std::find(names.begin(), names.end(), name) != names.end();
-}
-
-bool NeedsRoom(std::string_view name) {
-    return IsOneOf(
-        {"open64", "openat64", "write", "sendfile64", "fallocate64", "linkat", "fsetxattr", "fsync"}, name);
-}
-
+constexpr std::string_view needRoom[] = {"open64",      "openat64", "write",     "sendfile64",
+                                         "fallocate64", "linkat",   "fsetxattr", "fsync"};
 // The others never wait, or close, which is over all the same.
-bool CanBeInterrupted(std::string_view name) {
-    return IsOneOf(
-        {"open64", "openat64", "read", "write", "sendfile64", "fsync", "ftruncate64", "fallocate64", "flock"},
-        name);
-}
+constexpr std::string_view canBeInterrupted[] = {
+    "open64", "openat64", "read", "write", "sendfile64", "fsync", "ftruncate64", "fallocate64", "flock"};
 
 // Whether this call goes wrong; errno is set then. Otherwise `length`, when given, may have become shorter.
 bool Fails(const char* name, std::size_t* length = nullptr) {
@@ -49,10 +38,10 @@ bool Fails(const char* name, std::size_t* length = nullptr) {
         return false;
     case FailingCall::interrupt:
         errno = EINTR;
-        return CanBeInterrupted(name);
+        return std::ranges::count(canBeInterrupted, name) != 0;
     case FailingCall::noSpace:
         errno = ENOSPC;
-        return NeedsRoom(name);
+        return std::ranges::count(needRoom, name) != 0;
     case FailingCall::ioError:
         errno = EIO;
         return true;

@@ -4,6 +4,7 @@
 #include "zynplatform/cp1251.h"
 
 #include <cstdio>
+#include <optional>
 #include <set>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -23,18 +24,17 @@ struct Edit {
     bool (*run)(CzynINI& ini);
 };
 
+bool IsWell(CzynINI& ini) {
+    return ini.GetErrDescription().IsEmpty();
+}
+
 constexpr Edit edits[] = {
     {"write", [](CzynINI& ini) { return ini.WriteString("s", "k", "new value", nullptr); }},
     {"add", [](CzynINI& ini) { return ini.WriteInt("t", "n", 5, "a comment"); }},
     {"delete", [](CzynINI& ini) { return ini.Delete("s", "k"); }},
-    {"create",
-     [](CzynINI& ini) {
-         return ini.GetString("s", "made", "default", true), ini.GetErrDescription().IsEmpty();
-     }},
-    {"rename group",
-     [](CzynINI& ini) { return ini.RenameGroupe("s", "r"), ini.GetErrDescription().IsEmpty(); }},
-    {"rename key",
-     [](CzynINI& ini) { return ini.RenameParam("s", "k", "l"), ini.GetErrDescription().IsEmpty(); }},
+    {"create", [](CzynINI& ini) { return ini.GetString("s", "made", "x", true), IsWell(ini); }},
+    {"rename group", [](CzynINI& ini) { return ini.RenameGroupe("s", "r"), IsWell(ini); }},
+    {"rename key", [](CzynINI& ini) { return ini.RenameParam("s", "k", "l"), IsWell(ini); }},
     {"flush",
      [](CzynINI& ini) {
          ini.SetWriteMode(false);
@@ -42,16 +42,9 @@ constexpr Edit edits[] = {
              ini.WriteString("s", "k", "later", nullptr) && ini.WriteString("u", "a", "b", nullptr);
          return ini.Flush() && edited;
      }},
-    {"faithful",
-     [](CzynINI& ini) {
-         ini.SetFaithful(true);
-         return ini.WriteStringUtf8("t", "n", "1", "note");
-     }},
+    {"faithful", [](CzynINI& ini) { return ini.SetFaithful(true), ini.WriteStringUtf8("t", "n", "1", "x"); }},
     {"no backup",
-     [](CzynINI& ini) {
-         ini.SetKeepBackup(false);
-         return ini.SetFileEncoding(zynEncUTF8, true);
-     }},
+     [](CzynINI& ini) { return ini.SetKeepBackup(false), ini.SetFileEncoding(zynEncUTF8, true); }},
     {"transaction",
      [](CzynINI& ini) {
          CzynINITransaction transaction(ini);
@@ -92,105 +85,94 @@ enum Outcome { done, refused, silent, leaked, otherwise = 100 };
 Outcome RunEdit(const Edit& edit, const CStringA& name, int nth, FailingCall::Kind kind, bool& happened) {
     CzynINI ini(name);
     const int before = CountDescriptors();
-    bool answer;
-    {
-        const FailingCall failing(nth, kind);
-        answer = edit.run(ini);
-        happened = FailingCall::Happened();
-    }
+    std::optional<FailingCall> failing(std::in_place, nth, kind);
+    const bool answer = edit.run(ini);
+    happened = FailingCall::Happened();
+    failing.reset();
     if (CountDescriptors() != before) return leaked;
     if (!answer && ini.GetErrDescription().IsEmpty()) return silent;
     return answer ? done : refused;
 }
 
-class Sweep {
-public:
-    // The n-th call; false when there are fewer.
-    bool Fail(const Edit& edit, const Start& start, const std::string& after, int nth,
-              FailingCall::Kind kind) {
-        const TempFolder folder;
-        Prepare(folder, start);
-        const pid_t child = fork();
-        if (child == 0) {
-            setenv("TMPDIR", folder.Native("tmp").c_str(), 1);
-            bool happened = false;
-            const Outcome outcome = RunEdit(edit, folder.Path("f.ini"), nth, kind, happened);
-            folder.Write("tmp/call", FailingCall::Name());
-            _exit(happened ? outcome : otherwise + outcome);
-        }
-        int status = 0;
-        waitpid(child, &status, 0);
-        const bool happened = WIFSIGNALED(status) || WEXITSTATUS(status) < otherwise;
-        const int outcome = WIFSIGNALED(status) ? refused : WEXITSTATUS(status) % otherwise;
-        const std::string file = folder.Read("f.ini"), backup = folder.Read("f.ini.bak");
-        const bool isWhole =
-            file == start.text || file == after || (start.hasSecondName && backup == start.text);
-        const bool mayLeave = WIFSIGNALED(status);
-        const bool isUnsynced = folder.Read("tmp/call") == "fsync" && kind <= FailingCall::noSpace &&
-                                !start.hasSecondName; // whose backup may be made elsewhere
-        const char* fault =
-            !isWhole                                            ? "no whole text is left"
-            : folder.Has("f.ini.bak") && backup != start.text   ? "the backup is not the old text"
-            : outcome == done && file != after                  ? "true, but the text is not there"
-            : outcome == done && isUnsynced                     ? "true, but the text was not synced"
-            : outcome == silent                                 ? "false without a text"
-            : outcome == leaked                                 ? "a descriptor is left open"
-            : !mayLeave && !IsTidy(folder)                      ? "a temporary file is left"
-            : kind == FailingCall::interrupt && outcome != done ? "an interruption is a failure"
-            : kind == FailingCall::shorten && outcome != done   ? "a short transfer is a failure"
-                                                                : NextEdit(folder);
-        ++m_runs;
-        if (!fault) return happened;
-        ++m_faults;
-        std::printf("%s of %s, call %d (%s) %s: %s\n", edit.name, start.name, nth,
-                    folder.Read("tmp/call").c_str(), kindNames[kind], fault);
-        return happened;
-    }
+int runs = 0, faults = 0;
 
-    void Prepare(const TempFolder& folder, const Start& start) {
-        std::filesystem::create_directory(folder.Native("tmp"));
-        if (!start.text.empty()) folder.Write("f.ini", start.text);
-        if (start.hasSecondName)
-            std::filesystem::create_hard_link(folder.Native("f.ini"), folder.Native("second"));
-    }
+void Prepare(const TempFolder& folder, const Start& start) {
+    std::filesystem::create_directory(folder.Native("tmp"));
+    if (!start.text.empty()) folder.Write("f.ini", start.text);
+    if (start.hasSecondName)
+        std::filesystem::create_hard_link(folder.Native("f.ini"), folder.Native("second"));
+}
 
-    static bool IsTidy(const TempFolder& folder) {
-        const std::set<std::string> allowed{"f.ini", "f.ini.bak", "second", "tmp"};
-        for (const auto& entry : std::filesystem::directory_iterator(folder.Native()))
-            if (!allowed.contains(entry.path().filename().string())) return false;
-        return true;
-    }
+bool IsTidy(const TempFolder& folder) {
+    const std::set<std::string> allowed{"f.ini", "f.ini.bak", "second", "tmp"};
+    for (const auto& entry : std::filesystem::directory_iterator(folder.Native()))
+        if (!allowed.contains(entry.path().filename().string())) return false;
+    return true;
+}
 
-    const char* NextEdit(const TempFolder& folder) {
-        CzynINI next(folder.Path("f.ini"));
-        if (!next.WriteString("z", "last", "1", nullptr)) return "the next edit is refused";
-        if (!CzynINI(folder.Path("f.ini")).isParamSet("z", "last")) return "the next edit is not there";
-        return IsTidy(folder) ? nullptr : "the next edit leaves a temporary file";
-    }
+const char* NextEdit(const TempFolder& folder) {
+    CzynINI next(folder.Path("f.ini"));
+    if (!next.WriteString("z", "last", "1", nullptr)) return "the next edit is refused";
+    if (!CzynINI(folder.Path("f.ini")).isParamSet("z", "last")) return "the next edit is not there";
+    return IsTidy(folder) ? nullptr : "the next edit leaves a temporary file";
+}
 
-    int m_runs = 0, m_faults = 0;
-};
+// The n-th call; false when there are fewer.
+bool Fail(const Edit& edit, const Start& start, const std::string& after, int nth, FailingCall::Kind kind) {
+    const TempFolder folder;
+    Prepare(folder, start);
+    const pid_t child = fork();
+    if (child == 0) {
+        setenv("TMPDIR", folder.Native("tmp").c_str(), 1);
+        bool happened = false;
+        const Outcome outcome = RunEdit(edit, folder.Path("f.ini"), nth, kind, happened);
+        folder.Write("tmp/call", FailingCall::Name());
+        _exit(happened ? outcome : otherwise + outcome);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    const bool happened = WIFSIGNALED(status) || WEXITSTATUS(status) < otherwise;
+    const int outcome = WIFSIGNALED(status) ? refused : WEXITSTATUS(status) % otherwise;
+    const std::string file = folder.Read("f.ini"), backup = folder.Read("f.ini.bak");
+    const bool isWhole = file == start.text || file == after || (start.hasSecondName && backup == start.text);
+    const bool isUnsynced = folder.Read("tmp/call") == "fsync" && kind <= FailingCall::noSpace &&
+                            !start.hasSecondName; // whose backup may be made elsewhere
+    const char* fault = !isWhole                                          ? "no whole text is left"
+                        : folder.Has("f.ini.bak") && backup != start.text ? "the backup is not the old text"
+                        : outcome == done && file != after                ? "true, but the text is not there"
+                        : outcome == done && isUnsynced           ? "true, but the text was not synced"
+                        : outcome == silent                       ? "false without a text"
+                        : outcome == leaked                       ? "a descriptor is left open"
+                        : !WIFSIGNALED(status) && !IsTidy(folder) ? "a temporary file is left"
+                        : kind == FailingCall::interrupt && outcome != done ? "an interruption is a failure"
+                        : kind == FailingCall::shorten && outcome != done   ? "a short transfer is a failure"
+                                                                            : NextEdit(folder);
+    ++runs;
+    if (!fault) return happened;
+    ++faults;
+    std::printf("%s of %s, call %d (%s) %s: %s\n", edit.name, start.name, nth,
+                folder.Read("tmp/call").c_str(), kindNames[kind], fault);
+    return happened;
+}
 
 } // namespace
 
 int main() {
     if (access("/dev/shm", W_OK) == 0) setenv("TMPDIR", "/dev/shm", 1); // a disk would take minutes
-    Sweep sweep;
     for (const Edit& edit : edits)
         for (const Start& start : starts) {
             std::string after;
             {
                 const TempFolder folder;
-                sweep.Prepare(folder, start);
+                Prepare(folder, start);
                 CzynINI ini(folder.Path("f.ini"));
                 edit.run(ini);
                 after = folder.Read("f.ini");
             }
-            for (const auto kind : {FailingCall::ioError, FailingCall::noSpace, FailingCall::interrupt,
-                                    FailingCall::shorten, FailingCall::kill})
-                for (int nth = 1; sweep.Fail(edit, start, after, nth, kind); ++nth) {
-                }
+            for (int kind = FailingCall::ioError; kind <= FailingCall::kill; ++kind)
+                for (int nth = 1; Fail(edit, start, after, nth, static_cast<FailingCall::Kind>(kind));)
+                    ++nth;
         }
-    std::printf("%d runs, %d faults\n", sweep.m_runs, sweep.m_faults);
-    return sweep.m_faults == 0 ? 0 : 1;
+    std::printf("%d runs, %d faults\n", runs, faults);
+    return faults == 0 ? 0 : 1;
 }

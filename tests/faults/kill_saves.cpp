@@ -18,15 +18,15 @@ namespace {
 
 constexpr int savers = 4;
 
-std::string TextOf(int save) {
+std::string ValueOf(int save) {
     const std::string number = std::to_string(save);
-    const auto length = static_cast<std::size_t>(save * 7919LL % 100'000);
-    return "[s]\r\nbegin=" + number + "\r\nfill=" + std::string(length, 'x') + "!\r\nend=" + number + "\r\n";
+    return number + std::string(static_cast<std::size_t>(save * 7919LL % 100'000), 'x') + number;
 }
 
 bool IsWhole(const std::string& text) {
-    const std::size_t number = text.find('=');
-    return text.empty() || (number != text.npos && text == TextOf(std::atoi(text.c_str() + number + 1)));
+    const std::string start = "[s]\r\nk=";
+    return text.empty() ||
+           (text.starts_with(start) && text == start + ValueOf(std::atoi(&text[start.size()])) + "\r\n");
 }
 
 // Of the processes together.
@@ -36,16 +36,8 @@ struct Counts {
 
 [[noreturn]] void Save(const CStringA& name, Counts& counts) {
     for (CzynINI ini(name);;) {
-        const int save = ++counts.begun;
-        const std::string number = std::to_string(save), text = TextOf(save);
-        const std::size_t fill = text.find("fill=") + 5;
-        ini.SetWriteMode(false);
-        const bool isSaved =
-            ini.WriteString("s", "begin", number.c_str(), nullptr) &&
-            ini.WriteString("s", "fill", text.substr(fill, text.find('!') + 1 - fill).c_str(), nullptr) &&
-            ini.WriteString("s", "end", number.c_str(), nullptr) && ini.Flush();
+        const bool isSaved = ini.WriteString("s", "k", ValueOf(++counts.begun).c_str(), nullptr);
         ++(isSaved ? counts.done : counts.refused);
-        if (!isSaved) ini.SetWriteMode(true);
     }
 }
 

@@ -12,10 +12,10 @@ public:
     explicit Host(std::uint32_t lcid) { zynplatform::SetThreadLocale(lcid); }
     ~Host() override { zynplatform::SetThreadLocale(0); }
 
-    int DoMessageBox(const char* text, std::uint32_t style, std::uint32_t) override {
-        boxes.push_back(std::to_string(style) + " " + text);
+    int DoMessageBox(const char* text, std::uint32_t style, std::uint32_t help) override {
+        boxes.push_back(std::to_string(style + help) + " " + text);
         whileShown();
-        return IDOK;
+        return answer;
     }
     CStringA GetHelpFilePath() const override { return folder.Path("host.hlp"); }
     std::uint32_t GetProfileInt(const char* section, const char* entry, int defaultValue) override {
@@ -29,6 +29,7 @@ public:
 
     TempFolder folder;
     std::vector<std::string> boxes;
+    int answer = IDOK;
     std::function<void()> whileShown = [] {};
     std::map<std::string, int> profile;
 };

@@ -35,6 +35,14 @@ inline std::string Converted(std::string text, const char* from, const char* to)
     return isDone ? result.substr(0, result.size() - outLeft) : "";
 }
 
+// FNV-1a.
+inline std::uint64_t Hash(std::string_view bytes) {
+    std::uint64_t hash = 0xCBF29CE484222325;
+    for (const char c : bytes)
+        hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3;
+    return hash;
+}
+
 // Has threads of the names 'a' to 'd' do their work at once.
 inline void InFourThreads(const std::function<void(char)>& work) {
     const std::jthread threads[] = {std::jthread(work, 'a'), std::jthread(work, 'b'), std::jthread(work, 'c'),

@@ -111,10 +111,9 @@ TEST(UILanguage, IsWrittenToTheKeyIfThatIsThereAndToTheProfileIfAsked) {
     EXPECT_TRUE(own("DefLangCode") == 0xFFFFFFFF && host.profile.empty());
     CzynTranslate::SetGlobalUILang(1033, true);
     EXPECT_TRUE(own("DefLangCode") == 1033u && host.profile["Settings/DefLangCode"] == 1033);
-    for (const unsigned show : {1u, 0u}) {
-        CzynTranslate::SaveShowStringId(show == 1);
-        EXPECT_EQ(own("bShowStringId"), show);
-        EXPECT_FALSE(CzynTranslate::GetShowStringId());
+    for (const bool show : {true, false}) {
+        CzynTranslate::SaveShowStringId(show);
+        EXPECT_TRUE(own("bShowStringId") == show && !CzynTranslate::GetShowStringId());
     }
     EXPECT_FALSE(CzynTranslate::SetCurLocaleFromReg(true, nullptr));
 }

@@ -1,47 +1,35 @@
-#include "zynaggr/zyndatabuf.h"
-
 #include "support/failing_new.h"
+#include "support/test.h"
+#include "zynaggr/zyndatabuf.h"
 #include "zynaggr/zynstringadapter.h"
 #include "zynhost/memory.h"
-
-#include <gtest/gtest.h>
-
-#include <tuple>
-
-namespace {
-
-std::string Hex(const CzynDataBuf& buffer) {
-    std::string hex;
-    for (int i = 0; i < 2 * buffer.m_nSize; ++i)
-        hex += "0123456789ABCDEF"[buffer.m_pBuf[i / 2] >> (i % 2 ? 0 : 4) & 15];
-    return hex;
-}
 
 // Strings of 16 bits are converted by the adapter's code page, which is UTF-8 here, records by the system's.
 TEST(DataBuffer, WritesItsItemsInTheirWireForm) {
     using B = CzynDataBuf;
     static constexpr int value = -2; // as this machine holds it, low byte first
+    const auto bytes = [](const B& b) { return std::string(b.m_pBuf, b.m_pBuf + b.m_nSize); };
     const std::tuple<int (*)(B&), std::string, std::string> cases[] = {
-        {[](B& b) { return b.Add(&value, 4); }, "FEFFFFFF", "FEFFFFFF"},
-        {[](B& b) { return b.AddStr("a\xC4"); }, "61C4", "61C4"},
+        {[](B& b) { return b.Add(&value, 4); }, "\xFE\xFF\xFF\xFF", "\xFE\xFF\xFF\xFF"},
+        {[](B& b) { return b.AddStr("a\xC4"); }, "a\xC4", "a\xC4"},
         {[](B& b) { return b.AddStr(""); }, "", ""},
-        {[](B& b) { return b.AddStr(u"a\u0414\u4E2D"); }, "61D094", "610014042D4E"},
-        {[](B& b) { return b.AddStrBuf("a\xC4"); }, "0300000061C400", "03000000610014040000"},
-        {[](B& b) { return b.AddStrBuf(nullptr); }, "00000000", "00000000"},
+        {[](B& b) { return b.AddStr(u"a\u0414\u4E2D"); }, "a\xD0\x94", "a\0\x14\4\x2D\x4E"s},
+        {[](B& b) { return b.AddStrBuf("a\xC4"); }, "\3\0\0\0a\xC4\0"s, "\3\0\0\0a\0\x14\4\0\0"s},
+        {[](B& b) { return b.AddStrBuf(nullptr); }, "\0\0\0\0"s, "\0\0\0\0"s},
     };
     CStringA text;
     for (int i = 0; i < 12; ++i) {
-        const auto& [write, hex8, hex16] = cases[i / 2];
+        const auto& [write, narrow, wide] = cases[i / 2];
         char memory[10];
         B buffer, external(memory, 10);
         CzynStringAdapter::m_st_encoding = 65001;
         buffer.m_bStoreAnsi = i % 2 == 0;
-        EXPECT_EQ(write(external), hex8.empty() ? 10 : -1);
+        EXPECT_EQ(write(external), narrow.empty() ? 10 : -1);
         EXPECT_EQ(write(buffer), buffer.m_nSize);
-        EXPECT_EQ(Hex(buffer), i % 2 ? hex16 : hex8);
+        EXPECT_EQ(bytes(buffer), i % 2 ? wide : narrow) << i;
         EXPECT_TRUE(i != 9 || (buffer.ReadStrBuf(text) && text == "a\xD0\x94"));
         CzynStringAdapter::m_st_encoding = 424242; // unknown: converts to nothing, which is filled up
-        EXPECT_TRUE(i != 4 || (buffer.AddStr(u"abc") == 3 && Hex(buffer) == "000000"));
+        EXPECT_TRUE(i != 4 || (buffer.AddStr(u"abc") == 3 && bytes(buffer) == "\0\0\0"s));
     }
     CzynStringAdapter::m_st_encoding = 1251;
 }
@@ -79,5 +67,3 @@ TEST(DataBuffer, OutOfMemoryIsShownByAddAndThrownByTheOthers) {
     const auto shown = CStringA("Memory exeption in CzynDataBuf::Add : ") + CMemoryException::Text() + "\n";
     EXPECT_EQ(testing::internal::GetCapturedStderr(), (shown + shown).GetString());
 }
-
-} // namespace

@@ -1,19 +1,8 @@
+#include "support/test.h"
 #include "zynaggr/zyndatabufex.h"
-
 #include "zynaggr/zynerror.h"
 
-#include <gmock/gmock.h>
-
-#include <algorithm>
-#include <array>
-#include <random>
-#include <vector>
-
-using namespace std::literals;
-
-namespace {
-
-std::string Bytes(const CzynDataBuf& buffer) {
+static std::string Bytes(const CzynDataBuf& buffer) {
     return {buffer.m_pBuf, buffer.m_pBuf + buffer.m_nSize};
 }
 
@@ -151,5 +140,3 @@ TEST(IteratorBuffer, HandsItsMemoryOverAndRefusesAnIteratorOutsideIt) {
     EXPECT_THAT([&] { buffer.ReadStrBuf_TCHAR_(text); },
                 testing::Throws<SzynErrorDescription>(testing::Field(&SzynErrorDescription::m_nCode, 101)));
 }
-
-} // namespace

@@ -1,11 +1,5 @@
+#include "support/test.h"
 #include "zynaggr/zyndatetimespan.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <climits>
-#include <cmath>
-#include <random>
 
 namespace {
 
@@ -39,7 +33,7 @@ TEST(DateTimeSpan, SplitsIntoWholeUnitsOfTheNearestSecondWithinItsRange) {
     EXPECT_EQ(Span(max).GetStatus() + Span(-max).GetStatus(), Span::valid);
     for (const double days : {beyond, -beyond, 1e200, -HUGE_VAL, std::nan("")})
         EXPECT_TRUE(Span(days).GetStatus() == Span::invalid && Span(days).GetSeconds() == 0) << days;
-    EXPECT_EQ(Span(LONG_MAX, 0, 0, 0).GetStatus(), Span::invalid);
+    EXPECT_EQ(Span(std::numeric_limits<long>::max(), 0, 0, 0).GetStatus(), Span::invalid);
     EXPECT_EQ(-WithStatus(-2, Span::invalid), Span(2.0));
 }
 

@@ -1,20 +1,11 @@
+#include "support/test.h"
 #include "zynaggr/zynerror.h"
-
-#include "zynplatform/cp1251.h"
-
-#include <gtest/gtest.h>
-
-#include <tuple>
-
-using namespace zynplatform::literals;
-
-namespace {
 
 using Record = SzynErrorDescription;
 
-const Record full(27, "S", "May 22 2025", 1024, "D", 0, "F", "C", "A");
+static const Record full(27, "S", "May 22 2025", 1024, "D", 0, "F", "C", "A");
 
-std::string Print(const Record& record, bool russian, const char* extra = nullptr) {
+static std::string Print(const Record& record, bool russian, const char* extra = nullptr) {
     return record.Print(extra, russian).GetString();
 }
 
@@ -47,9 +38,9 @@ TEST(ErrorRecord, ProvidersReplaceOrPrecedeTheNumber) {
             EXPECT_EQ(Print(record, false), std::string("Core: ") + name + " Err: " + code);
             EXPECT_EQ(Print(record, true), std::string("Модуль: "_cp1251) + russianName + " " + code);
         }
-        SetGetTransportErrorDescription([](int code) { return "T" + CStringA(std::to_string(code)); });
-        SetGetStepDataErrorDescription([](int code) { return "D" + CStringA(std::to_string(code)); });
-        SetGetServerErrorDescription([](int code) { return "S" + CStringA(std::to_string(code)); });
+        SetGetTransportErrorDescription([](int code) { return CStringA("T" + std::to_string(code)); });
+        SetGetStepDataErrorDescription([](int code) { return CStringA("D" + std::to_string(code)); });
+        SetGetServerErrorDescription([](int code) { return CStringA("S" + std::to_string(code)); });
     }
     SetGetTransportErrorDescription(nullptr);
     SetGetStepDataErrorDescription(nullptr);
@@ -73,5 +64,3 @@ TEST(ErrorRecord, StackIsCopiedDeeplyAndPrintedOnlyInTheTechnicalForm) {
     nested.m_aStack.Add(new Record(copy));
     EXPECT_EQ(Print(nested, false), "Core:  -1; \r\n\t\tErr stack: \r\n\t" + Print(copy, false));
 }
-
-} // namespace

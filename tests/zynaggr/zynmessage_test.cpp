@@ -1,20 +1,15 @@
-#include "support/test.h"
+#include "support/host.h"
 #include "zynaggr/zynmessage.h"
-#include "zynhost/application.h"
 
-#include <memory>
-
-namespace {
-
-std::string Printed(const char* text, std::uint32_t style) {
+static std::string Printed(const char* text, std::uint32_t style) {
     testing::internal::CaptureStdout();
     EXPECT_EQ(zynMessagePrint(text, style), 1);
     return testing::internal::GetCapturedStdout();
 }
 
-bool* const flags[] = {&g_bShow_zynMessageBox_Warning, &g_bShow_zynMessageBox_Error,
-                       &g_bShow_zynMessageBox_Information};
-const struct {
+static bool* const flags[] = {&g_bShow_zynMessageBox_Warning, &g_bShow_zynMessageBox_Error,
+                              &g_bShow_zynMessageBox_Information};
+static const struct {
     std::uint32_t style;
     bool* flag;
     std::string prefix, russian;
@@ -56,37 +51,30 @@ TEST(MessagePrintDeathTest, RussianPrefixesStayOnceTheFlagWasSeen) {
     }
 }
 
-struct App : CWinApp {
-    int DoMessageBox(const char* text, std::uint32_t style, std::uint32_t helpContext) override {
-        const char* caption = zynMessageBoxCaption();
-        shown += (caption ? caption : "") + ("/" + std::string(text)) + "/" +
-                 std::to_string(style + helpContext) + ";";
-        if (caption) AfxMessageBox("inner", 0);
-        if (caption) shown += zynMessageBoxCaption();
-        return 6;
-    }
-    std::string shown;
-};
-
 TEST(MessageBox, GoesToTheApplicationObjectElseToStandardErrorUnlessItsClassIsSwallowed) {
     testing::internal::CaptureStderr();
     EXPECT_EQ(zynMessageBoxConsole("text", 0x30), 1);
-    auto plain = std::make_unique<CWinApp>();
+    std::optional<CWinApp> plain(std::in_place);
     EXPECT_EQ(AfxCaptionMessageBox("boxed", "caption", 0x10), 1);
     {
-        App app;
+        Host host(0);
         plain.reset();
-        EXPECT_EQ(AfxGetApp(), &app);
+        EXPECT_EQ(AfxGetApp(), &host);
+        host.answer = 6;
+        host.whileShown = [&] {
+            const CStringA caption(zynMessageBoxCaption());
+            if (!caption.IsEmpty()) AfxMessageBox("inner", 0);
+            host.boxes.push_back(caption == zynMessageBoxCaption() ? caption.GetString() : "another");
+        };
         g_bShow_zynMessageBox_Information = false;
         EXPECT_EQ(zynMessageBoxConsole("a", 0x40), 1);
         g_bShow_zynMessageBox_Information = true;
         EXPECT_EQ(zynMessageBoxConsole("b", 0x10) + zynMessageBoxConsole("", 0x1040), 6 + 6);
         EXPECT_EQ(AfxCaptionMessageBox("c", "caption", 0), 6);
-        EXPECT_EQ(app.shown, "/b/16;//4160;caption/c/0;/inner/0;caption");
+        EXPECT_THAT(host.boxes,
+                    testing::ElementsAre("16 b", "", "4160 ", "", "0 c", "0 inner", "", "caption"));
         EXPECT_EQ(zynMessageBoxCaption(), nullptr);
     }
     EXPECT_EQ(AfxCaptionMessageBox("text", "caption", 0x10), 1);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "text\ncaption: boxed\ncaption: text\n");
 }
-
-} // namespace

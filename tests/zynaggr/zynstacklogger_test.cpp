@@ -7,7 +7,6 @@
 
 #include <barrier>
 #include <pthread.h>
-#include <thread>
 
 using External = CzynStackLogger;
 

@@ -22,11 +22,8 @@ TEST(CStringATest, PartsOutsideTheTextAreLeftOut) {
 TEST(CStringATest, ChangesAndFindsByTheCodePage) {
     CStringA upper("Ёж ABC №"_cp1251), lower("ёЖ aBc №"_cp1251);
     CStringA edited("a-b-c"), self("x%s"), zero("a\0b", 3);
-    EXPECT_LT(CStringA("ab").CompareNoCase("ABC"), 0);
-    EXPECT_GT(CStringA("я"_cp1251).CompareNoCase("Z"), 0);
-    EXPECT_GT(CStringA("x").Compare(nullptr), 0);
-    EXPECT_EQ(0, upper.CompareNoCase(lower));
-    EXPECT_NE(0, upper.Compare(lower));
+    EXPECT_TRUE(CStringA("ab").CompareNoCase("ABC") < 0 && CStringA("я"_cp1251).CompareNoCase("Z") > 0);
+    EXPECT_TRUE(upper.CompareNoCase(lower) == 0 && upper.Compare(lower) != 0 && upper.Compare(nullptr) > 0);
     const int numbers[] = {edited.Find('-'),        edited.Find('-', 2),       edited.Find("x"),
                            edited.ReverseFind('-'), edited.Replace("-", "--"), edited.Replace('-', '+'),
                            edited.Replace("", "x"), edited.Remove('+')};

@@ -51,9 +51,11 @@ constexpr WellFormed wellFormed[] = {
     {4, {0xF0, 0xF0}, {0x90, 0xBF}}, {4, {0xF1, 0xF3}, {0x80, 0xBF}}, {4, {0xF4, 0xF4}, {0x80, 0x8F}},
 };
 
-std::u16string ReferenceWide(std::string_view text) {
+// The text as 16-bit units, and as bytes in which U+FFFD stands for what is ill-formed.
+std::pair<std::u16string, std::string> Reference(std::string_view text) {
     constexpr unsigned leadBase[]{0, 0, 0xC0, 0xE0, 0xF0}, any[]{0x80, 0xBF};
     std::u16string wide;
+    std::string bytes;
     while (!text.empty()) {
         std::size_t best = 1;
         unsigned long character = 0xFFFD;
@@ -69,6 +71,7 @@ std::u16string ReferenceWide(std::string_view text) {
             if (matched == form.length) character = value;
             best = std::max(best, matched);
         }
+        bytes += character == 0xFFFD ? "\xEF\xBF\xBD" : text.substr(0, best);
         if (character >= 0x10000) {
             wide += static_cast<char16_t>(0xD800 + (character - 0x10000) / 0x400);
             character = 0xDC00 + (character - 0x10000) % 0x400;
@@ -76,25 +79,7 @@ std::u16string ReferenceWide(std::string_view text) {
         wide += static_cast<char16_t>(character);
         text.remove_prefix(best);
     }
-    return wide;
-}
-
-std::string ReferenceUtf8(std::u16string_view text) {
-    std::string bytes;
-    const auto add = [&](unsigned long byte) { bytes += static_cast<char>(byte); };
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        unsigned long c = text[i];
-        const bool isHigh = c / 0x400 == 0x36, isLow = c / 0x400 == 0x37;
-        if (isHigh && i + 1 < text.size() && text[i + 1] / 0x400 == 0x37)
-            c = 0x10000 + c % 0x400 * 0x400 + text[++i] % 0x400;
-        else if (isHigh || isLow)
-            c = 0xFFFD;
-        const unsigned tail = c < 0x80 ? 0 : c < 0x800 ? 1 : c < 0x10000 ? 2 : 3;
-        add((c >> 6 * tail) + std::array{0u, 0xC0u, 0xE0u, 0xF0u}[tail]);
-        for (unsigned rest = tail; rest-- > 0;)
-            add(0x80 + (c >> 6 * rest) % 64);
-    }
-    return bytes;
+    return {wide, bytes};
 }
 
 TEST(CodePage, BytesOf1251AreTheCharactersTheSystemKnows) {
@@ -152,9 +137,9 @@ TEST(CodePage, Utf8ConvertsAsTheTableOfWellFormedSequencesSays) {
         const std::string text = RandomUtf8(random);
         const std::size_t offset = text.empty() ? 0 : random() % std::min<std::size_t>(text.size(), 70);
         const std::string_view part = std::string_view(text).substr(offset);
-        const std::u16string wide = ReferenceWide(part);
+        const auto [wide, mended] = Reference(part);
         ASSERT_EQ(Wide(65001, part), wide) << testing::PrintToString(text) << offset;
-        ASSERT_EQ(Narrow(65001, wide), ReferenceUtf8(wide)) << testing::PrintToString(text) << offset;
+        ASSERT_EQ(Narrow(65001, wide), mended) << testing::PrintToString(text) << offset;
         const std::string bytes = Narrow(1251, wide), back = Narrow(65001, Wide(1251, bytes));
         const std::string_view narrow = bytes;
         const auto announce = [](const std::string& result) {
@@ -163,11 +148,15 @@ TEST(CodePage, Utf8ConvertsAsTheTableOfWellFormedSequencesSays) {
         ASSERT_EQ(EachWay<char>(part, announce(bytes), zynplatform::Utf8To1251), bytes) << text;
         ASSERT_EQ(EachWay<char>(narrow, announce(back), zynplatform::From1251ToUtf8), back) << bytes;
     }
-    std::u16string all = u"\xD83D\xDE00|"; // every unit alone, and blocks of it
-    for (unsigned unit = 0; unit < 0x10000; ++unit)
-        (all += static_cast<char16_t>(unit)).append(1, u' ').append(70, static_cast<char16_t>(unit));
-    const std::string bytes = ReferenceUtf8(all);
-    EXPECT_TRUE(Narrow(65001, all) == bytes && Wide(65001, bytes) == ReferenceWide(bytes));
+    std::u16string all = u"\xD83D\xD83D\xDE00\xDE00", whole = u"\xFFFD\xD83D\xDE00\xFFFD";
+    for (unsigned unit = 0; unit < 0x10000; ++unit) // every unit alone, and blocks of it
+        for (const std::size_t copies : {1u, 70u}) {
+            (all += u' ').append(copies, static_cast<char16_t>(unit));
+            (whole += u' ').append(copies, static_cast<char16_t>(unit / 0x800 == 0x1B ? 0xFFFD : unit));
+        }
+    const std::string units(reinterpret_cast<const char*>(whole.data()), 2 * whole.size());
+    const std::string bytes = Converted(units, "UTF-16LE", "UTF-8");
+    EXPECT_TRUE(Narrow(65001, all) == bytes && Wide(65001, bytes) == whole);
 }
 
 TEST(CodePage, OtherPagesAreTheSystemsAndUnknownOnesGiveNothing) {

@@ -37,22 +37,12 @@ TEST_F(FileTest, TwoOpensConflictExactlyWhenOneDoesWhatTheOtherDenies) {
         const OpenMode one{.access = bits & 3, .deny = bits >> 2 & 3};
         const OpenMode two{.access = bits >> 4 & 3, .deny = bits >> 6};
         if (one.access == 0 || two.access == 0) continue;
-        const Opened first(name, one), second(name, two);
+        const Opened first(name, one);
         const bool conflict = (one.access & two.deny) != 0 || (two.access & one.deny) != 0;
         EXPECT_EQ(0u, first.error);
-        EXPECT_EQ(conflict ? errorSharingViolation : errorSuccess, second.error) << bits;
+        for ([[maybe_unused]] const int time : {1, 2}) // the second after the first has been closed
+            EXPECT_EQ(conflict ? errorSharingViolation : errorSuccess, Opened(name, two).error) << bits;
     }
-}
-
-TEST_F(FileTest, ShareModeOutlivesOtherHandlesAndBindsOtherProcesses) {
-    const Opened holder(name, {.access = accessRead, .deny = accessWrite});
-    EXPECT_EQ(0u, Opened(name, {.access = accessRead}).error);
-    const pid_t child = fork();
-    // A forked child shares the descriptions it inherits, but an open of its own is another one.
-    if (child == 0) _exit(Opened(name, {.access = accessWrite}).error == errorSharingViolation ? 0 : 1);
-    int status = -1;
-    waitpid(child, &status, 0);
-    EXPECT_EQ(0, status);
 }
 
 TEST_F(FileTest, ForkedChildNeitherKeepsNorEndsTheShareModesOfItsParent) {
@@ -89,9 +79,7 @@ TEST_F(FileTest, WriteOnlyFileNeedsNoRightToRead) {
         EXPECT_EQ(errorSharingViolation, Opened(name, {.access = accessWrite, .deny = accessWrite}).error);
         EXPECT_EQ(errorAccessDenied, Opened(name, {.access = accessRead}).error);
     }
-    if (getuid() == 0) {
-        EXPECT_EQ(0, seteuid(0) + setegid(0));
-    }
+    EXPECT_TRUE(getuid() != 0 || seteuid(0) + setegid(0) == 0);
 }
 
 TEST(FileThreadsTest, OfManyExclusiveOpensAtOnceExactlyOneWins) {

@@ -14,12 +14,11 @@ TEST(FileSystem, RenameMovesAndNeverReplaces) {
     folder.Write("a", "first");
     folder.Write("b", "second");
     fs::create_directory(folder.Native("d"));
-    EXPECT_EQ(RenamePath(folder.Path("a"), folder.Path("b")), errorFileExists);
-    EXPECT_EQ(folder.Read("a") + folder.Read("b"), "firstsecond");
-    EXPECT_EQ(RenamePath(folder.Path("none"), folder.Path("c")), errorFileNotFound);
-    EXPECT_EQ(RenamePath(folder.Path("a"), folder.Path("d/c")), 0u);
-    EXPECT_EQ(RenamePath(folder.Path("d"), folder.Path("e")), 0u);
-    EXPECT_EQ(folder.Read("e/c"), "first");
+    const std::tuple<const char*, const char*, std::uint32_t> cases[] = {
+        {"a", "b", errorFileExists}, {"none", "c", errorFileNotFound}, {"a", "d/c", 0}, {"d", "e", 0}};
+    for (const auto& [from, to, error] : cases)
+        EXPECT_EQ(RenamePath(folder.Path(from), folder.Path(to)), error) << from << to;
+    EXPECT_EQ(folder.Read("e/c") + folder.Read("b"), "firstsecond");
 }
 
 TEST(FileSystem, MoveToAnotherFileSystemKeepsContentAndRights) {

@@ -3,13 +3,10 @@
 #include "zynplatform/time.h"
 
 #include <sys/wait.h>
-#include <thread>
 
-namespace {
+static char lastLine[256];
 
-char lastLine[256];
-
-[[noreturn]] void UseTheLibraryInAChild() {
+[[noreturn]] static void UseTheLibraryInAChild() {
     alarm(20); // ends a child that hangs
     zynMessagePrint("child", 0);
     const CzynStackLogger logger("Child", true);
@@ -50,5 +47,3 @@ TEST(ForkThreads, ChildPrintsLogsAndTranslatesWhateverOtherThreadsAreDoing) {
     CzynTranslate::SetShouldTranslate(false);
     EXPECT_EQ(failed, 0);
 }
-
-} // namespace

@@ -5,15 +5,6 @@
 
 using namespace zynplatform;
 
-namespace {
-
-std::string ReadAll(Stream& stream, std::size_t step) {
-    std::string all, part(step, '\0');
-    while (const std::size_t done = stream.Read(part.data(), step))
-        all.append(part, 0, done);
-    return all;
-}
-
 TEST(StreamTest, TextIsTranslatedWhereverTheBufferEnds) {
     const TempFolder folder;
     std::mt19937 random(1);
@@ -23,13 +14,15 @@ TEST(StreamTest, TextIsTranslatedWhereverTheBufferEnds) {
             c = "\r\na"[random() % 3];
         folder.Write("f", bytes);
         const std::string translated = std::regex_replace(bytes, std::regex("\r\n"), "\n");
-        for (const std::size_t step : {1u, 7u, 60000u}) {
-            Stream text, binary;
-            ASSERT_EQ(0u, text.Open(folder.Path("f"), {.text = true}));
-            ASSERT_EQ(0u, binary.Open(folder.Path("f"), {}));
-            EXPECT_EQ(translated, ReadAll(text, step)) << length << ' ' << step;
-            EXPECT_EQ(bytes, ReadAll(binary, step)) << length << ' ' << step;
-        }
+        for (const std::size_t step : {1u, 7u, 60000u})
+            for (const bool isText : {true, false}) {
+                Stream stream;
+                ASSERT_EQ(0u, stream.Open(folder.Path("f"), {.text = isText}));
+                std::string all, part(step, '\0');
+                while (const std::size_t done = stream.Read(part.data(), step))
+                    all.append(part, 0, done);
+                EXPECT_EQ(isText ? translated : bytes, all) << length << ' ' << step;
+            }
         Stream lines;
         lines.Open(folder.Path("f"), {.text = true});
         std::string all, line;
@@ -53,31 +46,22 @@ TEST(StreamTest, ReadingAndWritingAlternateFreely) {
     std::mt19937 random(2);
     for (int step = 0; step < 3000; ++step) {
         const std::size_t size = random() % (step % 50 ? 300 : 40000);
-        switch (random() % 5) {
-        case 0:
-        case 1: {
-            const std::string bytes(size, static_cast<char>('a' + step % 26));
+        std::string bytes(size, static_cast<char>('a' + step % 26));
+        const auto way = random() % 5;
+        if (way < 2) {
             EXPECT_TRUE(stream.Write(bytes.data(), size));
             if (size != 0 && position > model.size()) model.resize(position);
             model.replace(std::min(position, model.size()), size, bytes);
             position += size;
-            break;
-        }
-        case 2: {
-            std::string bytes(size, '\0');
+        } else if (way == 2) {
             bytes.resize(stream.Read(bytes.data(), size));
-            const std::string expected = position < model.size() ? model.substr(position, size) : "";
-            ASSERT_EQ(expected, bytes) << step;
-            position += expected.size();
-            break;
-        }
-        case 3:
+            ASSERT_EQ(position < model.size() ? model.substr(position, size) : "", bytes) << step;
+            position += bytes.size();
+        } else if (way == 3) {
             position = model.empty() ? 0 : random() % (model.size() + 10);
-            EXPECT_EQ(static_cast<std::int64_t>(position),
-                      stream.Seek(static_cast<std::int64_t>(position), SeekFrom::begin));
-            break;
-        default:
-            if (step % 7) break;
+            const auto to = static_cast<std::int64_t>(position);
+            EXPECT_EQ(to, stream.Seek(to, SeekFrom::begin));
+        } else if (step % 7 == 0) {
             EXPECT_TRUE(stream.SetLength(static_cast<std::int64_t>(size)));
             model.resize(size);
         }
@@ -86,5 +70,3 @@ TEST(StreamTest, ReadingAndWritingAlternateFreely) {
     EXPECT_TRUE(stream.Close());
     EXPECT_EQ(model, folder.Read("f"));
 }
-
-} // namespace
