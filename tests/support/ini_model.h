@@ -34,8 +34,7 @@ public:
 
     using CzynINI::ComposeText, CzynINI::FindCreateOption, CzynINI::InternalSave, CzynINI::m_aSections,
         CzynINI::m_bReadOnly, CzynINI::m_bWriteMode, CzynINI::m_nEncoding, CzynINI::m_sErr,
-        CzynINI::m_sIniName, CzynINI::ModelChanged, CzynINI::Parse, CzynINI::ParseText,
-        CzynINI::PrintInfoWithSaveFlags;
+        CzynINI::m_sIniName, CzynINI::ModelChanged, CzynINI::Parse, CzynINI::ParseText;
 
     // The sections as "<name|tail>", each followed by its lines: "{key:value}", "{=:value}" for a pair with
     // an empty key, "{:text}" for a line that is no pair, "{}" for an empty slot. With `state` the insertion

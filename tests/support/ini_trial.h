@@ -3,11 +3,10 @@
 #include "support/ini_model.h"
 #include "support/ini_reference.h"
 
-#include <functional>
-
 // A file that is edited in memory, by steps picked at random, in four ways at once: through a CzynINI, whose
 // names are indexed; through a derived class, of which nothing is; through one that would tell its changes;
-// and by the reference; now and then each edit is saved at once. Each step is false when they don't agree.
+// and by the reference; now and then each edit is saved at once. Somebody else saves meanwhile. Each step is
+// false when they don't agree.
 class IniTrial {
 public:
     using Pick = std::function<unsigned(unsigned)>; // of a number from 0 to one less than that
@@ -28,6 +27,7 @@ public:
         for (CzynINI* const ini : m_all) {
             ini->SetINI(m_folder.Path("f.ini"), false, 0);
             ini->SetWriteMode(m_isDirect);
+            ini->isGroupeSet(""); // is read
         }
         // So that there is an index from the first step on.
         for (const IniReference::Section& section : m_reference.sections)
@@ -39,6 +39,7 @@ public:
 
     bool Step() {
         IniReference& rules = m_reference;
+        if (m_pick(8) == 0) PassTime();
         const std::string section = Name(), key = Name(),
                           text = m_pick(20)  ? Name()
                                  : m_pick(2) ? "99999999999"
@@ -118,6 +119,19 @@ private:
         Telling() { ModelChanged(); }
     };
 
+    // Whoever asks for it, or looks more than a second later, reads what somebody else has saved.
+    void PassTime() {
+        if (m_pick(4) == 0) m_folder.Write("f.ini", m_saved += Name() + "=1\n");
+        const bool isAskedFor = m_pick(4) == 0;
+        const unsigned passed = std::array{1u, 500u, 1000u}[m_pick(3)];
+        m_clock.Pass(passed);
+        m_age += passed;
+        for (CzynINI* const ini : m_all) {
+            if (isAskedFor) ini->SetNeedReload();
+            ini->isGroupeSet("");
+        }
+        if (m_isDirect && (isAskedFor || m_age > 1000)) m_reference = IniReference(m_saved), m_age = 0;
+    }
     std::string Name() {
         std::string name = m_pick(3) ? "" : "longer than a block ";
         for (unsigned letters = m_pick(3); letters > 0; --letters)
@@ -148,14 +162,15 @@ private:
                    ((!m_isDirect && m_pick(8)) || m_folder.Read("f.ini") == m_saved);
         });
     }
-    void Save() { m_saved = m_reference.Text(); }
+    void Save() { m_saved = m_reference.Text(), m_age = 0; }
 
-    const StandingClock m_clock;
+    StandingClock m_clock;
     const TempFolder m_folder;
     const Pick m_pick;
     const bool m_isDirect = m_pick(4) == 0;
     IniReference m_reference{""};
     std::string m_saved; // what the file is to hold
+    unsigned m_age = 0;  // of what was read or saved
     CzynINI m_indexed;
     OpenIni m_walked;
     Telling m_telling;

@@ -2,7 +2,6 @@
 #include "support/host.h"
 #include "zynaggr/ini.h"
 
-#include <new>
 #include <set>
 #include <sstream>
 

@@ -141,8 +141,7 @@ TEST_F(IniFaithfulTest, WhatTheCodePageLacksSurvivesInEveryEncodingAndMode) {
             EXPECT_EQ(in(text), File());
             std::string value;
             EXPECT_TRUE(!ini.GetStringUtf8("mÜller", "名", value) &&
-                        ini.GetStringUtf8("Müller", "名", value));
-            EXPECT_EQ("😀 1", value);
+                        ini.GetStringUtf8("Müller", "名", value) && value == "😀 1");
             EXPECT_FALSE(ini.GetStringUtf8("M?ller", "名", value) || ini.GetStringUtf8("Müller", "?", value));
             EXPECT_TRUE(ini.WriteStringUtf8("Müller", "КЛЮЧ", " 100 ₽ 😀"));
             EXPECT_EQ(in(edited), File());

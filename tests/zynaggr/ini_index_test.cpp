@@ -1,8 +1,6 @@
 #include "support/ini_trial.h"
 #include "zynaggr/name_index_impl.h"
 
-#include <random>
-
 TEST(IniIndexTest, EditsAndQueriesFollowTheRulesWithAndWithoutAnIndex) {
     std::mt19937 random(3);
     for (int round = 0; round < 20; ++round) {

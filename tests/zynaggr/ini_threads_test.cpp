@@ -1,7 +1,6 @@
 #include "support/ini_model.h"
 
 #include <sys/wait.h>
-#include <unistd.h>
 
 namespace {
 
