@@ -1,19 +1,16 @@
-#include "support/encodings.h"
+#include "support/test.h"
 
-#include <csignal>
-#include <poll.h>
-#include <pty.h>
 #include <sys/wait.h>
 
 // The program inictl, run as its users run it.
 
 namespace {
 
-// What a command of the shell in a folder, "inictl" being the program, writes to both streams, and its
-// status.
+// What a command of the shell in a folder writes to both streams, and its status.
 std::pair<std::string, int> Shell(const TempFolder& folder, const std::string& command) {
-    const std::string line = "cd '" + folder.Native().string() +
-                             "' && inictl() { '" INICTL "' \"$@\"; }; { " + command + "\n} 2>&1";
+    const std::string line = "cd '" + folder.Native().string() + "'; export TERM=dumb PATH='" +
+                             fs::path(INICTL).parent_path().string() + "':\"$PATH\"; { " + command +
+                             "\n} 2>&1";
     std::FILE* const pipe = popen(line.c_str(), "r");
     std::string output;
     for (int c; (c = std::fgetc(pipe)) != EOF;)
@@ -129,43 +126,14 @@ TEST(InictlTest, CommandsAnswerAndChangeWhatTheySay) {
     }
 }
 
-// What a terminal shows of a program: what it writes until it ends, or until `wanted` has come.
-std::string OnTerminal(const TempFolder& folder, std::vector<const char*> arguments,
-                       const std::string& typed = "", const std::string& wanted = "") {
-    int terminal = -1;
-    const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
-    if (child == 0) {
-        setenv("TERM", "dumb", 1);
-        setenv("PATH", (fs::path(INICTL).parent_path().string() + ":" + std::getenv("PATH")).c_str(), 1);
-        arguments.push_back(nullptr);
-        if (chdir(folder.Native().c_str()) == 0)
-            execvp(arguments[0], const_cast<char* const*>(arguments.data()));
-        _exit(99);
-    }
-    if (child < 0) return "no terminal to be had";
-    std::string shown;
-    char piece[4096];
-    if (write(terminal, typed.data(), typed.size()) < 0) return "";
-    pollfd ready{terminal, POLLIN, 0};
-    while (poll(&ready, 1, 30'000) > 0) {
-        const ssize_t length = read(terminal, piece, sizeof piece);
-        if (length <= 0) break;
-        shown.append(piece, static_cast<std::size_t>(length));
-        if (!wanted.empty() && shown.find(wanted) != shown.npos) break;
-    }
-    kill(child, SIGKILL);
-    waitpid(child, nullptr, 0);
-    close(terminal);
-    return shown;
-}
-
 TEST(InictlTest, ATerminalSeesHowFarAMergeIs) {
     const TempFolder folder;
     std::string text;
     for (int i = 0; i < 2000; ++i)
         text += "[section " + std::to_string(i) + "]\nkey=" + std::string(3000, 'v') + "\n";
     folder.Write("big.ini", text);
-    const std::string shown = OnTerminal(folder, {INICTL, "merge", "new.ini", "big.ini"});
+    const std::string shown =
+        Shell(folder, "script -qc 'inictl merge new.ini big.ini' /dev/null </dev/null").first;
     EXPECT_TRUE(shown.find(" 50 %") != shown.npos && shown.ends_with("\r\x1b[K")) << shown.substr(0, 200);
     EXPECT_EQ(text.size() + 1999, folder.Read("new.ini").size());
 }
@@ -178,15 +146,17 @@ TEST(InictlTest, ShellsCompleteNamesOfTheFile) {
         {"inictl ge\tu\tlo\twi\t", "width "},
         {"inictl set u.ini --dr\tma\tle\t", "level\\ high "},
         {"inictl list u.ini --format=js\t", "--format=json"}};
-    const std::pair<std::vector<const char*>, std::string> shells[] = {
-        {{"bash", "--norc", "--noprofile", "-i"},
+    const std::pair<std::string, std::string> shells[] = {
+        {"bash --norc --noprofile -i",
          "bind 'set enable-bracketed-paste off'; . " COMPLETION "/completion.bash\n"},
-        {{"zsh", "-f", "-i"},
+        {"zsh -f -i",
          "unset zle_bracketed_paste; fpath=(" COMPLETION " $fpath); autoload -U compinit; compinit -D -u\n"}};
     for (const auto& [shell, setUp] : shells)
         for (const auto& [typed, wanted] : cases) {
-            if (!fs::exists("/usr/bin/"s + shell[0])) continue;
-            const std::string shown = OnTerminal(folder, shell, setUp + typed, wanted);
+            if (Shell(folder, "command -v " + shell).second != 0) continue;
+            folder.Write("typed", setUp + typed + "\nexit\n");
+            const std::string shown =
+                Shell(folder, "timeout 30 script -qc '" + shell + "' /dev/null <typed").first;
             EXPECT_NE(shown.npos, shown.find(wanted)) << shown;
         }
     EXPECT_FALSE(folder.Has("x"));
