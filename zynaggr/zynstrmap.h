@@ -45,10 +45,12 @@ public:
     void Forget();  // items have moved
     void Restart(); // there are others, or they are sorted again
 
+    // Null while there is none.
     class Table;
-    static constexpr int stopped = -1;
     mutable std::atomic<Table*> m_table = nullptr;
-    mutable std::atomic<int> m_searches = 0; // that it would have spared; `stopped`: no table is made
+    // Those that it would have spared since items moved; `stopped` where none is to be made.
+    static constexpr int stopped = -1;
+    mutable std::atomic<int> m_searches = 0;
 };
 
 } // namespace zyn

@@ -19,6 +19,7 @@ namespace zyn {
 // std::bad_alloc and leaves the text as it was.
 class ZYN_API SharedText {
 public:
+    // An empty text, a copy of one, or one that is taken over.
     SharedText() noexcept : m_bytes{} { m_bytes[markAt] = inlineLimit; }
     explicit SharedText(std::string_view text);
     SharedText(const SharedText& other) {
@@ -29,6 +30,8 @@ public:
     ~SharedText() {
         if (!IsInline()) Release();
     }
+
+    // As the constructors.
     SharedText& operator=(const SharedText& other) {
         SharedText(other).Swap(*this);
         return *this;
@@ -38,11 +41,13 @@ public:
         return *this;
     }
 
+    // In bytes, without the zero.
     std::size_t Length() const {
         return IsInline() ? inlineLimit - static_cast<std::size_t>(m_bytes[markAt]) : OfBlock().length;
     }
     // With the zero behind it; valid until the text changes.
     const char* Get() const { return IsInline() ? m_bytes : OfBlock().text; }
+    // The same with its length.
     std::string_view View() const { return {Get(), Length()}; }
 
     // Makes room for texts of that length: growing to it asks for no more memory.
