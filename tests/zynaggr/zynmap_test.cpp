@@ -65,7 +65,7 @@ TEST(PairMap, HoldsAndFindsWhatAModelDoes) {
         map.m_bAutoSort = round % 4 == 0;
         map.m_bNoLinearSearch = round % 3 > 0;
         const auto range = 2U << random() % 9;
-        for (int i = 0; i < 80; ++i) {
+        for (int i = 0; i < 160; ++i) {
             const int key = static_cast<int>(random() % range) - static_cast<int>(range / 2);
             const auto kind = random() % 32;
             if (kind < 12) {
