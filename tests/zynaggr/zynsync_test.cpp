@@ -66,12 +66,8 @@ TEST(ZynCriticalSection, CanBeEnteredBeforeConstructionAndAfterDestruction) {
     for (const bool isDestroyed : {false, true}) {
         if (isDestroyed) (new (section) Section)->~Section();
         section->LeaveZynCriticalSection();
-        for (const int depth : {1, 2}) {
-            section->EnterZynCriticalSection();
-            EXPECT_EQ(section->Depth(), depth);
-        }
-        for (const int depth : {1, 0}) {
-            section->LeaveZynCriticalSection();
+        for (const auto& [isEntered, depth] : {std::pair(true, 1), {true, 2}, {false, 1}, {false, 0}}) {
+            isEntered ? section->EnterZynCriticalSection() : section->LeaveZynCriticalSection();
             EXPECT_EQ(section->Depth(), depth);
         }
     }

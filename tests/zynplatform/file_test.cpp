@@ -5,8 +5,6 @@
 #include <chrono>
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
 
 using namespace zynplatform;
 
