@@ -2,8 +2,6 @@
 #include "zynaggr/zynsync.h"
 #include "zynplatform/tick.h"
 
-namespace {
-
 TEST(AtomicLong, IsWrittenInExchangeForTheOldValue) {
     CZynAtomicLong counter(5), other(-2), busy(-7);
     const long before[] = {
@@ -52,14 +50,14 @@ TEST(AtomicLongThreads, ReadingIsAFullBarrier) {
         ASSERT_TRUE(sides[0].isSeen[i] || sides[1].isSeen[i]) << i;
 }
 
-int Depth(const _RTL_CRITICAL_SECTION& section) {
+static int Depth(const _RTL_CRITICAL_SECTION& section) {
     return section.lock ? section.recursion : 0;
 }
 struct Section : CZynCriticalSection {
     int Depth() const { return ::Depth(m_section); }
 };
-constinit Section constructedAtCompileTime; // does not compile if a constructor had to run
-alignas(Section) unsigned char zeroFilled[sizeof(Section)];
+static constinit Section constructedAtCompileTime; // does not compile if a constructor had to run
+alignas(Section) static unsigned char zeroFilled[sizeof(Section)];
 
 TEST(ZynCriticalSection, CanBeEnteredBeforeConstructionAndAfterDestruction) {
     auto* section = reinterpret_cast<Section*>(zeroFilled);
@@ -101,7 +99,7 @@ TEST(EnterCriticalSection, HoldsOneSectionAtATimeAndLeavesItExactlyOnce) {
     EXPECT_EQ(depths(), 1010); // left at the end
 }
 
-std::uint32_t tick;
+static std::uint32_t tick;
 
 TEST(TimeMeter, MeasuresAcrossTheWrapOfTheTick) {
     zynplatform::SetTickSource([] { return tick; });
@@ -129,5 +127,3 @@ TEST(TimeMeter, MeasuresAcrossTheWrapOfTheTick) {
     }
     zynplatform::SetTickSource(nullptr);
 }
-
-} // namespace

@@ -8,8 +8,6 @@
 
 using namespace zynplatform;
 
-namespace {
-
 constexpr unsigned both = accessRead | accessWrite;
 
 // Open until the end of the scope, when that went well.
@@ -111,5 +109,3 @@ TEST_F(FileTest, ForeignLockOnTheFileDelaysButDoesNotBlock) {
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2)); // once, not each time
     close(foreign);
 }
-
-} // namespace

@@ -4,8 +4,6 @@
 
 using namespace zynplatform;
 
-namespace {
-
 // A registry of the test's own, the file not yet there.
 class Registry : public testing::Test {
 protected:
@@ -16,8 +14,6 @@ protected:
     const fs::path m_file = m_folder.Native("registry");
     const Variable m_variable{"ZYN_REGISTRY", m_file};
 };
-
-} // namespace
 
 TEST_F(Registry, FindsKeysWithoutRegardToCase) {
     Write("\xEF\xBB\xBF[First]\r\n"
