@@ -3,7 +3,7 @@
 #include "support/late_callers.h"
 #include "zynhost/stringresources.h"
 
-extern "C" ZYN_API void Use(void (*trace)(const char*)) {
+extern "C" ZYN_API auto Use(void (*trace)(const char*)) {
     static constexpr zynStringResource texts[] = {{1, "text"}, {0, nullptr}};
     zynSetTraceOutput(trace);
     zynSetStringResources(texts, texts);
@@ -12,10 +12,7 @@ extern "C" ZYN_API void Use(void (*trace)(const char*)) {
     CzynINI("f.ini").GetString("section", "key", "", false);
     CzynTranslate::AddStringTranslationPair("one", "two");
     CzynTranslate::SetShouldTranslate(true);
-}
-
-extern "C" ZYN_API const char* Translate(const char* text) {
-    return CzynTranslate::Translate(text);
+    return CzynTranslate::Translate;
 }
 
 extern "C" ZYN_API void UseTillTheEnd() {

@@ -1,7 +1,5 @@
-// Loads and unloads the library a thousand times with a module that uses it, then ends while threads still
-// use it: nothing may be left of an unloaded library, and nothing may crash.
-//
-//   load_rounds MODULE LIBRARY
+// load_rounds MODULE LIBRARY: loads and unloads the library a thousand times with a module that uses it, then
+// ends while threads still use it: nothing may be left of an unloaded library, and nothing may crash.
 
 #include <atomic>
 #include <cstdio>
@@ -16,8 +14,9 @@ namespace {
 
 constexpr int rounds = 1000;
 
-void (*use)(void (*)(const char*));
-const char* (*translate)(const char*);
+using Translate = const char* (*)(const char*);
+Translate (*use)(void (*)(const char*));
+Translate translate;
 int terminated;
 std::atomic<bool> hasUsed{false}, mayEnd{false};
 
@@ -52,8 +51,7 @@ int main(int, char** arguments) {
         void* const module = dlopen(arguments[1], RTLD_NOW);
         if (!module) return Fail(dlerror(), round);
         Find(module, "Use", use);
-        Find(module, "Translate", translate);
-        use(Trace);
+        translate = use(Trace);
         if (round > rounds) {
             void (*useTillTheEnd)() = nullptr;
             Find(module, "UseTillTheEnd", useTillTheEnd);

@@ -59,10 +59,6 @@ FailingCall::~FailingCall() {
     if (wanted == noSpace) wanted = ioError;
 }
 
-bool FailingCall::Happened() {
-    return failed != nullptr;
-}
-
 const char* FailingCall::Name() {
     return failed ? failed : "";
 }

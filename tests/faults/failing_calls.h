@@ -19,8 +19,6 @@ public:
     FailingCall(const FailingCall&) = delete;
     FailingCall& operator=(const FailingCall&) = delete;
 
-    // Whether there were so many calls.
-    static bool Happened();
-    // What the call was.
+    // What the call was; empty when there were not so many.
     static const char* Name();
 };

@@ -87,7 +87,7 @@ Outcome RunEdit(const Edit& edit, const CStringA& name, int nth, FailingCall::Ki
     const int before = CountDescriptors();
     std::optional<FailingCall> failing(std::in_place, nth, kind);
     const bool answer = edit.run(ini);
-    happened = FailingCall::Happened();
+    happened = *FailingCall::Name() != 0;
     failing.reset();
     if (CountDescriptors() != before) return leaked;
     if (!answer && ini.GetErrDescription().IsEmpty()) return silent;

@@ -1,16 +1,9 @@
 #pragma once
 
-// The test program's operator new can be made to fail. Linking failing_new.cpp replaces the global operators
-// new and delete; nothing fails until an object of this class lives.
-//
-//     for (long n = 1, failures = 1; failures > 0; ++n) {   // until the operation comes through
-//         FailingNew failing(n);                            // its n-th allocation fails
-//         ... operation, which reports the failure ...
-//         failures = failing.Failures();
-//     }
-//
-// Only the thread that made the object is affected, one object a thread at a time. Test assertions allocate
-// too.
+// The test program's operator new can be made to fail: linking failing_new.cpp replaces the global operators
+// new and delete; nothing fails until an object of this class lives, and then on the thread that made it, one
+// object a thread at a time. Test assertions allocate too. An operation is tried with n from 1 on until there
+// are no Failures.
 class FailingNew {
 public:
     enum Kind { once, onwards }; // only the n-th allocation, or all from the n-th on

@@ -5,9 +5,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
-#include <string>
-#include <string_view>
 #include <unistd.h>
 
 // A folder of the test's own, removed with all that is in it.

@@ -12,7 +12,11 @@
 #include <iconv.h>
 #include <optional>
 #include <random>
+#include <regex>
+#include <set>
 #include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
 #include <thread>
 #include <tuple>
 #include <vector>

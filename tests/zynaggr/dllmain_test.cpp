@@ -5,13 +5,9 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
-namespace {
-
-constinit char asked[256] = ""; // the library asks before this program's objects are made
-constinit char lines[256] = "";
-constinit bool isRussian[16] = {};
-
-} // namespace
+static constinit char asked[256] = ""; // the library asks before this program's objects are made
+static constinit char lines[256] = "";
+static constinit bool isRussian[16] = {};
 
 // Stands before the C library's and knows one locale more: "Russian", for what the library asks it for.
 extern "C" char* setlocale(int category, const char* name) noexcept {

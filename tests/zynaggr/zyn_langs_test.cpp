@@ -2,8 +2,6 @@
 #include "zynaggr/zyn_langs.h"
 #include "zynplatform/locale.h"
 
-#include <regex>
-#include <set>
 #include <sstream>
 
 TEST(Langs, TableIsStillTheOneThatWasComparedRowByRow) {

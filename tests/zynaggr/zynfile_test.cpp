@@ -1,8 +1,6 @@
 #include "support/host.h"
 #include "zynaggr/zynfile.h"
 
-#include <sys/stat.h>
-
 constexpr std::uint64_t failed64 = ~std::uint64_t{0};
 
 TEST(ZynFile, OpenFlagsActAsTheModeStringTheyMean) {

@@ -2,8 +2,6 @@
 #include "zynaggr/zynhelpers.h"
 #include "zynplatform/memorystatus.h"
 
-#include <regex>
-
 TEST(Helpers, NumbersAreDigitsBehindASignOrAPrefix) {
     const std::regex decimal("-[0-9]*|[0-9]+"), hex("-[0-9a-fA-F]*|(0x)?[0-9a-fA-F]+");
     for (int n = 0; n < 100'000; ++n) { // every text of up to five of these characters

@@ -1,8 +1,6 @@
 #include "support/test.h"
 #include "zynaggr/zynmessagenames.h"
 
-#include <set>
-
 TEST(MessageNames, TableIsStillTheOneThatWasComparedRowByRow) {
     std::string names;
     for (unsigned long message = 0; message < 0x11000; ++message)

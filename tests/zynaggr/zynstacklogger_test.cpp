@@ -26,7 +26,6 @@ struct StackLogger : testing::Test {
         tick = 7, timeReads = 0;
         zynplatform::SetThreadIdSource([] { return 0xA1Cu; });
         zynplatform::SetTickSource([] { return tick++; });
-        tzset();
         zynplatform::SetTimeSource([] { return std::int64_t{61'509'000} + timeReads++; }); // 17:05:09
         zynplatform::SetBeep([](auto hz, auto ms) { beeps += std::to_string(hz * 1000 + ms) + " "; });
         const auto warn = [](auto text, auto from, auto extra) {

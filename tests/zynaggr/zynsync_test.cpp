@@ -2,8 +2,6 @@
 #include "zynaggr/zynsync.h"
 #include "zynplatform/tick.h"
 
-namespace {
-
 TEST(AtomicLong, IsWrittenInExchangeForTheOldValue) {
     CZynAtomicLong counter(5), other(-2), busy(-7);
     const long before[] = {
@@ -52,26 +50,22 @@ TEST(AtomicLongThreads, ReadingIsAFullBarrier) {
         ASSERT_TRUE(sides[0].isSeen[i] || sides[1].isSeen[i]) << i;
 }
 
-int Depth(const _RTL_CRITICAL_SECTION& section) {
+static int Depth(const _RTL_CRITICAL_SECTION& section) {
     return section.lock ? section.recursion : 0;
 }
 struct Section : CZynCriticalSection {
     int Depth() const { return ::Depth(m_section); }
 };
-constinit Section constructedAtCompileTime; // does not compile if a constructor had to run
-alignas(Section) unsigned char zeroFilled[sizeof(Section)];
+static constinit Section constructedAtCompileTime; // does not compile if a constructor had to run
+alignas(Section) static unsigned char zeroFilled[sizeof(Section)];
 
 TEST(ZynCriticalSection, CanBeEnteredBeforeConstructionAndAfterDestruction) {
     auto* section = reinterpret_cast<Section*>(zeroFilled);
     for (const bool isDestroyed : {false, true}) {
         if (isDestroyed) (new (section) Section)->~Section();
         section->LeaveZynCriticalSection();
-        for (const int depth : {1, 2}) {
-            section->EnterZynCriticalSection();
-            EXPECT_EQ(section->Depth(), depth);
-        }
-        for (const int depth : {1, 0}) {
-            section->LeaveZynCriticalSection();
+        for (const auto& [isEntered, depth] : {std::pair(true, 1), {true, 2}, {false, 1}, {false, 0}}) {
+            isEntered ? section->EnterZynCriticalSection() : section->LeaveZynCriticalSection();
             EXPECT_EQ(section->Depth(), depth);
         }
     }
@@ -105,7 +99,7 @@ TEST(EnterCriticalSection, HoldsOneSectionAtATimeAndLeavesItExactlyOnce) {
     EXPECT_EQ(depths(), 1010); // left at the end
 }
 
-std::uint32_t tick;
+static std::uint32_t tick;
 
 TEST(TimeMeter, MeasuresAcrossTheWrapOfTheTick) {
     zynplatform::SetTickSource([] { return tick; });
@@ -133,5 +127,3 @@ TEST(TimeMeter, MeasuresAcrossTheWrapOfTheTick) {
     }
     zynplatform::SetTickSource(nullptr);
 }
-
-} // namespace

@@ -19,14 +19,15 @@ TEST(FileException, EverySystemErrorHasItsCause) {
 
 TEST(FileException, MessageIsTheSystemsTextCutToTheRoom) {
     CFileException error;
-    error.SetOsError(2);
     char text[256];
-    EXPECT_TRUE(error.GetErrorMessage(text, sizeof text));
-    EXPECT_STREQ(text, "Файл не найден."_cp1251);
-    EXPECT_TRUE(error.GetErrorMessage(text, 5));
-    EXPECT_STREQ(text, "Файл"_cp1251);
+    const std::tuple<std::uint32_t, unsigned, const char*> cases[] = {
+        {2, 256, "Файл не найден."_cp1251},
+        {2, 5, "Файл"_cp1251},
+        {999, 256, "999"}}; // the last without a text
+    for (const auto& [code, room, shown] : cases) {
+        error.SetOsError(code);
+        EXPECT_TRUE(error.GetErrorMessage(text, room));
+        EXPECT_STREQ(text, shown);
+    }
     EXPECT_FALSE(error.GetErrorMessage(text, 0) || error.GetErrorMessage(nullptr, 10));
-    error.SetOsError(999); // without a text
-    EXPECT_TRUE(error.GetErrorMessage(text, sizeof text));
-    EXPECT_STREQ(text, "999");
 }

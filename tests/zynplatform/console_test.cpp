@@ -6,8 +6,6 @@
 
 using namespace zynplatform;
 
-namespace {
-
 // The variables that tell the encoding, for the time of a scope.
 struct Locale {
     Locale(const char* first, const char* second, const char* third)
@@ -15,7 +13,7 @@ struct Locale {
     Variable all, type, lang;
 };
 
-void WriteInColours() {
+static void WriteInColours() {
     std::fputs("host", stdout);
     for (const unsigned attribute : {14u, 12u, 9u, 15u}) {
         SetTextAttribute(attribute);
@@ -80,5 +78,3 @@ TEST(Console, EncodingComesFromTheFirstVariableThatIsSet) {
             << all << '/' << type << '/' << lang;
     }
 }
-
-} // namespace

@@ -5,12 +5,8 @@
 #include <chrono>
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
 
 using namespace zynplatform;
-
-namespace {
 
 constexpr unsigned both = accessRead | accessWrite;
 
@@ -113,5 +109,3 @@ TEST_F(FileTest, ForeignLockOnTheFileDelaysButDoesNotBlock) {
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2)); // once, not each time
     close(foreign);
 }
-
-} // namespace

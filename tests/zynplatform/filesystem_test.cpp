@@ -4,7 +4,6 @@
 #include "zynplatform/syserror.h"
 
 #include <cstring>
-#include <sys/stat.h>
 #include <sys/xattr.h>
 
 using namespace zynplatform;

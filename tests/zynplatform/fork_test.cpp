@@ -2,8 +2,6 @@
 #include "zynaggr/zynaggr.h"
 #include "zynplatform/time.h"
 
-#include <sys/wait.h>
-
 static char lastLine[256];
 
 [[noreturn]] static void UseTheLibraryInAChild() {

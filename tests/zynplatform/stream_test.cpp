@@ -1,8 +1,6 @@
 #include "support/test.h"
 #include "zynplatform/stream.h"
 
-#include <regex>
-
 using namespace zynplatform;
 
 TEST(StreamTest, TextIsTranslatedWhereverTheBufferEnds) {
