@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "keep_memory.h"
 #include "zynaggr/zyndatabuf.h"
 #include "zynaggr/zyndatabufex.h"

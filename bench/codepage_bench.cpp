@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "keep_memory.h"
 #include "zynaggr/zynencoding.h"
 #include "zynaggr/zynstringfile.h"

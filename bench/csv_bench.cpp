@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "keep_memory.h"
 #include "zynaggr/zyncsv.h"
 #include "zynaggr/zynhelpers.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "simple_ini.h"
 #include "zynaggr/zynaggr.h"
 

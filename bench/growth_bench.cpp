@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "keep_memory.h"
 #include "zynaggr/ini.h"
 #include "zynaggr/zynmap.h"

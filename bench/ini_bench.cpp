@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "keep_memory.h"
 #include "simple_ini.h"
 #include "zynaggr/ini.h"

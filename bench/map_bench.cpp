@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynaggr/zynmap.h"
 #include "zynaggr/zynstrmap.h"
 

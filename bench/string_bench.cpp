@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynaggr/zynstring.h"
 #include "zynaggr/zynstringw.h"
 #include "zynplatform/cp1251.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // pricelist: prints a price list as a table and what the stock is worth, and traces its own calls to standard
 // error.
 //

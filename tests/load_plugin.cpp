@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A host's module that uses the library: load_rounds loads and unloads both.
 
 #include "support/late_callers.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // load_rounds MODULE LIBRARY: loads and unloads the library a thousand times with a module that uses it, then
 // ends while threads still use it: nothing may be left of an unloaded library, and nothing may crash.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynaggr/backup_impl.h"
 
 #include "zynaggr/zynfile.h"

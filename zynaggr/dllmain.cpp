@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynaggr/dllmain.h"
 
 #include "zynaggr/zynstacklogger.h"

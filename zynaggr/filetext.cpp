@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynaggr/filetext_impl.h"
 
 #include "zynplatform/codepage.h"

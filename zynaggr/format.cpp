@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynaggr/format_impl.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynaggr/hash_impl.h"
 
 #include <chrono>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynaggr/ini_compose_impl.h"
 
 #include <optional>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynaggr/ini_index_impl.h"
 
 namespace zyn {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynaggr/ini_line_impl.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynaggr/ini_lines_impl.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynaggr/ini.h"
 
 #include "zynaggr/filetext_impl.h"

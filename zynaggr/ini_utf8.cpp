@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynaggr/filetext_impl.h"
 #include "zynaggr/ini.h"
 #include "zynaggr/ini_compose_impl.h"

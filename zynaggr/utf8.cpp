@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynaggr/utf8.h"
 
 #include "zynaggr/filetext_impl.h"

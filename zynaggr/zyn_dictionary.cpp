@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Building the dictionary from pairs of files.
 
 #include "zynaggr/hash_impl.h"

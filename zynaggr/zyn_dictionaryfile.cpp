@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Reading dictionary files, line by line.
 
 #include "zynaggr/zyn_translate.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynaggr/zyn_langs.h"
 
 #include "zynplatform/locale_table.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynaggr/zyn_translate.h"
 
 #include "zynaggr/format_impl.h"

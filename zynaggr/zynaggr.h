@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 // zynAggr: everything, in one header. Each unit's header is its manual and can be included by itself.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynaggr/zyncsvwriter.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynaggr/zyndatabuf.h"
 
 #include "zynaggr/zynmessage.h"

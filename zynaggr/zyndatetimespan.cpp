@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynaggr/zyndatetimespan.h"
 
 #include <charconv>

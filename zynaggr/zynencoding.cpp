@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynaggr/zynencoding.h"
 
 #include "zynplatform/vectors.h"

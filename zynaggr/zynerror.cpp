@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynaggr/zynerror.h"
 
 #include "zynaggr/zyn_translate.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynaggr/zynfile.h"
 
 #include "zynaggr/zynmessage.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynaggr/zynhelpers.h"
 
 #include "zynaggr/zyn_translate.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynaggr/zynmap.h"
 
 #include "zynhost/memory.h"

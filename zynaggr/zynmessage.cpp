@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynaggr/zynmessage.h"
 
 #include "zynaggr/zynsync.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynaggr/zynmessagenames.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynaggr/zynstacklogger.h"
 
 #include "zynaggr/zynerror.h"

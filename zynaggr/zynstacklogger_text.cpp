@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynaggr/zynstacklogger_impl.h"
 
 #include "zynplatform/tick.h"

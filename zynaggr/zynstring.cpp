@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynaggr/zynstring.h"
 
 #include "zynaggr/zynstring_impl.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Formatting of both string classes. The C library prints 8-bit text; what it does not know is printed here,
 // directive by directive, the numbers by the C library still.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynaggr/zynstringadapter.h"
 
 #include "zynplatform/codepage.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynaggr/zynstringfile.h"
 
 #include "zynplatform/codepage.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynaggr/zynstringw.h"
 
 #include "zynaggr/zynstring_impl.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynaggr/zynstrmap.h"
 
 #include "zynaggr/hash_impl.h"

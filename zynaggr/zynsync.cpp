@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynaggr/zynsync.h"
 
 #include "zynplatform/tick.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynaggr/zyntaggr.h"
 
 #include "zynaggr/zyn_translate.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynhost/application.h"
 
 #include "zynplatform/console.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynhost/cfile.h"
 
 #include "zynplatform/paths.h"

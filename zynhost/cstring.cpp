@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynhost/cstring.h"
 
 #include "zynhost/memory.h"

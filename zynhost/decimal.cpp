@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynhost/decimal.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynhost/extensionmodule.h"
 
 #include <atomic>

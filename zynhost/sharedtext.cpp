@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynhost/sharedtext.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynhost/stringresources.h"
 
 #include "zynplatform/cp1251.h"

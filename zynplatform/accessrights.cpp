@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynplatform/accessrights_impl.h"
 
 #include "zynplatform/descriptor_impl.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynplatform/automation.h"
 
 #include "zynplatform/registry.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The conversions of vectorcode_impl.h by AVX2: 32 characters or bytes at a time. Constants stand before the
 // loops, where compilers leave them in registers.
 

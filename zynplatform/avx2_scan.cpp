@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Going through texts by AVX2: 32 bytes at a time.
 
 #ifdef __x86_64__

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The conversions of vectorcode_impl.h by AVX-512: 32 or 64 bytes at a time.
 
 #ifdef __x86_64__

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynplatform/beep.h"
 
 #include "zynplatform/file.h"

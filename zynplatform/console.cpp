@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynplatform/console.h"
 
 #include "zynplatform/codepage.h"

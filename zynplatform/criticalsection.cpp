@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynplatform/criticalsection.h"
 
 #include <atomic>

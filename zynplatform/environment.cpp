@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynplatform/environment.h"
 
 #include "zynplatform/codepage.h"

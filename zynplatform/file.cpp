@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynplatform/file.h"
 
 #include "zynplatform/descriptor_impl.h"

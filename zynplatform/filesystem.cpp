@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynplatform/filesystem.h"
 
 #include "zynplatform/accessrights_impl.h"

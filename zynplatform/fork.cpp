@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynplatform/fork.h"
 
 #include "zynplatform/criticalsection.h"

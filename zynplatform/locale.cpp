@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynplatform/locale.h"
 
 #include "zynplatform/locale_table.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynplatform/memorystatus.h"
 
 #include <cinttypes>

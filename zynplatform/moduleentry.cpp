@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynplatform/moduleentry.h"
 
 #include <dlfcn.h>

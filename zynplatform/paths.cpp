@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynplatform/paths.h"
 
 #include "zynplatform/cp1251.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynplatform/savelock.h"
 
 #include "zynplatform/descriptor_impl.h"

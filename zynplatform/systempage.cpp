@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynplatform/systempage_impl.h"
 
 #include "zynplatform/fork.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynplatform/textscan_impl.h"
 
 #include "zynplatform/vectorcode_impl.h"

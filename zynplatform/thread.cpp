@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynplatform/thread.h"
 
 #include "zynplatform/fork.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynplatform/time.h"
 
 #include "zynplatform/fork.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynplatform/timetext.h"
 
 #include "zynplatform/codepage.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 // The 16-bit character of the whole library. wchar_t is 32 bits wide here and is used nowhere.

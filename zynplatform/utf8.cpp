@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynplatform/utf8.h"
 
 #include "zynplatform/vectorcode_impl.h"

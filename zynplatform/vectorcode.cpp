@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynplatform/vectorcode_impl.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // One edit of an INI file by a library: edit FILE SECTION KEY VALUE. What the library cannot read or write is
 // status 1.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <zynaggr/modern/ini.h>
 #include <zynaggr/zynaggr.h>
 #include <zynhost/extensionmodule.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "faults/failing_calls.h"
 
 #include <cerrno>

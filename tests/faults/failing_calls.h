@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 // The system calls that the library makes for files, one of which can be made to go wrong. Linking

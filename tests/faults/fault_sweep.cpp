@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "faults/failing_calls.h"
 #include "support/temp_folder.h"
 #include "zynaggr/ini_transaction.h"

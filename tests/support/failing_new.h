@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 // The test program's operator new can be made to fail: linking failing_new.cpp replaces the global operators

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/test.h"
 
 // The program inictl, run as its users run it.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/failing_new.h"
 #include "support/host.h"
 #include "zynaggr/zynaggr.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/late_callers.h"
 
 #include <clocale>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/encodings.h"
 #include "support/ini_model.h"
 

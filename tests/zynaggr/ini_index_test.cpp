@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/ini_trial.h"
 #include "zynaggr/name_index_impl.h"
 

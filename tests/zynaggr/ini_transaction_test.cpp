@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynaggr/ini_transaction.h"
 
 #include "support/ini_model.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/ini_model.h"
 #include "zynaggr/zynaggr.h"
 #include "zynplatform/registry.h"

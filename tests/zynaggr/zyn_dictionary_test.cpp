@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/host.h"
 #include "zynaggr/zyn_translate.h"
 #include "zynhost/stringresources.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/host.h"
 #include "zynaggr/ini.h"
 #include "zynaggr/zyn_translate.h"

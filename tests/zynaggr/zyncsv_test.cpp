@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynaggr/zyncsv.h"
 #include "zynaggr/zyncsvwriter.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/test.h"
 #include "zynaggr/zyndatabufex.h"
 #include "zynaggr/zynerror.h"

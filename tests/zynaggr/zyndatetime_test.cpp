@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "zynaggr/zyndatetime.h"
 
 #include "support/test.h"

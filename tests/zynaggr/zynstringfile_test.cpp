@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/encodings.h"
 #include "support/failing_new.h"
 #include "zynaggr/zynstringfile.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/test.h"
 #include "zynplatform/codepage.h"
 #include "zynplatform/vectorcode_impl.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/test.h"
 #include "zynaggr/zynaggr.h"
 #include "zynplatform/time.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/test.h"
 #include "zynplatform/textsearch_impl.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "difference.h"
 
 #include <algorithm>

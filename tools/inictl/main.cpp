@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // inictl: reads and edits INI files from the command line, and changes no byte that it was not asked to.
 
 #include "options.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "workfile.h"
 
 #include "difference.h"
