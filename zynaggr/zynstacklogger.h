@@ -197,7 +197,7 @@ protected:
 class ZYN_API CzynStackLogger {
 public:
     // The name must not be null.
-    CzynStackLogger(const char* szFunction, bool bLogEveryCall) : m_strKey(" ") {
+    CzynStackLogger(const char* szFunction, bool bLogEveryCall) : m_strKey(' ') {
         assert(szFunction);
         if (CGlobalStackLog* const pGlobal = CGlobalStackLog::Active())
             Enter(*pGlobal, szFunction, bLogEveryCall);

@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <climits>
 #include <cstdio>
 #include <cstring>
 
@@ -51,7 +50,6 @@ template <class Use> void WithFormatted(const char* format, std::va_list argumen
 CStringA::CStringA(const WCHAR* text) {
     const std::size_t length = text ? std::char_traits<WCHAR>::length(text) : 0;
     const std::size_t narrow = zynplatform::NarrowLength(zynplatform::ansiCodePage, text, length);
-    if (narrow > INT_MAX) ThrowTooLong();
     zynplatform::ToNarrow(zynplatform::ansiCodePage, text, length, m_text.Resize(narrow));
 }
 
@@ -64,18 +62,7 @@ CStringA& CStringA::operator=(const WCHAR* text) {
     return *this = CStringA(text);
 }
 
-void CStringA::ThrowTooLong() {
-    AfxThrowMemoryException();
-}
-
-CStringA& CStringA::Append(std::string_view text) {
-    if (text.size() > static_cast<std::size_t>(INT_MAX) - m_text.Length()) AfxThrowMemoryException();
-    m_text.Append(text);
-    return *this;
-}
-
 CStringA CStringA::Joined(std::string_view left, std::string_view right) {
-    if (right.size() > INT_MAX - Checked(left).size()) ThrowTooLong();
     CStringA joined;
     joined.m_text.Reserve(left.size() + right.size());
     joined.m_text.Append(left);

@@ -5,7 +5,6 @@
 #include "zynplatform/export.h"
 #include "zynplatform/types.h"
 
-#include <climits>
 #include <concepts>
 #include <cstdarg>
 #include <functional>
@@ -39,22 +38,23 @@ class ZYN_API CStringA {
 public:
     CStringA() = default;
     // The text up to its zero, or so many bytes of it.
-    CStringA(const char* text) : m_text(Checked(text ? text : "")) {}
+    CStringA(const char* text) : m_text(std::string_view(text ? text : "")) {}
     CStringA(const char* text, int length) : m_text(Piece(text, length)) {}
     // Converts with the system's code page; what it cannot hold becomes '?'.
     CStringA(const WCHAR* text);
     // A character, so many times, or a text with its length.
-    explicit CStringA(char character, int count = 1);
-    explicit CStringA(std::string_view text) : m_text(Checked(text)) {}
+    explicit CStringA(char character) : m_text(character) {}
+    explicit CStringA(char character, int count);
+    explicit CStringA(std::string_view text) : m_text(text) {}
 
     // As the constructors.
     CStringA& operator=(const char* text) {
-        m_text.Assign(Checked(text ? text : ""));
+        m_text.Assign(text ? text : "");
         return *this;
     }
     CStringA& operator=(const WCHAR* text);
     template <zyn::TextView Text> CStringA& operator=(const Text& text) {
-        m_text.Assign(Checked(text));
+        m_text.Assign(text);
         return *this;
     }
     CStringA& operator=(char character) {
@@ -91,7 +91,10 @@ public:
     CStringA& Append(const CStringA& text) { return Append(text.View()); }
     CStringA& Append(const char* text) { return Append(std::string_view(text ? text : "")); }
     CStringA& Append(const char* text, int length) { return Append(Piece(text, length)); }
-    CStringA& Append(std::string_view text);
+    CStringA& Append(std::string_view text) {
+        m_text.Append(text);
+        return *this;
+    }
     // A new string of two texts, as operator+ makes it.
     static CStringA Joined(std::string_view left, std::string_view right);
 
@@ -151,15 +154,9 @@ public:
     bool GetEnvironmentVariable(const char* name);
 
 private:
-    // Throws where the text is too long.
-    static std::string_view Checked(std::string_view text) {
-        if (text.size() > INT_MAX) ThrowTooLong();
-        return text;
-    }
     static std::string_view Piece(const char* text, int length) {
         return text && length > 0 ? std::string_view(text, static_cast<std::size_t>(length)) : "";
     }
-    [[noreturn]] static void ThrowTooLong();
     // The text for writing in place.
     char* Own() { return m_text.Resize(m_text.Length()); }
     CStringA& Keep(std::string_view part);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "zynhost/sharedtext.h"
 
+#include "zynhost/memory.h"
+
 #include <algorithm>
 #include <cassert>
 #include <climits>
@@ -21,7 +23,8 @@ SharedText::SharedText(std::string_view text) : SharedText() {
 
 // Gives an object that has no block one, with a text in it.
 void SharedText::Allocate(std::size_t room, std::string_view text) {
-    assert(text.size() <= room && room <= INT_MAX);
+    assert(text.size() <= room);
+    if (room > INT_MAX) AfxThrowMemoryException();
     Block* const block = new (::operator new(sizeof(Block) + room + 1)) Block;
     block->owners.store(1, std::memory_order_relaxed);
     block->room = static_cast<std::uint32_t>(room);
@@ -50,12 +53,12 @@ char* SharedText::SetLength(std::size_t length) {
         m_bytes[markAt] = static_cast<char>(std::size_t{inlineLimit} - length);
         return m_bytes;
     }
-    Place place = OfBlock();
-    place.length = static_cast<std::uint32_t>(length);
-    place.text[length] = 0;
-    std::memcpy(m_bytes, &place, sizeof place);
+    char* const text = OfBlock().text;
+    text[length] = 0;
+    const auto stored = static_cast<std::uint32_t>(length);
+    std::memcpy(m_bytes + offsetof(Place, length), &stored, sizeof stored);
     m_bytes[markAt] = sharedMark;
-    return place.text;
+    return text;
 }
 
 void SharedText::Assign(std::string_view text) {
@@ -78,14 +81,14 @@ SharedText SharedText::Grown(std::size_t room) const {
 
 void SharedText::Append(std::string_view text) {
     const std::size_t length = Length(), all = length + text.size();
-    const auto put = [&](SharedText& to) {
-        std::char_traits<char>::move(to.Text() + length, text.data(), text.size());
-        to.SetLength(all);
-    };
-    if (Has(all)) return put(*this);
-    SharedText grown = Grown(all);
-    put(grown);
-    Swap(grown);
+    if (Has(all)) {
+        std::char_traits<char>::move(Text() + length, text.data(), text.size());
+        SetLength(all);
+    } else {
+        SharedText grown = Grown(all);
+        grown.Append(text);
+        Swap(grown);
+    }
 }
 
 void SharedText::Reserve(std::size_t length) {

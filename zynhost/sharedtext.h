@@ -16,13 +16,14 @@ namespace zyn {
 // copy asks for no memory.
 //
 // The objects that have a block in common may belong to different threads; one object is for one thread at a
-// time. Lengths are below 2^31, which is for the caller to see to. Running out of memory throws
-// std::bad_alloc and leaves the text as it was.
+// time. Running out of memory throws std::bad_alloc, and so does a length of 2^31 or more; the text stays as
+// it was.
 class ZYN_API SharedText {
 public:
-    // An empty text, a copy of one, or one that is taken over.
+    // An empty text, a copy of one, one character, or a text that is taken over.
     SharedText() noexcept : m_bytes{} { m_bytes[markAt] = inlineLimit; }
     explicit SharedText(std::string_view text);
+    explicit SharedText(char character) noexcept : m_bytes{character} { m_bytes[markAt] = inlineLimit - 1; }
     SharedText(const SharedText& other) {
         std::memcpy(m_bytes, other.m_bytes, sizeof m_bytes);
         if (!IsInline()) Share();
