@@ -106,7 +106,13 @@ public:
         return Append(text, -1);
     }
     BasicString& operator+=(C character) {
-        if (std::uint64_t{m_nLength} + 2 > m_nSize) Reserve(std::uint64_t{m_nLength} + 16);
+        if (std::uint64_t{m_nLength} + 2 > m_nSize) {
+            const std::uint64_t size = std::uint64_t{m_nLength} + 16;
+            if (size <= m_nRoom)
+                m_nSize = static_cast<std::uint32_t>(size);
+            else
+                Reserve(size);
+        }
         m_pBuffer[m_nLength++] = character;
         m_pBuffer[m_nLength] = 0;
         return *this;
@@ -227,10 +233,11 @@ protected:
     BasicString& Assign(const C* text, std::uint64_t length);
     // In line where there is room.
     BasicString& AppendText(const C* text, std::uint64_t length) {
-        if (m_nLength + length >= m_nSize) return AppendGrowing(text, length);
+        if (m_nLength + length >= m_nRoom) return AppendGrowing(text, length);
         if (length != 0) std::memmove(m_pBuffer + m_nLength, text, length * sizeof(C));
         m_nLength += static_cast<std::uint32_t>(length);
         m_pBuffer[m_nLength] = 0;
+        if (m_nSize <= m_nLength) m_nSize = m_nLength + 1;
         return *this;
     }
     BasicString& AppendGrowing(const C* text, std::uint64_t length);
