@@ -16,7 +16,7 @@ const char* failed = nullptr;
 enum Traits { none = 0, needsRoom = 1, canBeInterrupted = 2, hasLength = 4 };
 
 // Whether this call goes wrong; errno is set then. Otherwise `length` may have become shorter, if it has one.
-bool Fails(const char* name, int traits, long& length) {
+bool Fails(const char* name, int traits, long* length = nullptr) {
     const bool isDiskFull = failed && wanted == FailingCall::noSpace;
     if (!isDiskFull && (callsLeft == 0 || --callsLeft != 0)) return false;
     if (!failed) failed = name;
@@ -25,7 +25,7 @@ bool Fails(const char* name, int traits, long& length) {
         raise(SIGKILL);
         return true;
     case FailingCall::shorten:
-        if ((traits & hasLength) != 0 && length > 1) length /= 2;
+        if ((traits & hasLength) != 0 && *length > 1) *length /= 2;
         return false;
     case FailingCall::interrupt:
         errno = EINTR;
@@ -68,7 +68,7 @@ const char* FailingCall::Name() {
     extern "C" long long Passed_##name(long, long, long, long, long, long) __asm__(#name);                   \
     long long Passed_##name(long a, long b, long c, long d, long e, long f) {                                \
         static Call* const real = Real(#name);                                                               \
-        return Fails(#name, traits, c) ? -1 : real(a, b, c, d, e, f);                                        \
+        return Fails(#name, traits, &c) ? -1 : real(a, b, c, d, e, f);                                       \
     }
 
 PASSED_ON(faccessat, none)
@@ -81,6 +81,7 @@ PASSED_ON(flistxattr, none)
 PASSED_ON(flock, canBeInterrupted)
 PASSED_ON(fstat64, none)
 PASSED_ON(fstatat64, none)
+PASSED_ON(fsync, needsRoom | canBeInterrupted)
 PASSED_ON(ftruncate64, canBeInterrupted)
 PASSED_ON(linkat, needsRoom)
 PASSED_ON(lseek64, none)
@@ -96,17 +97,10 @@ PASSED_ON(unlink, none)
 PASSED_ON(unlinkat, none)
 PASSED_ON(write, needsRoom | canBeInterrupted | hasLength)
 
-// Whether it is called counts here, not what it does for so long.
-extern "C" int fsync(int) {
-    long nothing = 0;
-    return Fails("fsync", needsRoom | canBeInterrupted, nothing) ? -1 : 0;
-}
-
 // Closed it is in any case.
 extern "C" int close(int file) {
     static Call* const real = Real("close");
-    long nothing = 0;
-    const bool fails = Fails("close", none, nothing);
+    const bool fails = Fails("close", none);
     const int error = errno, result = static_cast<int>(real(file, 0, 0, 0, 0, 0));
     if (fails) errno = error;
     return fails ? -1 : result;

@@ -83,12 +83,11 @@ int CountDescriptors() {
 // Exit statuses of the process that edits.
 enum Outcome { done, refused, silent, leaked, otherwise = 100 };
 
-Outcome RunEdit(const Edit& edit, const CStringA& name, int nth, FailingCall::Kind kind, bool& happened) {
+Outcome RunEdit(const Edit& edit, const CStringA& name, int nth, FailingCall::Kind kind) {
     CzynINI ini(name);
     const int before = CountDescriptors();
     std::optional<FailingCall> failing(std::in_place, nth, kind);
     const bool answer = edit.run(ini);
-    happened = *FailingCall::Name() != 0;
     failing.reset();
     if (CountDescriptors() != before) return leaked;
     if (!answer && ini.GetErrDescription().IsEmpty()) return silent;
@@ -125,10 +124,9 @@ bool Fail(const Edit& edit, const Start& start, const std::string& after, int nt
     const pid_t child = fork();
     if (child == 0) {
         setenv("TMPDIR", folder.Native("tmp").c_str(), 1);
-        bool happened = false;
-        const Outcome outcome = RunEdit(edit, folder.Path("f.ini"), nth, kind, happened);
+        const Outcome outcome = RunEdit(edit, folder.Path("f.ini"), nth, kind);
         folder.Write("tmp/call", FailingCall::Name());
-        _exit(happened ? outcome : otherwise + outcome);
+        _exit(*FailingCall::Name() ? outcome : otherwise + outcome);
     }
     int status = 0;
     waitpid(child, &status, 0);

@@ -26,7 +26,7 @@
 // environment.
 
 namespace fs = std::filesystem;
-using namespace std::string_literals;
+using namespace std::literals;
 using namespace zynplatform::literals;
 
 // The text in another encoding, as the system converts it; empty when it can't.
@@ -38,6 +38,12 @@ inline std::string Converted(std::string text, const char* from, const char* to)
     const bool isDone = iconv(converter, &in, &inLeft, &out, &outLeft) == 0;
     iconv_close(converter);
     return isDone ? result.substr(0, result.size() - outLeft) : "";
+}
+
+// A date or span of this status.
+template <class Value> Value WithStatus(Value value, auto status) {
+    value.SetStatus(status);
+    return value;
 }
 
 // FNV-1a.

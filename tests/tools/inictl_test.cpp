@@ -3,10 +3,8 @@
 
 // The program inictl, run as its users run it.
 
-namespace {
-
 // What a command of the shell in a folder writes to both streams, and its status.
-std::pair<std::string, int> Shell(const TempFolder& folder, const std::string& command) {
+static std::pair<std::string, int> Shell(const TempFolder& folder, const std::string& command) {
     const std::string line = "cd '" + folder.Native().string() + "'; export TERM=dumb PATH='" +
                              fs::path(INICTL).parent_path().string() + "':\"$PATH\"; { " + command +
                              "\n} 2>&1";
@@ -18,11 +16,9 @@ std::pair<std::string, int> Shell(const TempFolder& folder, const std::string& c
     return {output, WIFEXITED(status) ? WEXITSTATUS(status) : -1};
 }
 
-const std::string utf8 =
+static const std::string utf8 =
     "# Цены — ₽\n[магазин]\n  имя = Müller\n\n[log]\nlevel=2\nlevel=3";
-const std::string cp1251 = "[s]\r\n10=a\r\n2=b\r\nk = ё\r\nfree\r\n[t] tail\r\n"_cp1251;
-
-} // namespace
+static const std::string cp1251 = "[s]\r\n10=a\r\n2=b\r\nk = ё\r\nfree\r\n[t] tail\r\n"_cp1251;
 
 TEST(InictlTest, CommandsAnswerAndChangeWhatTheySay) {
     const Variable language("LC_ALL", "en_US.UTF-8");

@@ -5,8 +5,6 @@
 
 using testing::ElementsAre, testing::HasSubstr, testing::Not;
 
-namespace {
-
 constexpr std::uint32_t german = 1031, englishUS = 1033, russian = 1049;
 
 using Texts = std::vector<std::string>;
@@ -16,7 +14,7 @@ struct OpenTranslate : CzynTranslate {
     using CzynTranslate::m_bShowStringId;
 };
 
-std::string List(const std::string& lines, const std::string& encoding = "utf-8") {
+static std::string List(const std::string& lines, const std::string& encoding = "utf-8") {
     return "<?xml version=\"1.0\" encoding=\"" + encoding + "\"?>\n<strings>\n" + lines + "</strings>\n";
 }
 
@@ -47,8 +45,6 @@ struct Dictionary : testing::Test {
     bool isRead = false;
     Host host{german};
 };
-
-} // namespace
 
 TEST(DictionaryText, EscapesAreDecodedInPlace) {
     const std::pair<std::string, std::string> cases[] = {

@@ -12,28 +12,22 @@ extern "C" const char* __lsan_default_suppressions() {
     return "leak:__argz_add_sep";
 }
 
-namespace {
-
 using namespace std::chrono;
 
 constexpr int firstDay = -657434, lastDay = 2958465;
 constexpr sys_days epoch = 1899y / December / 30;
 constexpr auto valid = CzynDateTime::valid, invalid = CzynDateTime::invalid, null = CzynDateTime::null;
 
-struct WithStatus : CzynDateTime {
-    WithStatus(double date, DateTimeStatus status) : CzynDateTime(date) { m_status = status; }
-};
-
 // Year, month, day, day of week, day of year, hour, minute, second.
 using Fields = std::array<int, 8>;
 
-Fields FieldsOf(CzynDateTime v) {
+static Fields FieldsOf(CzynDateTime v) {
     return {v.GetYear(),      v.GetMonth(), v.GetDay(),    v.GetDayOfWeek(),
             v.GetDayOfYear(), v.GetHour(),  v.GetMinute(), v.GetSecond()};
 }
 
 // By rule: units are split off one by one, more than half a second rounds up, the day of week stays behind.
-Fields FieldsByRule(double value) {
+static Fields FieldsByRule(double value) {
     double day, hour, minute, second;
     const double fraction = std::abs(std::modf(value, &day));
     const double rest = std::modf(std::modf(std::modf(fraction * 24, &hour) * 60, &minute) * 60, &second);
@@ -108,7 +102,8 @@ TEST(DateTime, CountsSecondsInLocalTimeByTheZoneAsItIs) {
 
 TEST(DateTime, ComparesAndAddsByStatusThenLinearly) {
     // In a negative date the fraction counts forward, too: there are two numbers for a time of day 0.
-    const CzynDateTime values[] = {WithStatus(0, null), WithStatus(0, invalid), -2.25, -2.75, 0.25};
+    const CzynDateTime values[] = {WithStatus(CzynDateTime(0.0), null),
+                                   WithStatus(CzynDateTime(0.0), invalid), -2.25, -2.75, 0.25};
     for (int i = 0; i < 25; ++i) {
         const CzynDateTime &a = values[i / 5], &b = values[i % 5];
         const bool isEqual = &a == &b && &a != values + 1, isLess = i >= 10 && &a < &b;
@@ -126,7 +121,7 @@ TEST(DateTime, ComparesAndAddsByStatusThenLinearly) {
         EXPECT_TRUE(CzynDateTime(sum) - value == span && double(value -= -span) == sum) << date;
     }
     const CzynDateTimeSpan day(1.0);
-    CzynDateTime last(double{lastDay}), lost = WithStatus(5, null);
+    CzynDateTime last(double{lastDay}), lost = WithStatus(CzynDateTime(5.0), null);
     EXPECT_EQ((last + day).GetStatus(), invalid);
     EXPECT_TRUE((last += day).GetStatus() == valid && (lost += day).GetStatus() == null);
 }
@@ -167,8 +162,9 @@ TEST(DateTime, FormatsByTheRuntimeLibrary) {
     for (std::string dots(248, '.'); dots.size() < 260; dots += '.')
         EXPECT_EQ(value.Format((dots + "%Y").c_str()).View(), dots + "2024");
     EXPECT_EQ(value.Format("%2000000000d"), "");
-    EXPECT_TRUE(value.Format(nullptr).IsEmpty() && WithStatus(1, null).Format("%Y").IsEmpty());
-    EXPECT_STREQ(WithStatus(1, invalid).Format(""), "");
+    EXPECT_TRUE(value.Format(nullptr).IsEmpty() &&
+                WithStatus(CzynDateTime(1.0), null).Format("%Y").IsEmpty());
+    EXPECT_STREQ(WithStatus(CzynDateTime(1.0), invalid).Format(""), "");
 }
 
 TEST(DateTime, NamesMonthsInTheUsersLanguageWhateverTheProcesssLocaleIs) {
@@ -190,5 +186,3 @@ TEST(DateTime, NamesMonthsInTheUsersLanguageWhateverTheProcesssLocaleIs) {
     EXPECT_EQ(value.Format("%B"), "December");
     zynplatform::SetThreadLocale(0);
 }
-
-} // namespace

@@ -2,13 +2,7 @@
 #include "support/test.h"
 #include "zynaggr/zyndatetimespan.h"
 
-namespace {
-
 using Span = CzynDateTimeSpan;
-
-struct WithStatus : Span {
-    WithStatus(double days, DateTimeSpanStatus status) : Span(days) { m_status = status; }
-};
 
 TEST(DateTimeSpan, SplitsIntoWholeUnitsOfTheNearestSecondWithinItsRange) {
     std::mt19937_64 random(3);
@@ -35,11 +29,12 @@ TEST(DateTimeSpan, SplitsIntoWholeUnitsOfTheNearestSecondWithinItsRange) {
     for (const double days : {beyond, -beyond, 1e200, -HUGE_VAL, std::nan("")})
         EXPECT_TRUE(Span(days).GetStatus() == Span::invalid && Span(days).GetSeconds() == 0) << days;
     EXPECT_EQ(Span(std::numeric_limits<long>::max(), 0, 0, 0).GetStatus(), Span::invalid);
-    EXPECT_EQ(-WithStatus(-2, Span::invalid), Span(2.0));
+    EXPECT_EQ(-WithStatus(Span(-2.0), Span::invalid), Span(2.0));
 }
 
 TEST(DateTimeSpan, AddsAndComparesByStatusThenByNumber) {
-    const Span spans[] = {WithStatus(1, Span::null), WithStatus(1, Span::invalid), -3e6, -0.5, 3e6};
+    const Span spans[] = {WithStatus(Span(1.0), Span::null), WithStatus(Span(1.0), Span::invalid), -3e6, -0.5,
+                          3e6};
     for (int i = 0; i < 25; ++i) {
         const Span &a = spans[i / 5], &b = spans[i % 5];
         const int status = std::max(a.GetStatus(), b.GetStatus()); // null outlasts invalid
@@ -61,9 +56,7 @@ TEST(DateTimeSpan, FormatsByItsOwnCodes) {
     EXPECT_STREQ(span.Format("%D days %H:%M:%S %#H h %#M %#S %#D%"), "1 days 02:03:04 2 h 3 4 1");
     EXPECT_STREQ(Span(-1, -12, 0, -5).Format("%D %H %M %S %#S"), "-1 -12 00 -5 -5");
     EXPECT_STREQ(span.Format("\xE4%%%#%|%Q%#Q%##|%d%#"), "\xE4%%||");
-    EXPECT_STREQ(WithStatus(1, Span::invalid).Format("%D"), "Invalid DateTimeSpan");
-    EXPECT_TRUE(span.Format(nullptr).IsEmpty() && WithStatus(1, Span::null).Format("%D").IsEmpty());
-    EXPECT_STREQ(WithStatus(1, Span::invalid).Format(""), "");
+    EXPECT_STREQ(WithStatus(Span(1.0), Span::invalid).Format("%D"), "Invalid DateTimeSpan");
+    EXPECT_TRUE(span.Format(nullptr).IsEmpty() && WithStatus(Span(1.0), Span::null).Format("%D").IsEmpty());
+    EXPECT_STREQ(WithStatus(Span(1.0), Span::invalid).Format(""), "");
 }
-
-} // namespace

@@ -13,7 +13,9 @@ const unsigned char* Data(const std::string& text) {
 using ContentTest = bool (*)(const unsigned char*, int);
 bool Passes(ContentTest test, const std::string& text) {
     const std::vector<unsigned char> exact(text.begin(), text.end()); // so that reading on is found out
-    return test(exact.data(), static_cast<int>(exact.size()));
+    const bool passes = test(exact.data(), static_cast<int>(exact.size()));
+    EXPECT_EQ(passes, test(Data(text + '\x80'), static_cast<int>(text.size())));
+    return passes;
 }
 
 // Calls with every text of up to so many of the bytes.

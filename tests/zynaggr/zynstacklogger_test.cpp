@@ -11,13 +11,11 @@
 
 using External = CzynStackLogger;
 
-namespace {
-
 using Texts = std::vector<std::string>;
-Texts traced, warned;
-std::string beeps;
-std::atomic<std::uint32_t> tick;
-std::atomic<int> timeReads;
+static Texts traced, warned;
+static std::string beeps;
+static std::atomic<std::uint32_t> tick;
+static std::atomic<int> timeReads;
 
 // Every thread has the same id, and the clocks go on by one with each look at them.
 struct StackLogger : testing::Test {
@@ -53,7 +51,7 @@ struct StackLogger : testing::Test {
 };
 using StackLoggerThreads = StackLogger;
 
-void Call(const char* name, const char* message = nullptr, bool logEveryCall = false) {
+static void Call(const char* name, const char* message = nullptr, bool logEveryCall = false) {
     CzynStackLogger logger(name, logEveryCall);
     if (message) logger.SetFunctionInfo(message);
 }
@@ -224,5 +222,3 @@ TEST_F(StackLoggerThreads, EachHasAStackOfItsOwnAsLongAsAnythingOfItRuns) {
     EXPECT_EQ(traced.size(), 8u * 10 * 9);
     EXPECT_TRUE(std::ranges::is_sorted(traced, {}, [](const auto& line) { return line.substr(0, 12); }));
 }
-
-} // namespace

@@ -143,11 +143,12 @@ TEST(CodePage, Utf8ConvertsAsTheTableOfWellFormedSequencesSays) {
         ASSERT_EQ(Narrow(65001, wide), mended) << testing::PrintToString(text) << offset;
         const std::string bytes = Narrow(1251, wide), back = Narrow(65001, Wide(1251, bytes));
         const std::string_view narrow = bytes;
-        const auto announce = [](const std::string& result) {
-            return [&](auto...) { return result.size(); };
-        };
-        ASSERT_EQ(EachWay<char>(part, announce(bytes), zynplatform::Utf8To1251), bytes) << text;
-        ASSERT_EQ(EachWay<char>(narrow, announce(back), zynplatform::From1251ToUtf8), back) << bytes;
+        ASSERT_EQ(EachWay<char>(
+                      part, [&](auto...) { return bytes.size(); }, zynplatform::Utf8To1251),
+                  bytes);
+        ASSERT_EQ(EachWay<char>(
+                      narrow, [&](auto...) { return back.size(); }, zynplatform::From1251ToUtf8),
+                  back);
     }
     std::u16string all = u"\xD83D\xD83D\xDE00\xDE00", whole = u"\xFFFD\xD83D\xDE00\xFFFD";
     for (unsigned unit = 0; unit < 0x10000; ++unit) // every unit alone, and blocks of it
@@ -161,13 +162,9 @@ TEST(CodePage, Utf8ConvertsAsTheTableOfWellFormedSequencesSays) {
 }
 
 TEST(CodePage, OtherPagesAreTheSystemsAndUnknownOnesGiveNothing) {
-    const struct {
-        unsigned page;
-        char way; // '>': to wide, '<': to narrow, '=': both
-        std::string_view narrow;
-        std::u16string_view wide;
-    } cases[] = {
-        {866, '=', {"\x8F\xE0\0\xF1", 4}, {u"Пр\0ё", 4}},
+    // '>': to wide, '<': to narrow, '=': both
+    const std::tuple<unsigned, char, std::string_view, std::u16string_view> cases[] = {
+        {866, '=', "\x8F\xE0\0\xF1"sv, u"Пр\0ё"sv},
         {1252, '>', "\x80\xE9\x81|", u"€é\xFFFD|"},
         {932, '>', "\x93\xFA\x93", u"日\xFFFD"},
         {1258, '=', "Hello", u"Hello"}, // the converter waits for a mark that may follow

@@ -62,13 +62,11 @@ TEST_F(FileTest, WriteOnlyFileNeedsNoRightToRead) {
     chmod(folder.Native().c_str(), 0777);
     chmod(folder.Native("f").c_str(), 0222);
     if (geteuid() == 0 && (setegid(65534) != 0 || seteuid(65534) != 0)) GTEST_SKIP();
-    {
-        const Opened first(name, {.access = accessWrite});
-        EXPECT_EQ(0u, first.error);
-        EXPECT_EQ(0u, Opened(name, {.access = accessWrite}).error);
-        EXPECT_EQ(errorSharingViolation, Opened(name, {.access = accessWrite, .deny = accessWrite}).error);
-        EXPECT_EQ(errorAccessDenied, Opened(name, {.access = accessRead}).error);
-    }
+    const Opened first(name, {.access = accessWrite});
+    EXPECT_EQ(0u, first.error);
+    EXPECT_EQ(0u, Opened(name, {.access = accessWrite}).error);
+    EXPECT_EQ(errorSharingViolation, Opened(name, {.access = accessWrite, .deny = accessWrite}).error);
+    EXPECT_EQ(errorAccessDenied, Opened(name, {.access = accessRead}).error);
     EXPECT_TRUE(getuid() != 0 || seteuid(0) + setegid(0) == 0);
 }
 
