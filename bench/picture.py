@@ -14,7 +14,7 @@ HEADLINES = {
     "CP1251 to UTF-8, Russian, AVX2": "CP1251 to UTF-8, 16 MB (AVX2)",
     "UTF-8 to UCS-2, Russian, AVX2": "UTF-8 to UCS-2, 16 MB (AVX2)",
     "CSV, read 32 MB, RFC 4180": "read a CSV file of 32 MB",
-    "buffer, write 1 M items": "serialise a million items",
+    "buffer, read 1 M items": "read a million items back",
     "string map, look up (10000)": "look a key up in a map of 10,000",
     "translate (10000)": "translate a message",
     "date, 4096 texts": "format 4,096 dates",

@@ -61,7 +61,7 @@ char* SharedText::SetLength(std::size_t length) {
     return text;
 }
 
-void SharedText::Assign(std::string_view text) {
+void SharedText::AssignLong(std::string_view text) {
     if (Has(text.size())) {
         std::char_traits<char>::move(Text(), text.data(), text.size());
         SetLength(text.size());

@@ -55,7 +55,12 @@ public:
     // Makes room for texts of that length: growing to it asks for no more memory.
     void Reserve(std::size_t length);
     // The text given may be part of this one.
-    void Assign(std::string_view text);
+    void Assign(std::string_view text) {
+        if (!IsInline() || text.size() > std::size_t{inlineLimit}) return AssignLong(text);
+        if (!text.empty()) std::memmove(m_bytes, text.data(), text.size());
+        m_bytes[text.size()] = 0;
+        m_bytes[markAt] = static_cast<char>(std::size_t{inlineLimit} - text.size());
+    }
     void Append(std::string_view text);
     // Sets the length, with zeros behind the old end. Returns the text for writing, until the next change or
     // copy.
@@ -114,6 +119,7 @@ private:
     SharedText Grown(std::size_t room) const;
     char* Text() { return const_cast<char*>(Get()); } // where it is nobody else's
     char* SetLength(std::size_t length);
+    void AssignLong(std::string_view text);
 
     alignas(Place) char m_bytes[size]; // the text, or a Place; and the mark
 };

@@ -121,9 +121,9 @@ TEST(DateTime, ComparesAndAddsByStatusThenLinearly) {
         EXPECT_TRUE(CzynDateTime(sum) - value == span && double(value -= -span) == sum) << date;
     }
     const CzynDateTimeSpan day(1.0);
-    CzynDateTime last(double{lastDay}), lost = WithStatus(CzynDateTime(5.0), null);
-    EXPECT_EQ((last + day).GetStatus(), invalid);
-    EXPECT_TRUE((last += day).GetStatus() == valid && (lost += day).GetStatus() == null);
+    CzynDateTime latest(double{lastDay}), lost = WithStatus(CzynDateTime(5.0), null);
+    EXPECT_EQ((latest + day).GetStatus(), invalid);
+    EXPECT_TRUE((latest += day).GetStatus() == valid && (lost += day).GetStatus() == null);
 }
 
 TEST(DateTime, KeepsItsFieldsUntilTheValueChanges) {

@@ -10,15 +10,18 @@ static std::string Printed(const char* text, std::uint32_t style) {
 
 static bool* const flags[] = {&g_bShow_zynMessageBox_Warning, &g_bShow_zynMessageBox_Error,
                               &g_bShow_zynMessageBox_Information};
-static const std::tuple<std::uint32_t, bool*, std::string, std::string> messageClasses[] = {
-    {0x30, flags[0], "\n\nzyn Warning: ", "\n\nПредупреждение: "_cp1251},
-    {0x70, flags[0], "\n\nzyn Warning: ", "\n\nПредупреждение: "_cp1251},
-    {0x10, flags[1], "\n\nzyn Error: ", "\n\nОшибка: "_cp1251},
-    {0x50, flags[1], "\n\nzyn Error: ", "\n\nОшибка: "_cp1251},
-    {0x40, flags[2], "\n\nzyn Info: ", "\n\n "},
-    {0x60, flags[2], "\n\nzyn Info: ", "\n\n "},
-    {0x20, nullptr, "\n\n", "\n\n"},
-    {0x40000, nullptr, "\n\n", "\n\n"}};
+static const struct {
+    std::uint32_t style;
+    bool* flag;
+    std::string prefix, russian;
+} messageClasses[] = {{0x30, flags[0], "\n\nzyn Warning: ", "\n\nПредупреждение: "_cp1251},
+                      {0x70, flags[0], "\n\nzyn Warning: ", "\n\nПредупреждение: "_cp1251},
+                      {0x10, flags[1], "\n\nzyn Error: ", "\n\nОшибка: "_cp1251},
+                      {0x50, flags[1], "\n\nzyn Error: ", "\n\nОшибка: "_cp1251},
+                      {0x40, flags[2], "\n\nzyn Info: ", "\n\n "},
+                      {0x60, flags[2], "\n\nzyn Info: ", "\n\n "},
+                      {0x20, nullptr, "\n\n", "\n\n"},
+                      {0x40000, nullptr, "\n\n", "\n\n"}};
 
 TEST(MessagePrint, ClassGivesThePrefixAndItsFlagAloneSwallows) {
     for (const auto& [style, ownFlag, prefix, russian] : messageClasses) {
@@ -41,8 +44,8 @@ TEST(MessagePrintDeathTest, RussianPrefixesStayOnceTheFlagWasSeen) {
             g_bShow_zynMessageBox_InRussian = false;
             g_bShow_zynMessageBox_Error = true;
             int wrong = 0;
-            for (const auto& [style, flag, prefix, russian] : messageClasses)
-                wrong += Printed("x", style) != russian + "x";
+            for (const auto& c : messageClasses)
+                wrong += Printed("x", c.style) != c.russian + "x";
             return wrong;
         };
         EXPECT_EXIT(std::_Exit(countWrong()), testing::ExitedWithCode(0), "");
