@@ -5,7 +5,9 @@
 #include "support/late_callers.h"
 #include "zynhost/stringresources.h"
 
-extern "C" ZYN_API auto Use(void (*trace)(const char*)) {
+using Translator = decltype(&CzynTranslate::Translate);
+
+extern "C" ZYN_API Translator Use(void (*trace)(const char*)) {
     static constexpr zynStringResource texts[] = {{1, "text"}, {0, nullptr}};
     zynSetTraceOutput(trace);
     zynSetStringResources(texts, texts);
