@@ -25,7 +25,7 @@ SharedText::SharedText(std::string_view text) : SharedText() {
 void SharedText::Allocate(std::size_t room, std::string_view text) {
     assert(text.size() <= room);
     if (room > INT_MAX) AfxThrowMemoryException();
-    Block* const block = new (::operator new(sizeof(Block) + room + 1)) Block;
+    auto* const block = new (::operator new(sizeof(Block) + room + 1)) Block;
     block->owners.store(1, std::memory_order_relaxed);
     block->room = static_cast<std::uint32_t>(room);
     const Place place{reinterpret_cast<char*>(block + 1), 0};
