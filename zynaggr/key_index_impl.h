@@ -18,7 +18,7 @@ public:
     // False when there is no room for it.
     bool Put(std::uint64_t hash, int place) {
         if (m_used + m_used / 2 >= m_slots.size()) return false;
-        std::size_t at = hash & Mask();
+        std::size_t at = static_cast<std::size_t>(hash) & Mask();
         while (m_slots[at] != 0)
             at = (at + 1) & Mask();
         m_slots[at] = TagOf(hash) | (static_cast<std::uint32_t>(place) + 1);
@@ -29,7 +29,8 @@ public:
     // The place with this hash of which `isKey` is true, or -1.
     template <class IsKey> int Find(std::uint64_t hash, IsKey isKey) const {
         const std::uint32_t tag = TagOf(hash);
-        for (std::size_t at = hash & Mask(); m_slots[at] != 0; at = (at + 1) & Mask()) {
+        for (std::size_t at = static_cast<std::size_t>(hash) & Mask(); m_slots[at] != 0;
+             at = (at + 1) & Mask()) {
             const std::uint32_t difference = m_slots[at] ^ tag;
             if (difference <= Mask() && isKey(static_cast<int>(difference - 1)))
                 return static_cast<int>(difference - 1);

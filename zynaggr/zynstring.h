@@ -234,7 +234,8 @@ protected:
     // In line where there is room.
     BasicString& AppendText(const C* text, std::uint64_t length) {
         if (m_nLength + length >= m_nRoom) return AppendGrowing(text, length);
-        if (length != 0) std::memmove(m_pBuffer + m_nLength, text, length * sizeof(C));
+        if (length != 0)
+            std::memmove(m_pBuffer + m_nLength, text, static_cast<std::size_t>(length) * sizeof(C));
         m_nLength += static_cast<std::uint32_t>(length);
         m_pBuffer[m_nLength] = 0;
         if (m_nSize <= m_nLength) m_nSize = m_nLength + 1;

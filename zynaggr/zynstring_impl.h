@@ -374,7 +374,7 @@ template <class C> int BasicString<C>::Replace(const C* from, const C* to) {
     std::array<std::uint32_t, 128> found; // the first ones, which are not looked for again
     for (std::size_t at = FindText(text, pattern, 0); at != text.npos;
          at = FindText(text, pattern, at + pattern.size())) {
-        if (hits < found.size()) found[hits] = static_cast<std::uint32_t>(at);
+        if (hits < found.size()) found[static_cast<std::size_t>(hits)] = static_cast<std::uint32_t>(at);
         ++hits;
     }
     if (hits == 0) return 0;
@@ -393,7 +393,8 @@ template <class C> int BasicString<C>::Replace(const C* from, const C* to) {
     };
     std::size_t copied = 0;
     for (std::uint64_t hit = 0; hit < hits; ++hit) {
-        const std::size_t at = hit < found.size() ? found[hit] : FindText(text, pattern, copied);
+        const std::size_t at =
+            hit < found.size() ? found[static_cast<std::size_t>(hit)] : FindText(text, pattern, copied);
         put(text.substr(copied, at - copied));
         put(with);
         copied = at + pattern.size();
