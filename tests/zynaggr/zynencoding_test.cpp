@@ -109,7 +109,7 @@ TEST(Encoding, TextIsUtf8ByTheListOfCharacters) {
     const std::vector<std::string> pieces{
         "а", "п", "р", "Я", " ", // what blocks are made of
         "Ё", "ё", "№", "–", "•", "…", "«", "±", "Ω",
-        "—", "\0"s, "\xE2\x84", "\xD1\x8F\x80", "\xF0\x9F\x98\x80", "\xD0", "\xD1", "\xC2"};
+        "—", "\0"s, "\xE2\x84", "\xD1\x8F\x80", "\xF0\x9F\x98\x80", "\xD0", "\xD1", "\xC2", "\xD0\x80", "\xD1\xBF"};
     // clang-format on
     std::mt19937 random(3);
     int passed = 0;
