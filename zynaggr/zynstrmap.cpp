@@ -97,7 +97,8 @@ int FindIn(const Items& items, Order order, std::string_view key, const zyn::Key
         return place >= 0 ? place : FindIn(items, order);
     }
     const int searches = index.m_searches.load(std::memory_order_relaxed);
-    if (searches != index.stopped) index.m_searches.store(searches + 1, std::memory_order_relaxed);
+    if (searches != index.stopped && searches <= size / 4) // else it counts on for ever
+        index.m_searches.store(searches + 1, std::memory_order_relaxed);
     if (searches == size / 4) {
         try {
             auto table = std::make_unique<zyn::KeyIndex::Table>(static_cast<std::size_t>(size));
